@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/orb/AttributeDescription.h"
+#include "platform/orb/PtrInterface.h"
+
+namespace Orb {
+
+class Notifiee;
+
+/// An object with named attributes that others watch through reactors. Notification is synchronous
+/// and depth first: an attribute is changed first, then every reactor that was there is called, on
+/// the one agent thread, before the mutator returns. A handler may change the same entity again,
+/// let go of it, or throw; the list of reactors stays usable.
+class Entity : public PtrInterface {
+  public:
+    bool hasReactors() const { return reactors_ != nullptr; }
+
+    /// Tells every reactor that the attribute `id` changed. Called by attributes, after the change.
+    void notify(AttributeId id, const void* key = nullptr) const {
+        if (reactors_ != nullptr && hasNotificationActive()) {
+            deliver(id, key);
+        }
+    }
+
+  protected:
+    Entity() = default;
+    ~Entity() override = default;
+
+  private:
+    friend class Notifiee;
+
+    void deliver(AttributeId id, const void* key) const;
+
+    // Circular list: the head's previous is the tail.
+    mutable Notifiee* reactors_ = nullptr;
+};
+
+} // namespace Orb

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+
+#include "platform/orb/AttributeDescription.h"
+#include "platform/orb/Ptr.h"
+#include "platform/orb/PtrInterface.h"
+
+namespace Orb {
+
+class Entity;
+
+/// A reactor: told of every change of the one entity that it watches, its notifier, which it keeps
+/// alive. Reactors of an entity form an intrusive list in the order in which they came; attaching
+/// and detaching cost O(1) and are allowed at any time, from inside any callback:
+///  - a reactor that comes during a notification is not called for that change;
+///  - one that goes is never called again.
+/// A reactor that is not notification active or that is marked for deletion hears nothing.
+class Notifiee : public PtrInterface {
+  public:
+    ~Notifiee() override;
+
+    const Entity* watched() const { return notifier_.get(); }
+
+    /// A change of the attribute `id` of the notifier; `key` points to the key of the member that
+    /// changed where the attribute is a collection, otherwise it is null.
+    virtual void onAttribute(AttributeId id, const void* key) = 0;
+
+  protected:
+    /// Leaves the present notifier and joins the new one, which may be null.
+    void attach(Ptr<const Entity> notifier);
+
+    /// The object on whose behalf this reactor listens: it is kept alive during a callback, and
+    /// once it is marked for deletion the reactor hears nothing more.
+    virtual const PtrInterface& keeper() const { return *this; }
+
+  private:
+    friend class Entity;
+    class Marker;
+
+    void deliver(AttributeId id, const void* key);
+    void unlink();
+    void linkBefore(Notifiee& next);
+
+    bool marker_ = false; // a position in the list rather than a reactor
+    Notifiee* previous_ = nullptr;
+    Notifiee* next_ = nullptr;
+    Ptr<const Entity> notifier_;
+};
+
+/// The reactor base of one entity type, known to its users as T::NotifieeConst.
+template <typename T>
+class NotifieeOf : public Notifiee {
+  public:
+    const T* notifier() const { return static_cast<const T*>(watched()); }
+
+    /// Re-points the reactor, to nothing with null.
+    virtual void notifierIs(Ptr<const T> notifier) { attach(std::move(notifier)); }
+};
+
+/// Reads the key of a collection's notification.
+template <typename Key>
+const Key& keyAs(const void* key) {
+    return *static_cast<const Key*>(key);
+}
+
+} // namespace Orb

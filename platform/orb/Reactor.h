@@ -1,0 +1,48 @@
+#pragma once
+
+#include <utility>
+
+#include "platform/orb/Notifiee.h"
+
+namespace Orb {
+
+/// A nested reactor: a member of `Owner` that watches a `Watched` for it. It listens from
+/// construction until it is destroyed, re-pointed to null, or its owner marked for deletion.
+template <typename OwnerType, typename WatchedType>
+class Reactor : public NotifieeOf<WatchedType> {
+  public:
+    using Owner = OwnerType;
+    using Watched = WatchedType;
+
+    explicit Reactor(Owner* owner) : owner_(owner) { this->hasNotificationActiveIs(true); }
+
+    Owner* owner() const { return owner_; }
+
+  protected:
+    const PtrInterface& keeper() const override { return *owner_; }
+
+  private:
+    Owner* owner_;
+};
+
+/// A reactor that is itself a child of `Owner`, one of a collection that mirrors a collection of
+/// `Watched` members and is keyed by the member's key.
+template <typename OwnerType, typename WatchedType>
+class MemberReactor : public NotifieeOf<WatchedType> {
+  public:
+    using Owner = OwnerType;
+    using Watched = WatchedType;
+
+    explicit MemberReactor(Owner* owner) : owner_(owner) {}
+
+    Owner* owner() const { return owner_; }
+    decltype(auto) fwkKey() const { return this->notifier()->fwkKey(); }
+
+    /// Runs once the owner's collection holds the reactor.
+    void handleInitialized() {}
+
+  private:
+    Owner* owner_;
+};
+
+} // namespace Orb
