@@ -15,7 +15,8 @@ namespace Orb {
 
 /// How a type is written as text and read back. Two static functions:
 ///   static void write(std::string& out, const T& value);   appends the text form
-///   static T read(TextReader& in);                         the exact inverse; ParseError, RangeError
+///   static T read(TextReader& in);                         the exact inverse; ParseError,
+///   RangeError
 /// Specialised below for the built-in types and strings and beside each value type for the rest.
 template <typename T>
 struct TextForm;
@@ -52,8 +53,7 @@ struct TextForm<bool> {
 
 /// Decimal, as short as it can be: no plus sign, no leading zeros, no minus zero.
 template <std::integral T>
-    requires(!std::same_as<T, bool>)
-struct TextForm<T> {
+requires(!std::same_as<T, bool>) struct TextForm<T> {
     static void write(std::string& out, T value) {
         char digits[24];
         out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
@@ -66,8 +66,7 @@ struct TextForm<T> {
         if (error == std::errc::result_out_of_range) {
             throw RangeError("integer out of range");
         }
-        const std::string_view token =
-            rest.substr(0, static_cast<std::size_t>(end - rest.data()));
+        const std::string_view token = rest.substr(0, static_cast<std::size_t>(end - rest.data()));
         if (error != std::errc() || token != valueToStrep(value)) {
             in.fail("integer");
         }
@@ -78,7 +77,7 @@ struct TextForm<T> {
 
 /// An enumeration is written as its number; any number of the underlying type is read.
 template <typename T>
-    requires std::is_enum_v<T>
+requires std::is_enum_v<T>
 struct TextForm<T> {
     using Number = std::underlying_type_t<T>;
     static void write(std::string& out, T value) {
@@ -111,13 +110,19 @@ concept PlainText = requires(const T& value, std::string& out, std::string_view 
     { T::fromString(text) } -> std::same_as<T>;
 };
 
+/// The word of such a value.
+template <PlainText T>
+std::string plainText(const T& value) {
+    std::string word;
+    value.appendTo(word);
+    return word;
+}
+
 /// The text form of such a type is its word in quotes.
 template <PlainText T>
 struct TextForm<T> {
     static void write(std::string& out, const T& value) {
-        std::string word;
-        value.appendTo(word);
-        TextForm<std::string>::write(out, word);
+        TextForm<std::string>::write(out, plainText(value));
     }
     static T read(TextReader& in) { return T::fromString(TextForm<std::string>::read(in)); }
 };
