@@ -32,30 +32,27 @@
 /// lie in memory in declaration order without anything between them but padding.
 ///
 /// Must come first in the class; what follows it is public.
+// clang-format off
 #define ORB_VALUE(Class, typeName, ...)                                                            \
     ORB_FOR_EACH(ORB_VALUE_MEMBER, Class, __VA_ARGS__)                                             \
   public:                                                                                          \
     Class() = default;                                                                             \
-    Class(ORB_FOR_EACH(ORB_VALUE_PARAMETER, Class, __VA_ARGS__) Orb::EndOfFields = {}){            \
-        ORB_FOR_EACH(ORB_VALUE_ASSIGNMENT, Class,                                                  \
-                     __VA_ARGS__)} ORB_FOR_EACH(ORB_VALUE_GETTER, Class, __VA_ARGS__) bool         \
-    operator!() const {                                                                            \
-        return *this == Class();                                                                   \
+    Class(ORB_FOR_EACH(ORB_VALUE_PARAMETER, Class, __VA_ARGS__) Orb::EndOfFields = {}) {           \
+        ORB_FOR_EACH(ORB_VALUE_ASSIGNMENT, Class, __VA_ARGS__)                                     \
     }                                                                                              \
-    std::uint64_t hash(std::uint64_t seed) const {                                                 \
-        return Orb::hashFields(*this, seed);                                                       \
-    }                                                                                              \
+    ORB_FOR_EACH(ORB_VALUE_GETTER, Class, __VA_ARGS__)                                             \
+    bool operator!() const { return *this == Class(); }                                            \
+    std::uint64_t hash(std::uint64_t seed) const { return Orb::hashFields(*this, seed); }          \
     friend bool operator==(const Class&, const Class&) = default;                                  \
     friend auto operator<=>(const Class&, const Class&) = default;                                 \
     friend std::ostream& operator<<(std::ostream& out, const Class& value) {                       \
         return out << Orb::valueToStrep(value);                                                    \
     }                                                                                              \
-    static constexpr std::string_view valueTypeName() {                                            \
-        return typeName;                                                                           \
-    }                                                                                              \
+    static constexpr std::string_view valueTypeName() { return typeName; }                         \
     static constexpr auto valueFields() {                                                          \
         return std::tuple_cat(ORB_FOR_EACH(ORB_VALUE_FIELD, Class, __VA_ARGS__) std::tuple<>());   \
     }
+// clang-format on
 
 #define ORB_VALUE_MEMBER(Class, Type, field, ...) Type field##_{__VA_ARGS__};
 #define ORB_VALUE_PARAMETER(Class, Type, field, ...) Type field,
