@@ -1,0 +1,96 @@
+#pragma once
+
+#include <ostream>
+
+#include "platform/ringlog/RingMessage.h"
+#include "platform/ringlog/Ringlog.h"
+#include "platform/ringlog/RinglogConverter.h"
+#include "platform/ringlog/TraceHelper.h"
+
+/// The library's trace statements. A source unit names itself once, in its unnamed namespace:
+///
+///   DIRECTNET_TRACE_UNIT("IntfBacklogSm");
+///
+/// and then traces with
+///
+///   DIRECTNET_TRACE(8, "backlogSize=", size);            text trace, operands written with <<
+///   DIRECTNET_TRACE_TO(handle, 8, "ready");              the same, to another handle
+///   DIRECTNET_RINGLOG("backlog size=", size);            ring trace, operands as RingMessage.h
+///   says DIRECTNET_DUALLOG(8, "create receive route");        both, operands written with <<
+///   DIRECTNET_DUALLOG_TO(handle, 8, "ready");            the same, to another handle
+///
+/// Operands are evaluated only when the message goes somewhere, so they must not be needed
+/// otherwise. Statements stand in functions; in a lambda they name the enclosing function.
+#define DIRECTNET_TRACE_UNIT(name) [[maybe_unused]] constexpr const char* directNetTraceUnit = name
+
+#define DIRECTNET_TRACE(level, ...)                                                                \
+    DIRECTNET_TRACE_TO(Routing::DirectNet::traceHandle(), level, __VA_ARGS__)
+
+#define DIRECTNET_TRACE_TO(handle, level, ...)                                                     \
+    do {                                                                                           \
+        if (Ringlog::TraceHandle::anyEnabled(level)) {                                             \
+            if (const auto directNetTrace =                                                        \
+                    Ringlog::TraceHelper::createIfEnabled((handle), (level))) {                    \
+                Routing::DirectNet::traceText(                                                     \
+                    *directNetTrace,                                                               \
+                    Ringlog::CallSite{directNetTraceUnit, __LINE__, __PRETTY_FUNCTION__},          \
+                    __VA_ARGS__);                                                                  \
+            }                                                                                      \
+        }                                                                                          \
+    } while (false)
+
+#define DIRECTNET_RINGLOG(...)                                                                     \
+    do {                                                                                           \
+        if (Ringlog::RingFile* const directNetRing = Ringlog::defaultRinglogFile()) {              \
+            static constinit Ringlog::MessageDescriptor directNetMessage(                          \
+                directNetTraceUnit, __LINE__, __PRETTY_FUNCTION__);                                \
+            Ringlog::writeMessage(*directNetRing, directNetMessage, __VA_ARGS__);                  \
+        }                                                                                          \
+    } while (false)
+
+#define DIRECTNET_DUALLOG(level, ...)                                                              \
+    DIRECTNET_DUALLOG_TO(Routing::DirectNet::traceHandle(), level, __VA_ARGS__)
+
+#define DIRECTNET_DUALLOG_TO(handle, level, ...)                                                   \
+    do {                                                                                           \
+        if (Ringlog::defaultRinglogFile() != nullptr || Ringlog::TraceHandle::anyEnabled(level)) { \
+            static constinit Ringlog::MessageDescriptor directNetMessage(                          \
+                directNetTraceUnit, __LINE__, __PRETTY_FUNCTION__);                                \
+            Routing::DirectNet::traceBoth((handle), (level), directNetMessage, __VA_ARGS__);       \
+        }                                                                                          \
+    } while (false)
+
+namespace Routing::DirectNet {
+
+/// The handle of all text messages that name no other.
+inline Ringlog::TraceHandle& traceHandle() {
+    static Ringlog::TraceHandle& handle = Ringlog::TraceHandle::named("DirectNet");
+    return handle;
+}
+
+/// The handle of the readiness messages.
+inline Ringlog::TraceHandle& ribReadySmTraceHandle() {
+    static Ringlog::TraceHandle& handle = Ringlog::TraceHandle::named("DirectNetRibReadySm");
+    return handle;
+}
+
+// What the statements expand to. Kept out of line: callers are mostly not tracing.
+
+template <typename... Ts>
+[[gnu::noinline]] void traceText(const Ringlog::TraceHelper& helper, const Ringlog::CallSite& site,
+                                 const Ts&... operands) {
+    Ringlog::TraceMessage message = helper.trace(site.unit, site.line, site.signature);
+    (message.stream() << ... << operands);
+}
+
+template <typename... Ts>
+[[gnu::noinline]] void traceBoth(Ringlog::TraceHandle& handle, int level,
+                                 Ringlog::MessageDescriptor& descriptor, const Ts&... operands) {
+    if (!handle.enabled(level) && Ringlog::defaultRinglogFile() == nullptr) {
+        return;
+    }
+    Duallog::RinglogConverter converter(handle, level, descriptor);
+    (converter.stream() << ... << operands);
+}
+
+} // namespace Routing::DirectNet

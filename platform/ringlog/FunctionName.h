@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace Ringlog {
+
+/// Cuts a function's signature, as GCC or Clang spells it in __PRETTY_FUNCTION__, down to its
+/// class and method: "void Routing::DirectNet::RootSm::doCleanup(int)" gives "RootSm::doCleanup".
+/// Return type, namespaces, template arguments and parameters go; of nested classes the innermost
+/// stays; a free function is named alone; a lambda is named after the function it stands in.
+/// A signature that follows neither spelling gives some part of it, never an error.
+std::string functionName(std::string_view signature);
+
+} // namespace Ringlog
