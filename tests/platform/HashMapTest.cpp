@@ -201,7 +201,7 @@ TEST(HashMap, OrderDoesNotDependOnHistory) {
 /// Counts what the table does with its entries.
 class Counted {
   public:
-    explicit Counted(std::uint32_t id) : id_(id) {}
+    explicit Counted(std::uint32_t id) : id_{id} {}
     Counted(Counted&& other) noexcept : id_(other.id_) { ++moves; }
     Counted& operator=(Counted&& other) noexcept = default;
     ~Counted() = default;
