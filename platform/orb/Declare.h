@@ -10,6 +10,7 @@
 #include "platform/orb/Reactor.h"
 #include "platform/orb/References.h"
 #include "platform/orb/TypeOf.h"
+#include "platform/orb/TypeRegistry.h"
 
 /// The declarations of a class. Each line names an attribute once; the templates behind it
 /// (Attribute, Collection, Child, Children, References, MemberReactors) hold all logic, and the

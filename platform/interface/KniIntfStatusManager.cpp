@@ -1,0 +1,44 @@
+#include "platform/interface/KniIntfStatusManager.h"
+
+#include <utility>
+
+namespace Interface {
+
+void KniIntfStatusManager::OrbKniStatus::onAttribute(Orb::AttributeId id, const void* key) {
+    if (id == KernelNetInfo::Status::deviceId) {
+        owner()->handleDevice(Orb::keyAs<Lanx::IntfId>(key));
+    }
+}
+
+KniIntfStatusManager::KniIntfStatusManager(Arguments arguments)
+    : arguments_(std::move(arguments)), orbKniStatus_(this) {
+    orbKniStatus_.notifierIs(kniStatus());
+    handleDevices();
+}
+
+void KniIntfStatusManager::omitNonRunningKernelDevicesIs(bool omit) {
+    if (std::exchange(omitNonRunning_, omit) != omit) {
+        handleDevices();
+    }
+}
+
+void KniIntfStatusManager::handleDevices() {
+    const auto& devices = kniStatus()->device();
+    for (const auto* entry = devices.first(); entry != nullptr;) {
+        const Lanx::IntfId intfId = entry->key();
+        handleDevice(intfId);
+        entry = devices.after(intfId);
+    }
+}
+
+void KniIntfStatusManager::handleDevice(Lanx::IntfId intfId) {
+    const KernelNetInfo::Device* device = kniStatus()->device().find(intfId);
+    if (device == nullptr || (omitNonRunning_ && !device->running())) {
+        deviceIntfStatusDir()->intfStatusAndDeviceNameDel(intfId);
+    } else {
+        deviceIntfStatusDir()->intfStatusAndDeviceNameIs(
+            intfId, IntfStatusAndDeviceName(intfId, device->name()));
+    }
+}
+
+} // namespace Interface

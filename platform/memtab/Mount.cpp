@@ -1,0 +1,29 @@
+#include "platform/memtab/Mount.h"
+
+#include "platform/memtab/Table.h"
+
+namespace OrbMemtab {
+
+void Mount::doMount(const Orb::String& path, std::string_view typeName, const MountInfo& info) {
+    const Orb::Ptr<Orb::Entity> entity = entityManager_->findOrCreate(path, typeName);
+    if (auto* table = dynamic_cast<Table*>(entity.get())) {
+        for (const auto& [collection, capacity] : info.collectionInfo()) {
+            table->collectionCapacityIs(collection, capacity);
+        }
+    }
+    entityManager_->mounted(path);
+}
+
+Orb::Ptr<Orb::Entity> Mount::getEntity(const Orb::String& path) const {
+    return Orb::Ptr<Orb::Entity>(entityManager_->entity(path));
+}
+
+void Mount::doUnmount(const Orb::String& path) {
+    entityManager_->unmounted(path);
+}
+
+void Mount::cleanup(const Orb::String& path) {
+    entityManager_->cleanup(path);
+}
+
+} // namespace OrbMemtab

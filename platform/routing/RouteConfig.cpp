@@ -1,0 +1,41 @@
+#include "platform/routing/RouteConfig.h"
+
+namespace Routing::Rib {
+
+Route RouteConfig::route(const RouteKey& key) const {
+    const Route* found = table_.find(key);
+    return found == nullptr ? Route() : *found;
+}
+
+void RouteConfig::routeAdd(const Route& route) {
+    if (table_.insertOrAssign(route)) {
+        const RouteKey stable = route.key();
+        notify(routeId, &stable);
+    }
+}
+
+void RouteConfig::routeDel(const RouteKey& key) {
+    const RouteKey stable = key;
+    if (table_.erase(stable)) {
+        notify(routeId, &stable);
+    }
+}
+
+void RouteConfig::doDeleteRoutesForVrf(Vrf::VrfIdMap::VrfId vrfId) {
+    const auto taken = table_.take(vrfId);
+    if (taken == nullptr || !hasReactors()) {
+        return;
+    }
+    for (const Route& route : *taken) {
+        notify(routeId, &route.key());
+    }
+}
+
+void RouteConfig::collectionCapacityIs(std::string_view collection, std::size_t capacity) {
+    if (collection != "route") {
+        throwUnknownCollection(orbTypeName, collection);
+    }
+    table_.capacityIs(capacity);
+}
+
+} // namespace Routing::Rib

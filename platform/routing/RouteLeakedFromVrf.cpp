@@ -1,0 +1,30 @@
+#include "platform/routing/RouteLeakedFromVrf.h"
+
+namespace Routing {
+
+bool RouteLeakedFromVrf::leaks(const Lanx::IpGenPrefix& prefix, VrfId destVrfId) const {
+    const DestVrfIds* destinations = byPrefix_.find(prefix);
+    return destinations != nullptr && destinations->find(destVrfId) != nullptr;
+}
+
+void RouteLeakedFromVrf::destVrfIdIs(const Lanx::IpGenPrefix& prefix, VrfId destVrfId) {
+    DestVrfIds& destinations = *byPrefix_.tryInsert(prefix).first;
+    if (destinations.insertOrAssign(destVrfId, true)) {
+        const LeakedPrefix leaked(prefix, destVrfId);
+        notify(destVrfIdId, &leaked);
+    }
+}
+
+void RouteLeakedFromVrf::destVrfIdDel(const Lanx::IpGenPrefix& prefix, VrfId destVrfId) {
+    const LeakedPrefix leaked(prefix, destVrfId);
+    DestVrfIds* destinations = byPrefix_.find(prefix);
+    if (destinations == nullptr || !destinations->erase(destVrfId)) {
+        return;
+    }
+    if (destinations->empty()) {
+        byPrefix_.erase(leaked.genPrefix());
+    }
+    notify(destVrfIdId, &leaked);
+}
+
+} // namespace Routing

@@ -1,0 +1,41 @@
+#include "platform/routing/ViaConfig.h"
+
+namespace Routing::Rib::Ip {
+
+Via ViaConfig::via(const ViaKey& key) const {
+    const Via* found = table_.find(key);
+    return found == nullptr ? Via() : *found;
+}
+
+void ViaConfig::viaIs(const Via& via) {
+    if (table_.insertOrAssign(via)) {
+        const ViaKey stable = via.key();
+        notify(viaId, &stable);
+    }
+}
+
+void ViaConfig::viaDel(const ViaKey& key) {
+    const ViaKey stable = key;
+    if (table_.erase(stable)) {
+        notify(viaId, &stable);
+    }
+}
+
+void ViaConfig::doDeleteViasForVrf(Vrf::VrfIdMap::VrfId vrfId) {
+    const auto taken = table_.take(vrfId);
+    if (taken == nullptr || !hasReactors()) {
+        return;
+    }
+    for (const Via& via : *taken) {
+        notify(viaId, &via.key());
+    }
+}
+
+void ViaConfig::collectionCapacityIs(std::string_view collection, std::size_t capacity) {
+    if (collection != "via") {
+        throwUnknownCollection(orbTypeName, collection);
+    }
+    table_.capacityIs(capacity);
+}
+
+} // namespace Routing::Rib::Ip

@@ -1,0 +1,26 @@
+#include "platform/routing/ViaSetCollection.h"
+
+namespace Routing::Rib::Memtab {
+
+void ViaSetCollection::viaSetIs(const ViaSet& viaSet) {
+    const ViaSetKey key = viaSet.key();
+    const ViaSet* present = sets_.find(key);
+    if (present == nullptr || !(*present == viaSet)) {
+        sets_.insertOrAssign(viaSet);
+        notify(viaSetId, &key);
+    }
+}
+
+void ViaSetCollection::viaSetDel(ViaSetKey key) {
+    if (sets_.erase(key)) {
+        notify(viaSetId, &key);
+    }
+}
+
+void ViaSetCollection::viaSetDelAll() {
+    while (!sets_.empty()) {
+        viaSetDel(sets_.first()->key());
+    }
+}
+
+} // namespace Routing::Rib::Memtab
