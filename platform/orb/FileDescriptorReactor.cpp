@@ -1,0 +1,16 @@
+#include "platform/orb/FileDescriptorReactor.h"
+
+#include "platform/orb/ActivityManager.h"
+
+namespace Orb {
+
+FileDescriptorReactor::FileDescriptorReactor(int descriptor)
+    : manager_(activityManager()), id_(manager_->nextDescriptor_++), descriptor_(descriptor) {
+    manager_->descriptors_.emplace(id_, this);
+}
+
+FileDescriptorReactor::~FileDescriptorReactor() {
+    manager_->descriptors_.erase(id_);
+}
+
+} // namespace Orb

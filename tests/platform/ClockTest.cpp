@@ -1,0 +1,232 @@
+#include "platform/orb/Clock.h"
+#include "platform/orb/ActivityManager.h"
+#include "platform/orb/Error.h"
+#include "platform/orb/FileDescriptorReactor.h"
+#include "platform/orb/RealClock.h"
+#include "platform/orb/SimulatedClock.h"
+
+#include <functional>
+#include <memory>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class Waiter : public Orb::Clock::NotifieeConst {
+  public:
+    Waiter(const Orb::Ptr<Orb::SimulatedClock>& clock, double time,
+           std::function<void(Waiter&)> action)
+        : action_(std::move(action)) {
+        notifierIs(clock);
+        timeMinIs(time);
+    }
+    void onTimeMin() override {
+        const auto action = action_; // the reactor may go while it runs
+        action(*this);
+    }
+
+  private:
+    std::function<void(Waiter&)> action_;
+};
+
+class ClockTest : public testing::Test {
+  protected:
+    Waiter* wait(
+        double time, char name, std::function<void(Waiter&)> action = [](Waiter&) {}) {
+        waiters_.push_back(std::make_unique<Waiter>(
+            clock_, time, [this, name, action = std::move(action)](Waiter& waiter) {
+                log_ += name;
+                action(waiter);
+            }));
+        return waiters_.back().get();
+    }
+    void destroy(const Waiter* waiter) {
+        std::erase_if(waiters_, [waiter](const auto& held) { return held.get() == waiter; });
+    }
+    std::string runUntil(double time) {
+        manager_.runUntil(time);
+        return std::exchange(log_, "");
+    }
+
+    Orb::Ptr<Orb::SimulatedClock> clock_ = Orb::makePtr<Orb::SimulatedClock>();
+    Orb::ActivityManager manager_{clock_};
+    std::vector<std::unique_ptr<Waiter>> waiters_;
+    std::string log_;
+};
+
+TEST_F(ClockTest, EqualTimesFireInArmingOrder) {
+    wait(5, 'c');
+    Waiter* again = wait(3, 'b');
+    wait(3, 'a');
+    again->timeMinIs(4);
+    again->timeMinIs(3);
+    EXPECT_EQ(runUntil(10), "abc");
+}
+
+TEST_F(ClockTest, ReactorRearmedForThePastStarvesNobody) {
+    wait(2, 'x', [](Waiter& waiter) { waiter.timeMinIs(0.5); });
+    wait(2, 'y');
+    clock_->nowIs(3);
+    EXPECT_EQ(clock_->runDue(), 2U);
+    EXPECT_EQ(clock_->runDue(), 1U);
+    wait(1.5, 'z');
+    clock_->runDue();
+    EXPECT_EQ(log_, "xyxxz");
+}
+
+TEST_F(ClockTest, ReactorThatIsNotRearmedIsNotCalledAgain) {
+    const Waiter* waiter =
+        wait(2, 'a', [](Waiter& self) { EXPECT_EQ(self.timeMin(), Orb::Clock::never); });
+    EXPECT_EQ(runUntil(100), "a");
+    EXPECT_EQ(waiter->timeMin(), Orb::Clock::never);
+    EXPECT_EQ(clock_->nextWakeup(), Orb::Clock::never);
+}
+
+TEST_F(ClockTest, ReactorMayDestroyItselfAndOthers) {
+    wait(2, 'a', [this](Waiter& self) { destroy(&self); });
+    wait(2, 'b', [this](Waiter&) { waiters_.clear(); });
+    wait(2, 'c');
+    EXPECT_EQ(runUntil(5), "ab");
+}
+
+TEST_F(ClockTest, ReactorMayRepointItselfWhileItRuns) {
+    const auto other = Orb::makePtr<Orb::SimulatedClock>();
+    Waiter* waiter = wait(2, 'a', [&other](Waiter& self) {
+        self.timeMinIs(7);
+        self.notifierIs(other);
+    });
+    EXPECT_EQ(runUntil(10), "a");
+    EXPECT_EQ(other->nextWakeup(), 7);
+    waiter->notifierIs(nullptr);
+    EXPECT_EQ(other->nextWakeup(), Orb::Clock::never);
+}
+
+TEST_F(ClockTest, ReactorOfADyingOwnerIsNotCalledAndAFinishedOneLivesThroughItsCallback) {
+    struct Owner : Orb::PtrInterface {
+        struct Wakeup : Orb::Clock::NotifieeConst {
+            explicit Wakeup(Owner* owner) : owner_(owner) {}
+            void onTimeMin() override {
+                *owner_->held_ = nullptr;
+                ++*owner_->calls_;
+            }
+            const Orb::PtrInterface* keeper() const override { return owner_; }
+            Owner* owner_;
+        };
+        Owner(const Orb::Ptr<Orb::SimulatedClock>& clock, Orb::Ptr<Owner>* held, int* calls)
+            : held_(held), calls_(calls) {
+            wakeup_.notifierIs(clock);
+            wakeup_.timeMinIs(2);
+        }
+        Orb::Ptr<Owner>* held_;
+        int* calls_;
+        Wakeup wakeup_{this};
+    };
+    int calls = 0;
+    Orb::Ptr<Owner> dropped;
+    Orb::Ptr<Owner> dying;
+    dropped = Orb::makePtr<Owner>(clock_, &dropped, &calls);
+    dying = Orb::makePtr<Owner>(clock_, &dying, &calls);
+    dying->orbDoZombieReactors(true);
+    runUntil(3);
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(dropped, nullptr);
+    EXPECT_NE(dying, nullptr);
+}
+
+TEST_F(ClockTest, ThrowingReactorLeavesTheOthersArmed) {
+    wait(2, 'a', [](Waiter&) { throw Orb::Error("bad"); });
+    wait(2, 'b');
+    EXPECT_THROW(manager_.runUntil(3), Orb::Error);
+    EXPECT_EQ(runUntil(3), "ab");
+}
+
+TEST_F(ClockTest, TimeNeverFallsAndNeverIsZero) {
+    EXPECT_THROW(clock_->nowIs(0.5), Orb::RangeError);
+    EXPECT_THROW(clock_->nowIs(Orb::Clock::never), Orb::RangeError);
+    const auto real = Orb::makePtr<Orb::RealClock>();
+    const double first = real->now();
+    EXPECT_GE(first, 1);
+    EXPECT_GE(real->now(), first);
+}
+
+TEST_F(ClockTest, RunawayIsStoppedAtTheLimit) {
+    wait(2, 'a', [this](Waiter& self) { self.timeMinIs(clock_->now() + 1); });
+    EXPECT_FALSE(manager_.runUntilIdle(10));
+    EXPECT_EQ(log_, std::string(10, 'a'));
+    waiters_.clear();
+    EXPECT_TRUE(manager_.runUntilIdle(10));
+}
+
+class Pipe {
+  public:
+    Pipe() { EXPECT_EQ(::pipe(ends_), 0); }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+    ~Pipe() {
+        ::close(ends_[0]);
+        ::close(ends_[1]);
+    }
+    int reading() const { return ends_[0]; }
+    int writing() const { return ends_[1]; }
+    void fill() const { EXPECT_EQ(::write(ends_[1], "x", 1), 1); }
+
+  private:
+    int ends_[2] = {-1, -1};
+};
+
+class Reader : public Orb::FileDescriptorReactor {
+  public:
+    Reader(int descriptor, std::function<void()> action)
+        : FileDescriptorReactor(descriptor), action_(std::move(action)) {}
+    void onReadable() override {
+        const auto action = action_;
+        action();
+    }
+    void onWritable() override { onReadable(); }
+
+  private:
+    std::function<void()> action_;
+};
+
+TEST(ActivityManager, DescriptorReactorsMayComeAndGoInsideCallbacks) {
+    Orb::ActivityManager manager(Orb::makePtr<Orb::RealClock>());
+    const Pipe pipe;
+    std::vector<std::unique_ptr<Reader>> readers;
+    int calls = 0;
+    for (int index = 0; index < 3; ++index) {
+        readers.push_back(std::make_unique<Reader>(pipe.reading(), [&] {
+            ++calls;
+            readers.clear();
+            readers.push_back(std::make_unique<Reader>(pipe.writing(), [&] { calls += 10; }));
+            readers.back()->wantsWriteIs(true);
+        }));
+    }
+    manager.runOnce(0);
+    EXPECT_EQ(calls, 0) << "nothing to read yet";
+    pipe.fill();
+    manager.runOnce(60);
+    EXPECT_EQ(calls, 1) << "the others went before their turn, the new one waits for the next";
+    manager.runOnce(60);
+    EXPECT_EQ(calls, 11);
+}
+
+TEST(ActivityManager, PollDoesNotWaitPastAWakeup) {
+    struct Wakeup : Orb::Clock::NotifieeConst {
+        void onTimeMin() override { woken = true; }
+        bool woken = false;
+    };
+    Orb::ActivityManager manager(Orb::makePtr<Orb::RealClock>());
+    Wakeup wakeup;
+    wakeup.notifierIs(Orb::activityManager()->clock());
+    wakeup.timeMinIs(manager.clock()->now());
+    manager.runOnce(3600);
+    EXPECT_TRUE(wakeup.woken);
+}
+
+} // namespace
