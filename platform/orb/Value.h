@@ -43,9 +43,9 @@
     ORB_FOR_EACH(ORB_VALUE_GETTER, Class, __VA_ARGS__)                                             \
     bool operator!() const { return *this == Class(); }                                            \
     std::uint64_t hash(std::uint64_t seed) const { return Orb::hashFields(*this, seed); }          \
-    friend bool operator==(const Class&, const Class&) = default;                                  \
-    friend auto operator<=>(const Class&, const Class&) = default;                                 \
-    friend std::ostream& operator<<(std::ostream& out, const Class& value) {                       \
+    [[maybe_unused]] friend bool operator==(const Class&, const Class&) = default;                 \
+    [[maybe_unused]] friend auto operator<=>(const Class&, const Class&) = default;                \
+    [[maybe_unused]] friend std::ostream& operator<<(std::ostream& out, const Class& value) {      \
         return out << Orb::valueToStrep(value);                                                    \
     }                                                                                              \
     static constexpr std::string_view valueTypeName() { return typeName; }                         \

@@ -1,0 +1,214 @@
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+
+#include <set>
+#include <sstream>
+
+#include "platform/lanx/NamespaceName.h"
+#include "platform/vrf/VrfName.h"
+#include "tests/support/RandomValues.h"
+
+namespace Lanx {
+
+namespace {
+
+using TestSupport::RandomValues;
+
+/// The bits of an address, most significant first, as a text of zeros and ones.
+std::string bitsOf(const AddressBytes& bytes, unsigned count) {
+    std::string bits;
+    for (unsigned bit = 0; bit < count; ++bit) {
+        bits += (bytes[bit / 8] >> (7 - bit % 8) & 1) != 0 ? '1' : '0';
+    }
+    return bits;
+}
+
+/// Checks everything that masks an address against the text of its bits.
+template <typename Addr>
+void checkMasks(Addr address) {
+    for (unsigned len = 0; len <= Addr::bits; ++len) {
+        const AddrWithMask<Addr> withMask(address, len);
+        const std::string bits = bitsOf(address.bytes(), Addr::bits);
+        const std::string network = bits.substr(0, len) + std::string(Addr::bits - len, '0');
+        ASSERT_EQ(bitsOf(withMask.subnet().addr().bytes(), Addr::bits), network) << withMask;
+        ASSERT_EQ(withMask.networkAddr(), withMask.subnet().addr());
+        ASSERT_EQ(withMask.subnet().len(), len);
+        ASSERT_EQ(withMask.hostPrefix(), Prefix<Addr>(address, Addr::bits));
+        const IpGenAddrWithMask gen = withMask;
+        ASSERT_EQ(gen.subnet(), IpGenPrefix(withMask.subnet()));
+        ASSERT_EQ(gen.hostPrefix(), IpGenPrefix(withMask.hostPrefix()));
+        if constexpr (Addr::bits == 32) {
+            ASSERT_EQ(bitsOf(withMask.broadcastAddr().bytes(), 32),
+                      bits.substr(0, len) + std::string(32 - len, '1'));
+        }
+        if (bits != network) {
+            ASSERT_THROW(Prefix<Addr>(address, len), Orb::RangeError);
+            ASSERT_THROW(IpGenPrefix(address, len), Orb::RangeError);
+        }
+    }
+}
+
+TEST(Lanx, MaskIsOffByABit) {
+    RandomValues random(4);
+    for (int round = 0; round < 200; ++round) {
+        checkMasks(random.make<IpAddr>());
+        checkMasks(random.make<Ip6Addr>());
+    }
+}
+
+TEST(Lanx, ContainsLooksAtHostBits) {
+    RandomValues random(5);
+    for (int round = 0; round < 20000; ++round) {
+        const auto prefix = random.make<IpGenPrefix>();
+        const auto other = random.make<IpGenPrefix>();
+        const bool same = prefix.af() == other.af()
+                          && bitsOf(prefix.addr().bytes(), prefix.len())
+                                 == bitsOf(other.addr().bytes(), prefix.len());
+        ASSERT_EQ(prefix.contains(other.addr()), same) << prefix << " " << other;
+        ASSERT_EQ(prefix.contains(other), same && other.len() >= prefix.len());
+        if (prefix.af() == AddressFamily::ipv4 && other.af() == AddressFamily::ipv4) {
+            const IpPrefix prefix4(prefix.addr().v4(), prefix.len());
+            ASSERT_EQ(prefix4.contains(other.addr().v4()), same);
+        }
+    }
+}
+
+TEST(Lanx, OrderIsNotFamilyAddressLength) {
+    const auto reference = [](const auto& value) {
+        return std::tuple(static_cast<int>(value.af()), value.addr().bytes(), value.len());
+    };
+    RandomValues random(6);
+    for (int round = 0; round < 20000; ++round) {
+        const auto left = random.make<IpGenPrefix>();
+        const auto right = random.make<IpGenPrefix>();
+        ASSERT_EQ(left < right, reference(left) < reference(right)) << left << " " << right;
+        const auto left4 = random.make<IpAddrWithMask>();
+        const auto right4 = random.make<IpAddrWithMask>();
+        ASSERT_EQ(left4 < right4, reference(left4) < reference(right4)) << left4 << " " << right4;
+    }
+}
+
+TEST(Lanx, Ip6TextDiffersFromTheSystems) {
+    RandomValues random(7);
+    for (int round = 0; round < 20000; ++round) {
+        const auto address = random.make<Ip6Addr>();
+        char text[INET6_ADDRSTRLEN];
+        inet_ntop(AF_INET6, address.bytes().data(), text, sizeof text);
+        ASSERT_EQ(address.toString(), text);
+    }
+    EXPECT_EQ(Ip6Addr::fromString("2001:DB8:0:0:1:0:0:1").toString(), "2001:db8::1:0:0:1");
+    EXPECT_EQ(Ip6Addr::fromString("::FFFF:10.0.0.1").toString(), "::ffff:10.0.0.1");
+    // Never "::10.0.0.1": that spelling is deprecated.
+    EXPECT_EQ(Ip6Addr::fromString("::a00:1").toString(), "::a00:1");
+}
+
+TEST(Lanx, SloppyAddressIsAccepted) {
+    using namespace std::string_literals;
+    for (const std::string& text : {"1.2.3/8"s,
+                                    "1.2.3.4"s,
+                                    "1.2.3.4/"s,
+                                    "/8"s,
+                                    "1.2.3.4.5/8"s,
+                                    "01.2.3.4/8"s,
+                                    "1.2.3.256/8"s,
+                                    "1.2.3.1000/8"s,
+                                    " 1.2.3.4/8"s,
+                                    "1.2.3.4 /8"s,
+                                    "1.2.3.4/ 8"s,
+                                    "1.2.3.4/08"s,
+                                    "1.2.3.4/8 "s,
+                                    "1.2.3.4/+8"s,
+                                    "1.2.3.4/8/8"s,
+                                    "1.2.3.4/0032"s,
+                                    "1..3.4/8"s,
+                                    "1.2.3./8"s,
+                                    "-1.2.3.4/8"s,
+                                    "0x1.2.3.4/8"s,
+                                    "1.2.3.4\0/8"s,
+                                    "::1"s,
+                                    ":::/8"s,
+                                    "1::2::3/8"s,
+                                    "::g/8"s,
+                                    "::1%lo/8"s,
+                                    "::1\0/8"s,
+                                    "1:2:3:4:5:6:7/8"s,
+                                    "1:2:3:4:5:6:7:8:9/8"s,
+                                    "::12345/8"s,
+                                    "::1.2.3.4.5/8"s,
+                                    " ::1/8"s}) {
+        EXPECT_THROW(IpGenAddrWithMask::fromString(text), Orb::ParseError) << text;
+        EXPECT_THROW(IpGenPrefix::fromString(text), Orb::ParseError) << text;
+    }
+    EXPECT_THROW(IpAddrWithMask::fromString("::1/8"), Orb::ParseError);
+    EXPECT_THROW(Ip6AddrWithMask::fromString("1.2.3.4/8"), Orb::ParseError);
+    EXPECT_THROW(IpAddrWithMask::fromString(""), Orb::ParseError);
+}
+
+template <typename Make>
+std::string rangeErrorOf(Make make) {
+    try {
+        make();
+    } catch (const Orb::RangeError& error) {
+        return error.what();
+    }
+    return "none";
+}
+
+TEST(Lanx, OutOfRangeIsStored) {
+    const std::string notAPrefix = "Prefix::validAsPrefix != true not allowed";
+    EXPECT_EQ(rangeErrorOf([] { IpGenPrefix::fromString("10.1.1.5/24"); }), notAPrefix);
+    EXPECT_EQ(rangeErrorOf([] { IpGenPrefix::fromString("10.0.0.0/33"); }), notAPrefix);
+    EXPECT_EQ(rangeErrorOf([] { IpGenPrefix::fromString("::/129"); }), notAPrefix);
+    EXPECT_EQ(rangeErrorOf([] { IpPrefix(IpAddr(), 256); }), notAPrefix);
+    EXPECT_EQ(rangeErrorOf([] { IpGenPrefix(IpGenAddr(), 1); }), notAPrefix);
+    EXPECT_EQ(rangeErrorOf([] { IpPrefix::covering(IpAddr(), 33); }), notAPrefix);
+    EXPECT_NE(rangeErrorOf([] { IpAddrWithMask(IpAddr(), 33); }), "none");
+    EXPECT_NE(rangeErrorOf([] { Ip6AddrWithMask(Ip6Addr(), 256); }), "none");
+    EXPECT_NE(rangeErrorOf([] { IpGenAddrWithMask(IpGenAddr(IpAddr()), 33); }), "none");
+    EXPECT_EQ(rangeErrorOf([] { L3::VrfName(std::string(101, 'v')); }),
+              "VrfName::bytes > VrfName::maxLength not allowed");
+    EXPECT_EQ(rangeErrorOf([] { L3::VrfName(std::string(100, 'v')); }), "none");
+    EXPECT_EQ(rangeErrorOf([] { NamespaceName(std::string(151, 'n')); }),
+              "NamespaceName::bytes > 150 not allowed");
+    EXPECT_EQ(rangeErrorOf([] { NamespaceName(std::string(150, 'n')); }), "none");
+}
+
+TEST(Lanx, LinkLocalBoundaryIsOffByABit) {
+    for (const auto& [text, linkLocal] : {std::pair("169.254.0.0", true),
+                                          {"169.253.255.255", false},
+                                          {"169.255.0.0", false},
+                                          {"fe80::", true},
+                                          {"febf:ffff::1", true},
+                                          {"fec0::", false},
+                                          {"fe7f:ffff::", false},
+                                          {"254.128.0.1", false},
+                                          {"a9fe::", false},
+                                          {"", false}}) {
+        EXPECT_EQ(IpGenAddr::fromString(text).isLinkLocal(), linkLocal) << text;
+    }
+}
+
+TEST(IntfId, RecordMovesWhenTheTableGrows) {
+    const IntfId first("Ethernet1");
+    const std::string_view name = first.name();
+    for (int index = 0; index < 10000; ++index) {
+        IntfId("Grow" + std::to_string(index));
+    }
+    EXPECT_EQ(name, "Ethernet1");
+    EXPECT_EQ(IntfId(std::string("Ether") + "net1"), first);
+    EXPECT_EQ(IntfId(""), IntfId());
+}
+
+TEST(IntfId, OrderIsThatOfCreationOrOfSignedBytes) {
+    const std::set<IntfId> ids = {IntfId("\x80"),       IntfId("b"),         IntfId("Ethernet2"),
+                                  IntfId("Ethernet10"), IntfId("Ethernet1"), IntfId()};
+    std::ostringstream out;
+    for (const IntfId id : ids) {
+        out << id << ",";
+    }
+    EXPECT_EQ(out.str(), ",Ethernet1,Ethernet10,Ethernet2,b,\x80,");
+}
+
+} // namespace
+
+} // namespace Lanx

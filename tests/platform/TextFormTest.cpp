@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include "platform/orb/Text.h"
+#include "platform/orb/Value.h"
+#include "platform/vrf/VrfId.h"
+#include "platform/vrf/VrfName.h"
+
+namespace Orb {
+
+namespace {
+
+class Settings {
+    ORB_VALUE(Settings, "Test::Settings", (std::uint32_t, limit, 7), (L3::VrfName, vrf, "default"),
+              (std::string, note))
+};
+
+class Holder {
+    ORB_VALUE(Holder, "Test::Holder", (Settings, settings))
+};
+
+template <typename T>
+void expectReadsBack(T value) {
+    EXPECT_EQ(valueFromStrep<T>(valueToStrep(value)), value);
+}
+
+TEST(TextForm, ExtremesDoNotReadBack) {
+    expectReadsBack(std::numeric_limits<std::int64_t>::min());
+    expectReadsBack(std::numeric_limits<std::uint64_t>::max());
+    expectReadsBack(std::numeric_limits<std::int8_t>::min());
+    expectReadsBack(std::numeric_limits<double>::denorm_min());
+    expectReadsBack(std::numeric_limits<double>::infinity());
+    EXPECT_TRUE(std::isnan(valueFromStrep<double>(valueToStrep(std::nan("")))));
+
+    std::mt19937_64 random(3);
+    for (int round = 0; round < 10000; ++round) {
+        const auto value = std::bit_cast<double>(random());
+        if (!std::isnan(value)) {
+            ASSERT_EQ(valueFromStrep<double>(valueToStrep(value)), value);
+        }
+    }
+}
+
+TEST(TextForm, StringLosesBytes) {
+    std::string all;
+    for (int byte = 0; byte < 256; ++byte) {
+        all += static_cast<char>(byte);
+    }
+    const std::string text = valueToStrep(all);
+    EXPECT_EQ(valueFromStrep<std::string>(text), all);
+    EXPECT_EQ(text.find_first_not_of("'\\ !\"#$%&()*+,-./0123456789:;<=>?@[]^_`{|}~"
+                                     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"),
+              std::string::npos);
+    EXPECT_EQ(valueToStrep(std::string("it's\\\n")), R"('it\'s\\\x0a')");
+}
+
+TEST(TextForm, SloppyTextIsRead) {
+    for (const char* text : {"", "-", "+1", "01", "-0", "00", " 1", "1 ", "0x1", "1.0"}) {
+        EXPECT_THROW(valueFromStrep<int>(text), ParseError) << text;
+    }
+    EXPECT_THROW(valueFromStrep<std::uint32_t>("-1"), ParseError);
+    for (const char* text : {"true", "Tru", "1", "Truee", ""}) {
+        EXPECT_THROW(valueFromStrep<bool>(text), ParseError) << text;
+    }
+    for (const char* text :
+         {"a", "'", "'a", R"('\)", R"('\')", R"('\a')", R"('\x1')", R"('\xAB')", "'\n'", "'a'b"}) {
+        EXPECT_THROW(valueFromStrep<std::string>(text), ParseError) << text;
+    }
+}
+
+TEST(TextForm, TooLargeNumberIsCutOff) {
+    EXPECT_THROW(valueFromStrep<std::uint8_t>("256"), RangeError);
+    EXPECT_THROW(valueFromStrep<std::int8_t>("-129"), RangeError);
+    EXPECT_THROW(valueFromStrep<Vrf::VrfIdMap::VrfId>("4294967296"), RangeError);
+    EXPECT_THROW(valueFromStrep<double>("1e999"), RangeError);
+}
+
+TEST(CompositeValue, DeclaredDefaultIsForgotten) {
+    EXPECT_EQ(Settings(), Settings(7, "default", ""));
+    EXPECT_TRUE(!Settings(7, "default", ""));
+    EXPECT_FALSE(!Settings(0, "default", ""));
+}
+
+TEST(CompositeValue, NestedRangeErrorDoesNotNameThePath) {
+    const std::string text = "Value('Test::Holder', ** {'settings': Value('Test::Settings', ** "
+                             "{'limit': 1, 'vrf': '"
+                             + std::string(101, 'v') + "', 'note': ''})})";
+    try {
+        valueFromStrep<Holder>(text);
+        ADD_FAILURE() << "read";
+    } catch (const RangeError& error) {
+        EXPECT_STREQ(error.what(),
+                     "settings: vrf: VrfName::bytes > VrfName::maxLength not allowed");
+    }
+}
+
+TEST(CompositeValue, HashIgnoresAField) {
+    const std::uint64_t hash = hashOf(Settings(1, "red", "ab"));
+    EXPECT_NE(hash, hashOf(Settings(2, "red", "ab")));
+    EXPECT_NE(hash, hashOf(Settings(1, "re", "dab")));
+    EXPECT_NE(hash, hashOf(Settings(1, "red", "ab"), 1));
+}
+
+} // namespace
+
+} // namespace Orb
