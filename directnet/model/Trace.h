@@ -15,8 +15,8 @@
 ///
 ///   DIRECTNET_TRACE(8, "backlogSize=", size);            text trace, operands written with <<
 ///   DIRECTNET_TRACE_TO(handle, 8, "ready");              the same, to another handle
-///   DIRECTNET_RINGLOG("backlog size=", size);            ring trace, operands as RingMessage.h
-///   says DIRECTNET_DUALLOG(8, "create receive route");        both, operands written with <<
+///   DIRECTNET_RINGLOG("backlog size=", size);            ring trace (RingMessage.h)
+///   DIRECTNET_DUALLOG(8, "create receive route");        both, operands written with <<
 ///   DIRECTNET_DUALLOG_TO(handle, 8, "ready");            the same, to another handle
 ///
 /// Operands are evaluated only when the message goes somewhere, so they must not be needed
@@ -53,7 +53,8 @@
 
 #define DIRECTNET_DUALLOG_TO(handle, level, ...)                                                   \
     do {                                                                                           \
-        if (Ringlog::defaultRinglogFile() != nullptr || Ringlog::TraceHandle::anyEnabled(level)) { \
+        if (Ringlog::defaultRinglogFile() != nullptr                                               \
+            || (Ringlog::TraceHandle::anyEnabled(level) && (handle).enabled(level))) {             \
             static constinit Ringlog::MessageDescriptor directNetMessage(                          \
                 directNetTraceUnit, __LINE__, __PRETTY_FUNCTION__);                                \
             Routing::DirectNet::traceBoth((handle), (level), directNetMessage, __VA_ARGS__);       \
@@ -86,9 +87,6 @@ template <typename... Ts>
 template <typename... Ts>
 [[gnu::noinline]] void traceBoth(Ringlog::TraceHandle& handle, int level,
                                  Ringlog::MessageDescriptor& descriptor, const Ts&... operands) {
-    if (!handle.enabled(level) && Ringlog::defaultRinglogFile() == nullptr) {
-        return;
-    }
     Duallog::RinglogConverter converter(handle, level, descriptor);
     (converter.stream() << ... << operands);
 }

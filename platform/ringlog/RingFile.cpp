@@ -74,7 +74,9 @@ void RingFile::put(std::string_view text) {
     std::size_t most = std::min(maxString, room() - std::min(room(), sizeof(size)));
     size = static_cast<std::uint16_t>(std::min(text.size(), most));
     putBytes(&size, sizeof(size));
-    putBytes(text.data(), size);
+    if (size != 0) { // an empty text may have no address
+        putBytes(text.data(), size);
+    }
 }
 
 void RingFile::endMsg() {

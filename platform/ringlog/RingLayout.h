@@ -17,7 +17,7 @@
 ///
 /// A descriptor's text is literal but for "%%" (a percent sign) and one placeholder per argument:
 ///   %i %u  8 bytes, signed and unsigned       %d  8 bytes, a double       %b  1 byte
-///   %s     2 bytes of length, then the bytes  %p  family (0, 4, 6), length, 16 bytes of address
+///   %s     2 bytes of length, then the bytes  %p  RingAddress: family, length, 16 bytes
 namespace Ringlog::Layout {
 
 inline constexpr std::array<char, 8> magic = {'R', 'I', 'N', 'G', 'L', 'O', 'G', '1'};

@@ -19,7 +19,7 @@ template <std::size_t size>
 inline constexpr bool isLiteral<const char (&)[size]> = true;
 
 template <typename T>
-using Argument = RingArgument<std::decay_t<T>>;
+using Argument = RingArgument<std::remove_cvref_t<T>>;
 
 /// Appends what one operand contributes to the text of the descriptor. T is its type as forwarded,
 /// which tells a literal from a buffer.

@@ -58,14 +58,17 @@ Result appendAddress(std::string& out, ByteReader& arguments) {
         return Result::done;
     }
     bool ipv4 = address->family == 4;
-    if ((!ipv4 && address->family != 6) || address->length > (ipv4 ? 32 : 128)) {
+    bool masked = address->length != RingAddress::noMask;
+    if ((!ipv4 && address->family != 6) || (masked && address->length > (ipv4 ? 32 : 128))) {
         return Result::bad;
     }
     std::array<char, INET6_ADDRSTRLEN> text{};
     ::inet_ntop(ipv4 ? AF_INET : AF_INET6, address->bytes.data(), text.data(), text.size());
     out += text.data();
-    out += '/';
-    out += std::to_string(address->length);
+    if (masked) {
+        out += '/';
+        out += std::to_string(address->length);
+    }
     return Result::done;
 }
 

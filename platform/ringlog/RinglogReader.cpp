@@ -72,10 +72,9 @@ void RinglogReader::readBlocks(std::string_view blocks) {
         if (!header || header->sequence == 0) {
             continue;
         }
-        if (header->used > reader.rest().size()) {
-            ++damagedBlocks_;
-        }
-        blocks_.push_back({header->sequence, reader.rest().substr(0, header->used)});
+        std::string_view room = reader.rest();
+        blocks_.push_back(
+            {header->sequence, room.substr(0, header->used), header->used > room.size()});
     }
     std::stable_sort(blocks_.begin(), blocks_.end(), [](const Block& left, const Block& right) {
         return left.sequence < right.sequence;
@@ -91,7 +90,7 @@ std::optional<std::string> RinglogReader::next() {
         if (!messages_.empty() && readMessage(line)) {
             return line;
         }
-        if (!messages_.empty()) {
+        if (!messages_.empty() || blocks_[block_].cutOff) {
             ++damagedBlocks_;
         }
         ++block_;

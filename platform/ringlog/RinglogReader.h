@@ -37,6 +37,7 @@ class RinglogReader {
     struct Block {
         std::uint64_t sequence;
         std::string_view messages;
+        bool cutOff; // it says it has more than the file holds
     };
 
     void readDescriptors(std::string_view table);

@@ -1,0 +1,140 @@
+#include "directnet/model/Trace.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "platform/ringlog/RinglogReader.h"
+
+namespace {
+DIRECTNET_TRACE_UNIT("TraceTest");
+}
+
+namespace Routing::DirectNet {
+namespace {
+
+using Ringlog::TraceHandle;
+
+class TraceTest : public testing::Test {
+  protected:
+    TraceTest() {
+        Ringlog::close();
+        TraceHandle::levelOfAllIs(TraceHandle::off);
+        TraceHandle::sinkIs([this](std::string_view line) { printed_.emplace_back(line); });
+    }
+    ~TraceTest() override {
+        Ringlog::close();
+        TraceHandle::sinkIs({});
+        TraceHandle::levelOfAllIs(TraceHandle::off);
+        std::filesystem::remove(file_);
+    }
+
+    void openRing() const {
+        Ringlog::initialize(file_.string(), "", "", 0, 24, Ringlog::ThreadingMode::single, true, 8);
+        ASSERT_NE(Ringlog::defaultRinglogFile(), nullptr);
+    }
+
+    /// The last line of the ring file, without the time in front.
+    std::string lastOfRing() const {
+        std::ifstream in(file_, std::ios::binary);
+        std::stringstream bytes;
+        bytes << in.rdbuf();
+        const std::string file = bytes.str();
+        Ringlog::RinglogReader reader(file);
+        std::string last;
+        while (auto line = reader.next()) {
+            last = line->substr(line->find(' ') + 1);
+        }
+        return last;
+    }
+
+    int count() { return ++evaluated_; }
+
+    std::filesystem::path file_ = std::filesystem::temp_directory_path()
+                                  / ("trace-test-" + std::to_string(::getpid()) + ".rl");
+    std::vector<std::string> printed_;
+    int evaluated_ = 0;
+};
+
+std::string at(int line) {
+    return "TraceTest:" + std::to_string(line) + " [TraceTest_";
+}
+
+TEST_F(TraceTest, disabledStatementsEvaluateNothing) {
+    for (int level : {TraceHandle::off, 0, 7}) {
+        TraceHandle::named("DirectNet").levelIs(level);
+        // Another handle that prints the level must not make this one evaluate.
+        ribReadySmTraceHandle().levelIs(9);
+        DIRECTNET_TRACE(8, "x", count());
+        DIRECTNET_DUALLOG(8, "x", count());
+        DIRECTNET_RINGLOG("x", count());
+    }
+    EXPECT_EQ(evaluated_, 0);
+    EXPECT_TRUE(printed_.empty());
+}
+
+TEST_F(TraceTest, lineNamesHandleLevelAndPlace) {
+    TraceHandle::levelOfAllIs(8);
+    const int line = __LINE__ + 1;
+    DIRECTNET_TRACE(8, "size=", 5, " af=", "ipv4\nDirectNet 0 forged");
+    DIRECTNET_TRACE_TO(ribReadySmTraceHandle(), 0, "ready");
+    ASSERT_EQ(printed_.size(), 2U);
+    EXPECT_EQ(printed_[0], "DirectNet 8 " + at(line)
+                               + "lineNamesHandleLevelAndPlace_Test::TestBody] "
+                                 "size=5 af=ipv4\\x0aDirectNet 0 forged");
+    EXPECT_EQ(printed_[1].substr(0, 31), "DirectNetRibReadySm 0 TraceTest");
+}
+
+TEST_F(TraceTest, levelOfAllHoldsForHandlesMadeLater) {
+    TraceHandle::levelOfAllIs(3);
+    TraceHandle::named("made before the other level").levelIs(TraceHandle::off);
+    DIRECTNET_TRACE_TO(TraceHandle::named("made later"), 3, "printed");
+    DIRECTNET_TRACE_TO(TraceHandle::named("made later"), 4, "too detailed");
+    EXPECT_EQ(printed_.size(), 1U);
+}
+
+TEST_F(TraceTest, duallogWritesTheSameTextToWhicheverIsOpen) {
+    const std::string large(1000, 'x');
+    for (bool print : {false, true}) {
+        for (bool ring : {false, true}) {
+            printed_.clear();
+            evaluated_ = 0;
+            TraceHandle::levelOfAllIs(print ? 8 : TraceHandle::off);
+            Ringlog::close();
+            if (ring) {
+                openRing();
+            }
+            DIRECTNET_DUALLOG(8, "n=", count(), ' ', large);
+            EXPECT_EQ(evaluated_, print || ring ? 1 : 0);
+            ASSERT_EQ(printed_.size(), print ? 1U : 0U);
+            if (print) {
+                EXPECT_NE(printed_[0].find("] n=1 " + large), std::string::npos);
+            }
+            if (ring) {
+                EXPECT_NE(lastOfRing().find("] n=1 xxxx"), std::string::npos) << lastOfRing();
+            }
+        }
+    }
+}
+
+TEST_F(TraceTest, ringTextKeepsLiteralsAndTypedValuesInOrder) {
+    openRing();
+    const int line = __LINE__ + 1;
+    DIRECTNET_RINGLOG("backlog size=", 5U, " invocation=", count());
+    EXPECT_EQ(lastOfRing(), at(line)
+                                + "ringTextKeepsLiteralsAndTypedValuesInOrder_Test::TestBody] "
+                                  "backlog size=5 invocation=1");
+    EXPECT_TRUE(printed_.empty());
+}
+
+TEST_F(TraceTest, failingSinkDoesNotFailTheCaller) {
+    TraceHandle::levelOfAllIs(8);
+    TraceHandle::sinkIs([](std::string_view) { throw std::runtime_error("full"); });
+    EXPECT_NO_THROW(DIRECTNET_TRACE(8, "x"));
+}
+
+} // namespace
+} // namespace Routing::DirectNet

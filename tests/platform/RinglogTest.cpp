@@ -1,0 +1,294 @@
+#include "platform/ringlog/Ringlog.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <set>
+#include <sstream>
+
+#include "platform/lanx/IntfId.h"
+#include "platform/lanx/IpGenAddrWithMask.h"
+#include "platform/orb/Error.h"
+#include "platform/ringlog/RingMessage.h"
+#include "platform/ringlog/RinglogReader.h"
+#include "platform/vrf/VrfId.h"
+#include "platform/vrf/VrfName.h"
+
+namespace Ringlog {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// Everything the reader yields, without the time in front.
+Lines decode(std::string_view bytes, std::size_t* damagedBlocks = nullptr) {
+    RinglogReader reader(bytes);
+    Lines lines;
+    while (auto line = reader.next()) {
+        lines.push_back(line->substr(line->find(' ') + 1));
+    }
+    if (damagedBlocks != nullptr) {
+        *damagedBlocks = reader.damagedBlocks();
+    }
+    return lines;
+}
+
+class RinglogTest : public testing::Test {
+  protected:
+    RinglogTest() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "ringXXXXXX").string();
+        folder_ = ::mkdtemp(pattern.data());
+    }
+    ~RinglogTest() override {
+        close();
+        std::filesystem::remove_all(folder_);
+    }
+
+    std::string path(const std::string& name) const { return folder_ / name; }
+
+    void open(const std::string& name, unsigned blocks, const std::string& second = "") const {
+        initialize(path(name), "", second, 0, 1, ThreadingMode::single, true, blocks);
+        ASSERT_NE(defaultRinglogFile(), nullptr);
+    }
+
+    std::string read(const std::string& name) const {
+        std::ifstream in(path(name), std::ios::binary);
+        std::stringstream bytes;
+        bytes << in.rdbuf();
+        return bytes.str();
+    }
+
+    static void writeNumbered(int count) {
+        static constinit MessageDescriptor descriptor("Unit", 7, "void Orb::A::f(int)");
+        for (int i = 0; i < count; ++i) {
+            writeMessage(*defaultRinglogFile(), descriptor, "number ", i, " as text ",
+                         std::to_string(i));
+        }
+    }
+    static std::string numbered(int i) {
+        return "Unit:7 [A::f] number " + std::to_string(i) + " as text " + std::to_string(i);
+    }
+
+    std::filesystem::path folder_;
+};
+
+TEST_F(RinglogTest, wrappingKeepsTheNewestMessagesInOrder) {
+    for (int count : {1, 10, 25, 26, 60, 100, 1000, 1001}) {
+        open("ring", 4);
+        writeNumbered(count);
+        std::size_t damaged = 0;
+        Lines lines = decode(read("ring"), &damaged);
+        EXPECT_EQ(damaged, 0U);
+        // A full ring lacks at most the rest of the block it is about to leave and the one before.
+        ASSERT_GE(lines.size(), static_cast<std::size_t>(std::min(count, 60)));
+        for (int i = count; !lines.empty(); lines.pop_back()) {
+            ASSERT_EQ(lines.back(), numbered(--i));
+        }
+    }
+}
+
+TEST_F(RinglogTest, everyKindOfArgumentReadsAsItsValue) {
+    static constinit MessageDescriptor numbers("Unit", 1, "f()");
+    static constinit MessageDescriptor texts("Unit", 2, "f()");
+    static constinit MessageDescriptor values("Unit", 3, "f()");
+    open("ring", 4);
+    RingFile& file = *defaultRinglogFile();
+    char buffer[] = "mutable";
+    writeMessage(file, numbers, INT64_MIN, " 100% ", UINT64_MAX, " ", true, false, " ", 0.08, "%d");
+    writeMessage(file, texts, "[", std::string("a\n%i\x80"), "][", buffer, "][", std::string_view(),
+                 "]");
+    writeMessage(file, values, Lanx::IntfId("Ethernet1"), " ", L3::VrfName("red"), " ",
+                 Vrf::VrfIdMap::VrfId(5), " ", Lanx::IpAddrWithMask::fromString("10.1.1.5/24"), " ",
+                 Lanx::IpGenPrefix::fromString("2001:db8::/64"), " ",
+                 Lanx::IpAddr::fromString("10.0.0.1"), " ", Lanx::IpGenAddrWithMask());
+    EXPECT_EQ(decode(read("ring")),
+              (Lines{"Unit:1 [f] -9223372036854775808 100% 18446744073709551615 truefalse 0.08%d",
+                     "Unit:2 [f] [a\\x0a%i\\x80][mutable][]",
+                     "Unit:3 [f] Ethernet1 red 5 10.1.1.5/24 2001:db8::/64 10.0.0.1 unset"}));
+}
+
+TEST_F(RinglogTest, oversizedMessagesAreCutAndLeaveTheRingReadable) {
+    static constinit MessageDescriptor descriptor("Unit", 1, "f()");
+    open("ring", 2);
+    std::string large(100'000, 'x');
+    writeMessage(*defaultRinglogFile(), descriptor, large, " ", large, " ", large, " ", 1, " end");
+    writeNumbered(1);
+    Lines lines = decode(read("ring"));
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0].substr(0, 420), "Unit:1 [f] " + std::string(400, 'x') + " xxxxxxxx");
+    EXPECT_EQ(lines[0].substr(lines[0].size() - 4), " ...");
+    EXPECT_EQ(lines[1], numbered(0));
+}
+
+TEST_F(RinglogTest, unfinishedMessageIsNotRead) {
+    static constinit MessageDescriptor descriptor("Unit", 1, "f()");
+    open("ring", 2);
+    writeMessage(*defaultRinglogFile(), descriptor, 1);
+    defaultRinglogFile()->startMsg(descriptor);
+    defaultRinglogFile()->put(std::string_view("never ended"));
+    writeMessage(*defaultRinglogFile(), descriptor, 2);
+    EXPECT_EQ(decode(read("ring")), (Lines{"Unit:1 [f] 1", "Unit:1 [f] 2"}));
+}
+
+TEST_F(RinglogTest, callSitesOfAnEarlierFileAreDescribedInTheNext) {
+    static constinit MessageDescriptor other("Unit", 1, "f()");
+    open("first", 2);
+    writeMessage(*defaultRinglogFile(), other, "first only");
+    writeNumbered(1);
+    open("second", 2);
+    writeNumbered(1);
+    EXPECT_EQ(decode(read("first")), (Lines{"Unit:1 [f] first only", numbered(0)}));
+    EXPECT_EQ(decode(read("second")), Lines{numbered(0)});
+}
+
+TEST_F(RinglogTest, callSitesBeyondTheTableAreSkipped) {
+    open("ring", 2);
+    std::vector<MessageDescriptor> many(200, MessageDescriptor("Unit", 3, "f()"));
+    for (MessageDescriptor& descriptor : many) {
+        writeMessage(*defaultRinglogFile(), descriptor, "0123456789012345678901234567890123456789");
+    }
+    Lines lines = decode(read("ring"));
+    EXPECT_GT(lines.size(), 10U);
+    EXPECT_EQ(std::set(lines.begin(), lines.end()).size(), 1U);
+    writeMessage(*defaultRinglogFile(), many.front(), "0123456789012345678901234567890123456789");
+    EXPECT_EQ(decode(read("ring")).back(), lines.front());
+}
+
+TEST_F(RinglogTest, replacedFileIsKeptUnderTheSecondName) {
+    open("ring", 2);
+    writeNumbered(1);
+    open("ring", 2, path("old-%d"));
+    EXPECT_TRUE(decode(read("ring")).empty());
+    EXPECT_EQ(decode(read("old-" + std::to_string(::getpid()))), Lines{numbered(0)});
+}
+
+TEST_F(RinglogTest, failureLeavesNoneOpenAndHarmsNothing) {
+    struct Arguments {
+        std::string fileName;
+        std::string sizeSpec = "";
+        int clock = 0;
+        int tablePages = 24;
+        unsigned blockCount = 512;
+    };
+    std::filesystem::create_symlink("/dev/null", folder_ / "link");
+    const std::vector<Arguments> cases = {
+        {""},
+        {"/dev/null"},
+        {"/proc/ring"},
+        {folder_},
+        {path("link")},
+        {path("missing/ring")},
+        {path("ring"), "64"},
+        {path("ring"), "-1K"},
+        {path("ring"), "64KB"},
+        {path("ring"), "99999999999K"},
+        {path("ring"), "4194304M"}, // 4 TiB: more than 32 bits of blocks
+        {path("ring"), "", 12345},
+        {path("ring"), "", 0, 0},
+        {path("ring"), "", 0, -1},
+        {path("ring"), "", 0, 24, 1},
+        {path("ring"), "", 0, 24, UINT32_MAX},
+    };
+    for (const Arguments& bad : cases) {
+        open("good", 2);
+        initialize(bad.fileName, bad.sizeSpec, "", bad.clock, bad.tablePages, ThreadingMode::single,
+                   true, bad.blockCount);
+        EXPECT_EQ(defaultRinglogFile(), nullptr) << bad.fileName << ' ' << bad.sizeSpec;
+        EXPECT_FALSE(std::filesystem::exists(path("ring")));
+    }
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST_F(RinglogTest, messagesOfAKilledProcessAreThere) {
+    pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        initialize(path("ring-%d"), "64K", "", 0, 1, ThreadingMode::single, true, 0);
+        writeNumbered(100);
+        ::raise(SIGKILL);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+    std::string file = read("ring-" + std::to_string(child));
+    EXPECT_EQ(decode(file).back(), numbered(99));
+    EXPECT_EQ(RinglogReader(file).processId(), static_cast<std::uint32_t>(child));
+}
+
+TEST_F(RinglogTest, fileCutOffAtAnyLengthGivesOnlyTrueLines) {
+    open("ring", 2);
+    writeNumbered(200);
+    const std::string whole = read("ring");
+    const Lines all = decode(whole);
+    const std::set<std::string> known(all.begin(), all.end());
+    std::size_t most = 0;
+    for (std::size_t length = 0; length <= whole.size(); ++length) {
+        // A copy of exactly that size, so that a read past its end is seen.
+        std::vector<char> cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
+        try {
+            Lines lines = decode({cut.data(), cut.size()});
+            most = std::max(most, lines.size());
+            for (const std::string& line : lines) {
+                ASSERT_TRUE(known.contains(line)) << line;
+            }
+        } catch (const Orb::ParseError&) {
+            ASSERT_LT(length, sizeof(Layout::FileHeader));
+        }
+    }
+    EXPECT_EQ(most, all.size());
+}
+
+TEST_F(RinglogTest, damagedBytesNeitherCrashNorLoop) {
+    open("ring", 4);
+    writeNumbered(1000);
+    const std::string whole = read("ring");
+    // A message has at least its header, so this many lines are all that can ever be read.
+    const std::size_t mostLines = 4 * Layout::blockRoom / sizeof(Layout::MessageHeader);
+    std::mt19937 random(20); // NOLINT(cert-msc51-cpp): the same damage in every run
+    for (int round = 0; round < 2000; ++round) {
+        std::string damaged = whole;
+        for (unsigned flips = 1U + random() % 16U; flips > 0; --flips) {
+            // Half of the damage goes to the head and the table, which are small but steer the
+            // rest.
+            std::size_t where = random() % 2U == 0 ? random() % 64U : random() % damaged.size();
+            where = random() % 4U == 0 ? Layout::pageSize + random() % 64U : where;
+            damaged[where] = static_cast<char>(random());
+        }
+        try {
+            ASSERT_LE(decode(damaged).size(), mostLines);
+        } catch (const Orb::ParseError&) {
+        }
+    }
+}
+
+TEST_F(RinglogTest, damageInOneBlockCostsNoOther) {
+    open("ring", 4);
+    writeNumbered(90);
+    std::string file = read("ring");
+    const Lines before = decode(file);
+    std::size_t firstBlock = std::size_t{2} * Layout::pageSize;
+    std::fill_n(file.begin() + static_cast<std::ptrdiff_t>(firstBlock + Layout::blockSize + 100),
+                300, '\xff');
+    std::size_t damagedBlocks = 0;
+    const Lines after = decode(file, &damagedBlocks);
+    EXPECT_EQ(damagedBlocks, 1U);
+    EXPECT_GT(after.size(), before.size() / 2);
+    EXPECT_EQ(after.front(), before.front());
+    EXPECT_EQ(after.back(), before.back());
+}
+
+TEST(RinglogReader, refusesWhatIsNoRingFile) {
+    for (const std::string& text :
+         {std::string(), std::string("RINGLOG1"), std::string(10'000, '\0'),
+          "{\"vrfs\": {}}" + std::string(100, ' ')}) {
+        EXPECT_THROW(RinglogReader{text}, Orb::ParseError);
+    }
+}
+
+} // namespace
+} // namespace Ringlog
