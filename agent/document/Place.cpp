@@ -1,0 +1,27 @@
+#include "agent/document/Place.h"
+
+namespace Agent {
+
+std::string Place::pointer() const {
+    if (parent_ == nullptr) {
+        return {};
+    }
+    std::string text = parent_->pointer();
+    appendPointerStep(text, key_);
+    return text;
+}
+
+void appendPointerStep(std::string& pointer, std::string_view key) {
+    pointer += '/';
+    for (const char c : key) {
+        if (c == '~') {
+            pointer += "~0";
+        } else if (c == '/') {
+            pointer += "~1";
+        } else {
+            pointer += c;
+        }
+    }
+}
+
+} // namespace Agent
