@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "platform/orb/Keys.h"
+
 namespace Interface {
 
 void KniIntfStatusManager::OrbKniStatus::onAttribute(Orb::AttributeId id, const void* key) {
@@ -23,12 +25,7 @@ void KniIntfStatusManager::omitNonRunningKernelDevicesIs(bool omit) {
 }
 
 void KniIntfStatusManager::handleDevices() {
-    const auto& devices = kniStatus()->device();
-    for (const auto* entry = devices.first(); entry != nullptr;) {
-        const Lanx::IntfId intfId = entry->key();
-        handleDevice(intfId);
-        entry = devices.after(intfId);
-    }
+    Orb::forEachKey(kniStatus()->device(), [this](Lanx::IntfId intfId) { handleDevice(intfId); });
 }
 
 void KniIntfStatusManager::handleDevice(Lanx::IntfId intfId) {

@@ -66,6 +66,15 @@ bool sameArguments(const Arguments& a, const Arguments& b) {
                                                                                                    \
   public:
 
+/// A class that a parent makes without any constructor attributes.
+#define ORB_NO_CONSTRUCTOR(Class)                                                                  \
+  public:                                                                                          \
+    struct Arguments {                                                                             \
+        static constexpr auto fields() { return std::tuple<>(); }                                  \
+    };                                                                                             \
+    explicit Class(Arguments = {}) {}                                                              \
+    Arguments arguments() const { return {}; }
+
 #define ORB_ARGUMENT_MEMBER(context, Type, name) Type name;
 #define ORB_ARGUMENT_FIELD(context, Type, name)                                                    \
     , std::make_tuple(Orb::ArgumentField{#name, &context::name})

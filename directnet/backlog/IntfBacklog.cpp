@@ -1,0 +1,82 @@
+#include "directnet/backlog/IntfBacklog.h"
+
+#include "directnet/model/Trace.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+
+DIRECTNET_TRACE_UNIT("IntfBacklog");
+
+bool isRoutable(const Lanx::IpGenPrefix& prefix) {
+    return prefix.af() != Lanx::AddressFamily::unset && prefix.len() != 0;
+}
+
+} // namespace
+
+IntfBacklog::IntfBacklog(Arguments arguments) : arguments_(std::move(arguments)) {
+    handleInitialized();
+}
+
+void IntfBacklog::handleInitialized() {
+    intfViaSetKeyStatus4Is(Lanx::AddressFamily::ipv4);
+    intfViaSetKeyStatus6Is(Lanx::AddressFamily::ipv6);
+}
+
+void IntfBacklog::doAddBacklog(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix) {
+    DIRECTNET_TRACE(9, "[", *this, "] intf=", intfId, " pfx=", prefix);
+    backlogIs(IntfIdAndPrefix(intfId, prefix), true);
+}
+
+void IntfBacklog::addToIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
+                                       const Lanx::IpGenAddrWithMask& addrWithMask,
+                                       Fib::RouteType routeType, Rib::ViaSetKey viaSetKey,
+                                       VrfId sourceVrfId, bool isVirtual) {
+    if (!isRoutable(prefix)) {
+        return;
+    }
+    DIRECTNET_TRACE(9, "[", *this, "] pfx=", prefix, " addr=", addrWithMask, " ", routeType,
+                    " viaSetKey=", viaSetKey);
+    IntfIdSet* set = intfIdsByPrefix(prefix);
+    if (set == nullptr) {
+        const Orb::Ptr<IntfIdSet> made = intfIdSetFactory(prefix);
+        set = made.get();
+        intfIdsByPrefixIs(made);
+    }
+    const Orb::Ptr<IntfIdSet> keep(set); // a reactor may take the contributor away again
+    set->intfIdAndAddrIs(IntfIdAndAddr(intfId, addrWithMask, sourceVrfId, isVirtual, routeType),
+                         viaSetKey);
+    doAddBacklog(intfId, prefix);
+}
+
+void IntfBacklog::delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
+                                         const Lanx::IpGenAddrWithMask& addrWithMask,
+                                         Fib::RouteType routeType, VrfId sourceVrfId,
+                                         bool isVirtual) {
+    if (!isRoutable(prefix)) {
+        return;
+    }
+    IntfIdSet* set = intfIdsByPrefix(prefix);
+    if (set == nullptr) {
+        return;
+    }
+    const IntfIdAndAddr contributor(intfId, addrWithMask, sourceVrfId, isVirtual, routeType);
+    if (set->intfIdAndAddr(contributor) == Rib::ViaSetKey()) {
+        return;
+    }
+    const Orb::Ptr<IntfIdSet> keep(set);
+    const Lanx::IpGenPrefix stable = prefix; // the caller's may be the set's own
+    set->intfIdAndAddrDel(contributor);
+    // Queued before an emptied set leaves the index: the drain then finds no set and deletes.
+    doAddBacklog(intfId, stable);
+    if (set->intfIdAndAddrs() == 0 && intfIdsByPrefix(stable) == set) {
+        intfIdsByPrefixDel(stable);
+    }
+}
+
+const Orb::Ptr<IntfViaSetKeyStatus>&
+IntfBacklog::intfViaSetKeyStatusFromAf(Lanx::AddressFamily af) const {
+    return af == Lanx::AddressFamily::ipv4 ? intfViaSetKeyStatus4() : intfViaSetKeyStatus6();
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "directnet/backlog/IntfIdAndPrefix.h"
+#include "directnet/backlog/IntfIdSet.h"
+#include "directnet/backlog/IntfViaSetKeyStatus.h"
+#include "platform/orb/Declare.h"
+#include "platform/routing/RouteType.h"
+#include "platform/vrf/VrfId.h"
+#include "platform/vrf/VrfName.h"
+
+namespace Routing::DirectNet {
+
+/// Where what a VRF learns about prefixes meets the one machine that writes its routes. Producers
+/// record who contributes which address under which prefix (the prefix index) and by that mark the
+/// pair of interface and prefix as work (the backlog); they never write routes themselves.
+///
+/// The entity has the VRF's via sets per interface too, and counts how often the backlog was
+/// drained.
+class IntfBacklog : public Orb::Entity {
+    ORB_ENTITY(IntfBacklog, "Routing::DirectNet::IntfBacklog")
+    ORB_CONSTRUCTOR((L3::VrfName, vrfName), (Vrf::VrfIdMap::VrfId, vrfId))
+    ORB_KEY(Vrf::VrfIdMap::VrfId, vrfId)
+    /// A member says: the prefix must be looked at again, the interface's part in it changed.
+    ORB_MAP(260, IntfIdAndPrefix, bool, backlog)
+    ORB_ATTRIBUTE(261, std::uint32_t, backlogEmpty)
+    ORB_REFERENCES(262, IntfIdSet, intfIdsByPrefix)
+    ORB_CHILD(263, IntfViaSetKeyStatus, intfViaSetKeyStatus4)
+    ORB_CHILD(264, IntfViaSetKeyStatus, intfViaSetKeyStatus6)
+
+  public:
+    using VrfId = Vrf::VrfIdMap::VrfId;
+
+    explicit IntfBacklog(Arguments arguments);
+
+    void handleInitialized();
+
+    void doAddBacklog(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix);
+
+    /// Records a contributor of the prefix, or its new via set, and queues the prefix, also when
+    /// nothing changed. A prefix of length 0 or of no family is ignored on purpose: it never
+    /// becomes a connected route.
+    void addToIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
+                              const Lanx::IpGenAddrWithMask& addrWithMask,
+                              Fib::RouteType routeType, Rib::ViaSetKey viaSetKey,
+                              VrfId sourceVrfId, bool isVirtual);
+
+    /// Takes a contributor away. One that is not there leaves no trace and queues nothing.
+    void delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
+                                const Lanx::IpGenAddrWithMask& addrWithMask,
+                                Fib::RouteType routeType, VrfId sourceVrfId, bool isVirtual);
+
+    const Orb::Ptr<IntfViaSetKeyStatus>& intfViaSetKeyStatusFromAf(Lanx::AddressFamily af) const;
+
+    void backlogEmptyInc(std::uint32_t n) { backlogEmptyIs(backlogEmpty() + n); }
+
+    friend std::ostream& operator<<(std::ostream& out, const IntfBacklog& backlog) {
+        return out << backlog.vrfName();
+    }
+};
+
+} // namespace Routing::DirectNet

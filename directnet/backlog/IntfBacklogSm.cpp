@@ -1,0 +1,201 @@
+#include "directnet/backlog/IntfBacklogSm.h"
+
+#include <cstdlib>
+
+#include "directnet/model/Trace.h"
+#include "platform/orb/ActivityManager.h"
+#include "platform/orb/Assert.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+
+DIRECTNET_TRACE_UNIT("IntfBacklogSm");
+
+constexpr unsigned tickMsecs = 10;
+constexpr unsigned initialMaxTicks = 30000;
+constexpr unsigned defaultBucketSize = 1024;
+
+/// A test aid: 0 is normal work; 1 and negative numbers drop members unprocessed, greater ones
+/// leave them where they are.
+long testMode() {
+    const char* text = std::getenv("INTERFACEROUTEINFOSM_TEST");
+    return text == nullptr ? 0 : std::strtol(text, nullptr, 10);
+}
+
+} // namespace
+
+// Only additions ask for a drain: the drain's own removals would ask for a drain of nothing.
+void IntfBacklogSm::OrbIntfBacklog::onAttribute(Orb::AttributeId id, const void* key) {
+    if (id == IntfBacklog::backlogId
+        && notifier()->backlog().contains(Orb::keyAs<IntfIdAndPrefix>(key))) {
+        owner()->scheduleBacklog();
+    }
+}
+
+IntfBacklogSm::IntfBacklogSm(Arguments arguments)
+    : arguments_(std::move(arguments)), orbBacklogClock_(this), orbIntfBacklog_(this) {
+    orbBacklogClock_.notifierIs(backlogClock());
+    orbIntfBacklog_.notifierIs(intfBacklog());
+    handleInitialized();
+}
+
+void IntfBacklogSm::handleInitialized() {
+    DIRECTNET_TRACE(8, *this);
+    orbBacklogClock_.timeMinIs(Orb::Clock::never);
+    initializedIs(true);
+    timerWheelIs(Orb::activityManager()->clock(), tickMsecs, initialMaxTicks, true,
+                 defaultBucketSize);
+    if (!intfBacklog()->backlog().empty()) {
+        scheduleBacklog(); // what was queued before the machine came
+    }
+}
+
+void IntfBacklogSm::scheduleBacklog() {
+    if (orbBacklogClock_.timeMin() < Orb::Clock::never) {
+        return;
+    }
+    orbBacklogClock_.timeMinIs(backlogClock()->now() + backlogDelay());
+    DIRECTNET_TRACE(9, "timeMin=", orbBacklogClock_.timeMin());
+}
+
+void IntfBacklogSm::handleBacklog() {
+    if (!initialized()) {
+        return;
+    }
+    handleBacklogCallCountIs(handleBacklogCallCount() + 1);
+    const std::size_t size = intfBacklog()->backlog().size();
+    DIRECTNET_TRACE(8, "backlogSize=", size, " invocation=", handleBacklogCallCount());
+    DIRECTNET_RINGLOG("backlog size=", size, " invocation=", handleBacklogCallCount());
+    DIRECTNET_TRACE(8, "start backlogSize=", size, " invocation=", handleBacklogCallCount());
+    orbBacklogClock_.timeMinIs(Orb::Clock::never);
+
+    const IntfIdAndPrefix* next = drain(firstMember());
+    if (orbMarkedForDeletion()) {
+        return; // the VRF went in the middle
+    }
+    DIRECTNET_TRACE(8, "backlogSize=", intfBacklog()->backlog().size(), " done");
+    if (intfBacklog()->backlog().empty()) {
+        intfBacklog()->backlogEmptyInc(1);
+        return;
+    }
+    if (next != nullptr) {
+        backlogBookmarkIs(*next);
+    }
+    scheduleBacklog();
+}
+
+const IntfIdAndPrefix* IntfBacklogSm::firstMember() {
+    const auto& members = intfBacklog()->backlog();
+    const IntfIdAndPrefix bookmark = backlogBookmark();
+    const auto* first = members.first();
+    if (bookmark.intfId() != Lanx::IntfId()) {
+        backlogBookmarkIs(IntfIdAndPrefix());
+        if (members.contains(bookmark)) {
+            first = members.atOrAfter(bookmark);
+        }
+    }
+    return first == nullptr ? nullptr : &first->key();
+}
+
+const IntfIdAndPrefix* IntfBacklogSm::drain(const IntfIdAndPrefix* start) {
+    const long mode = testMode();
+    const double startTime = backlogClock()->now();
+    const auto& members = intfBacklog()->backlog();
+    const IntfIdAndPrefix* next = start;
+    while (next != nullptr) {
+        const IntfIdAndPrefix member = *next;
+        if (mode != 0 ? mode <= 1 : !processBacklog(member)) {
+            backlogDel(member);
+        }
+        if (orbMarkedForDeletion()) {
+            return nullptr;
+        }
+        const auto* entry = members.after(member);
+        const bool wrapped = entry == nullptr;
+        if (wrapped) {
+            entry = members.first();
+        }
+        next = entry == nullptr ? nullptr : &entry->key();
+        const double now = backlogClock()->now();
+        // Members that stay are visited for ever; a clock that stands still must end that too.
+        if (startTime + backlogQuantum() <= now || (wrapped && mode > 1 && now == startTime)) {
+            break;
+        }
+    }
+    return next;
+}
+
+IntfIdAndAddr IntfBacklogSm::getIntfIdAndAddr(const Lanx::IpGenPrefix& prefix) const {
+    const IntfIdSet* intfIdAndAddrs = intfIdsByPrefix(prefix);
+    if (intfIdAndAddrs == nullptr) {
+        return {};
+    }
+    ORB_ASSERT(intfIdAndAddrs->intfIdAndAddrs() > 0, "intfIdAndAddrs->intfIdAndAddrs() > 0");
+    return intfIdAndAddrs->intfIdAndAddr().first()->key();
+}
+
+Rib::ViaSetKey IntfBacklogSm::getViaSetKey(const Lanx::IpGenPrefix& prefix,
+                                           const IntfIdAndAddr& iiaa) const {
+    const IntfIdSet* set = intfIdsByPrefix(prefix);
+    return set == nullptr ? Rib::ViaSetKey() : set->intfIdAndAddr(iiaa);
+}
+
+bool IntfBacklogSm::processBacklog(const IntfIdAndPrefix& intfAndPrefix) {
+    const Lanx::IpGenPrefix& prefix = intfAndPrefix.genPrefix();
+    const Lanx::AddressFamily af = prefix.af();
+    DIRECTNET_TRACE(9, "intf=", intfAndPrefix.intfId(), " pfx=", prefix, " af=", af);
+    Rib::RouteConfig& routeConfig =
+        af == Lanx::AddressFamily::ipv4 ? *route4Config() : *route6Config();
+    IntfViaSetKeyStatus& status = *intfBacklog()->intfViaSetKeyStatusFromAf(af);
+
+    const Rib::Route configured = routeConfig.route(Rib::RouteKey(vrfId(), prefix));
+    const IntfIdAndAddr winner = getIntfIdAndAddr(prefix);
+    const Rib::ViaSetKey viaSetKey = getViaSetKey(prefix, winner);
+    if (configured.routeType() == winner.routeType() && configured.viaSetKey() == viaSetKey
+        && configured.srcVrfId() == winner.sourceVrfId()) {
+        DIRECTNET_RINGLOG("pfx=", prefix, " viaSetId=", viaSetKey, ", no change");
+        return false;
+    }
+    // Taken before the old route's is given back, which may be the last one of the same interface.
+    if (!!winner && winner.sourceVrfId() == VrfId::invalid()) {
+        status.incIntfVskRefcount(winner.intfId());
+    }
+    if (configured != Rib::Route()) {
+        const Lanx::IntfId existingIntfId = installedIntfId(prefix);
+        ORB_ASSERT(existingIntfId != Lanx::IntfId(), "existingIntfId != Lanx::IntfId()");
+        if (!winner) {
+            doRouteConfigDel(existingIntfId, routeConfig, prefix, configured.viaSetKey());
+        }
+        if (configured.srcVrfId() == VrfId::invalid()) {
+            intfViaSetConfig()->releaseViaSetKey(existingIntfId, status);
+        }
+    }
+    if (!!winner) {
+        doRouteConfigAdd(winner.intfId(), routeConfig, prefix, winner.sourceVrfId(), viaSetKey,
+                         winner.routeType());
+    }
+    return false;
+}
+
+void IntfBacklogSm::doRouteConfigAdd(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig,
+                                     const Lanx::IpGenPrefix& prefix, VrfId sourceVrfId,
+                                     Rib::ViaSetKey viaSetKey, Fib::RouteType routeType) {
+    Rib::Route route(Rib::RouteKey(vrfId(), prefix), viaSetKey, routeType);
+    route.srcVrfIdIs(sourceVrfId);
+    installedIntfIdIs(prefix, intfId);
+    routeConfig.routeAdd(route);
+    DIRECTNET_TRACE(8, "prefix=", prefix, " routeType=", routeType, " viaSetId=", viaSetKey,
+                    " source vrf id=", sourceVrfId);
+    DIRECTNET_RINGLOG("prefix=", prefix, " routeType=", routeType, " viaSetId=", viaSetKey,
+                      " source vrf id=", sourceVrfId, " added");
+}
+
+void IntfBacklogSm::doRouteConfigDel(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig,
+                                     const Lanx::IpGenPrefix& prefix, Rib::ViaSetKey viaSetKey) {
+    installedIntfIdDel(prefix);
+    routeConfig.routeDel(Rib::RouteKey(vrfId(), prefix));
+    DIRECTNET_TRACE(8, "intf=", intfId, " prefix=", prefix, " viaSetId=", viaSetKey);
+}
+
+} // namespace Routing::DirectNet

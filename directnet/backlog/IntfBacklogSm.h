@@ -1,0 +1,130 @@
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "directnet/backlog/IntfBacklog.h"
+#include "directnet/backlog/IntfViaSetConfig.h"
+#include "directnet/model/Units.h"
+#include "platform/kiln/TimerWheel.h"
+#include "platform/orb/Clock.h"
+#include "platform/orb/Declare.h"
+#include "platform/routing/RouteConfig.h"
+
+namespace Routing::DirectNet {
+
+/// Turns a VRF's backlog into routes. A change of the backlog asks for a drain, which runs a short,
+/// fixed delay later and lasts no longer than a quantum: for each queued prefix the smallest
+/// contributor's route is written, or the route deleted when there is none. What is left goes on
+/// after another delay from where the slice stopped. Each drain that empties the backlog is counted
+/// in it.
+///
+/// For every local route that it has written the machine holds one reference on the via sets of the
+/// route's interface.
+class IntfBacklogSm : public Orb::Entity {
+    ORB_ENTITY(IntfBacklogSm, "Routing::DirectNet::IntfBacklogSm")
+    ORB_CONSTRUCTOR((L3::VrfName, vrfName), (Vrf::VrfIdMap::VrfId, vrfId),
+                    (Orb::Ptr<const Orb::Clock>, backlogClock),
+                    (Orb::Ptr<Rib::RouteConfig>, route4Config),
+                    (Orb::Ptr<Rib::RouteConfig>, route6Config),
+                    (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
+                    (Orb::Ptr<IntfBacklog>, intfBacklog))
+    /// Seconds that one drain may take, and that lie between a request and its drain.
+    ORB_ATTRIBUTE(265, double, backlogQuantum, 0.08)
+    ORB_ATTRIBUTE(266, double, backlogDelay, 0.04)
+    ORB_ATTRIBUTE(267, std::uint32_t, handleBacklogCallCount)
+    /// Where the next drain resumes; without an interface: at the beginning.
+    ORB_ATTRIBUTE(268, IntfIdAndPrefix, backlogBookmark)
+    /// For each prefix with a route, the interface it was written for.
+    ORB_MAP(269, Lanx::IpGenPrefix, Lanx::IntfId, installedIntfId)
+    ORB_CHILD(270, Kiln::TimerWheel, timerWheel)
+    ORB_ATTRIBUTE(271, bool, initialized)
+
+  public:
+    using VrfId = Vrf::VrfIdMap::VrfId;
+
+    explicit IntfBacklogSm(Arguments arguments);
+
+    void handleInitialized();
+
+    /// Asks for a drain; while one is pending, further requests are part of it.
+    void scheduleBacklog();
+
+    /// One slice.
+    void handleBacklog();
+
+    /// Brings the route of one prefix in line with its contributors. Always false: the member is
+    /// done with.
+    bool processBacklog(const IntfIdAndPrefix& intfAndPrefix);
+
+    /// The contributor whose route wins; the empty one where the prefix has none.
+    IntfIdAndAddr getIntfIdAndAddr(const Lanx::IpGenPrefix& prefix) const;
+
+    /// The via set of that contributor's route; the empty key where there is none.
+    Rib::ViaSetKey getViaSetKey(const Lanx::IpGenPrefix& prefix, const IntfIdAndAddr& iiaa) const;
+
+    void doRouteConfigAdd(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig,
+                          const Lanx::IpGenPrefix& prefix, VrfId sourceVrfId,
+                          Rib::ViaSetKey viaSetKey, Fib::RouteType routeType);
+    void doRouteConfigDel(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig,
+                          const Lanx::IpGenPrefix& prefix, Rib::ViaSetKey viaSetKey);
+
+    // The backlog's, for whoever has only the machine.
+    bool backlog(const IntfIdAndPrefix& key) const { return intfBacklog()->backlog(key); }
+    void backlogIs(const IntfIdAndPrefix& key, bool value) { intfBacklog()->backlogIs(key, value); }
+    void backlogDel(const IntfIdAndPrefix& key) { intfBacklog()->backlogDel(key); }
+    IntfIdSet* intfIdsByPrefix(const Lanx::IpGenPrefix& prefix) const {
+        return intfBacklog()->intfIdsByPrefix(prefix);
+    }
+    void intfIdsByPrefixIs(Orb::Ptr<IntfIdSet> set) {
+        intfBacklog()->intfIdsByPrefixIs(std::move(set));
+    }
+    void intfIdsByPrefixDel(const Lanx::IpGenPrefix& prefix) {
+        intfBacklog()->intfIdsByPrefixDel(prefix);
+    }
+    const Orb::Ptr<IntfViaSetKeyStatus>& intfViaSetKeyStatus4() const {
+        return intfBacklog()->intfViaSetKeyStatus4();
+    }
+    const Orb::Ptr<IntfViaSetKeyStatus>& intfViaSetKeyStatus6() const {
+        return intfBacklog()->intfViaSetKeyStatus6();
+    }
+    const Orb::Ptr<IntfViaSetKeyStatus>& newIntfViaSetKeyStatus4(Lanx::AddressFamily af) {
+        return intfBacklog()->intfViaSetKeyStatus4Is(af);
+    }
+    const Orb::Ptr<IntfViaSetKeyStatus>& newIntfViaSetKeyStatus6(Lanx::AddressFamily af) {
+        return intfBacklog()->intfViaSetKeyStatus6Is(af);
+    }
+
+    friend std::ostream& operator<<(std::ostream& out, const IntfBacklogSm& sm) {
+        return out << sm.vrfName();
+    }
+
+  private:
+    class OrbBacklogClock : public Orb::Clock::NotifieeConst {
+      public:
+        explicit OrbBacklogClock(IntfBacklogSm* sm) : sm_(sm) {}
+        void onTimeMin() override { sm_->handleBacklog(); }
+
+      protected:
+        const Orb::PtrInterface* keeper() const override { return sm_; }
+
+      private:
+        IntfBacklogSm* sm_;
+    };
+
+    class OrbIntfBacklog : public Orb::Reactor<IntfBacklogSm, IntfBacklog> {
+      public:
+        using Reactor::Reactor;
+        void onAttribute(Orb::AttributeId id, const void* key) override;
+    };
+
+    /// Works through the members from `start` on; answers where the slice stopped, null for the end.
+    const IntfIdAndPrefix* drain(const IntfIdAndPrefix* start);
+    const IntfIdAndPrefix* firstMember();
+
+    OrbBacklogClock orbBacklogClock_;
+    OrbIntfBacklog orbIntfBacklog_;
+};
+ORB_REGISTER(IntfBacklogSm, IntfBacklogSm, unitIntfBacklogSm, 0)
+
+} // namespace Routing::DirectNet

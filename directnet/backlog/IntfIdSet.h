@@ -1,0 +1,31 @@
+#pragma once
+
+#include <utility>
+
+#include "directnet/backlog/IntfIdAndAddr.h"
+#include "platform/lanx/IpGenPrefix.h"
+#include "platform/orb/Declare.h"
+#include "platform/routing/ViaSetKey.h"
+
+namespace Routing::DirectNet {
+
+/// The contributors of one prefix, in the order of precedence: the first one is the prefix's route.
+/// The value of a contributor is the via set that a route through it must use. Lives exactly as
+/// long as the prefix has a contributor.
+class IntfIdSet : public Orb::Entity {
+    ORB_ENTITY(IntfIdSet, "Routing::DirectNet::IntfIdSet")
+    ORB_CONSTRUCTOR((Lanx::IpGenPrefix, genPrefix))
+    ORB_KEY(Lanx::IpGenPrefix, genPrefix)
+    ORB_ORDERED_MAP(259, IntfIdAndAddr, Rib::ViaSetKey, intfIdAndAddr)
+
+  public:
+    explicit IntfIdSet(Arguments arguments) : arguments_(std::move(arguments)) {}
+
+    std::size_t intfIdAndAddrs() const { return intfIdAndAddr().size(); }
+};
+
+inline Orb::Ptr<IntfIdSet> intfIdSetFactory(const Lanx::IpGenPrefix& prefix) {
+    return Orb::makePtr<IntfIdSet>(IntfIdSet::Arguments{prefix});
+}
+
+} // namespace Routing::DirectNet

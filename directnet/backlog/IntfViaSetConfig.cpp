@@ -1,0 +1,84 @@
+#include "directnet/backlog/IntfViaSetConfig.h"
+
+#include "directnet/model/Trace.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+DIRECTNET_TRACE_UNIT("IntfBacklog");
+} // namespace
+
+const Orb::Ptr<Rib::Ip::ViaConfig>& IntfViaSetConfig::getViaConfig(Lanx::AddressFamily af) const {
+    return af == Lanx::AddressFamily::ipv4 ? ipv4ViaConfig() : ipv6ViaConfig();
+}
+
+IntfViaSetKey IntfViaSetConfig::findOrCreateViaSetKey(Lanx::IntfId intfId, VrfId vrfId,
+                                                      IntfViaSetKeyStatus& status) {
+    if (const IntfViaSetKey* present = status.intfViaSetKey().find(intfId)) {
+        return *present;
+    }
+    doAddViaSet(intfId, vrfId, status);
+    return status.intfViaSetKey(intfId);
+}
+
+void IntfViaSetConfig::doAddViaSet(Lanx::IntfId intfId, VrfId vrfId, IntfViaSetKeyStatus& status) {
+    const Lanx::AddressFamily af = status.af();
+    Rib::Ip::ViaConfig& viaConfig = *getViaConfig(af);
+    const Rib::ViaKey viaKey(viaConfig.transport(), viaConfig.newViaId(), vrfId,
+                             viaConfig.routingProtocol());
+    DIRECTNET_TRACE(8, "intf=", intfId, " af=", af, " viaId=", viaKey.viaId());
+    Rib::Via via(viaKey);
+    via.intfIdIs(intfId);
+    viaConfig.viaIs(via);
+
+    const Rib::ViaSetKey connected = addViaSet(viaKey, af);
+    const Rib::ViaSetKey receive = addViaSet(viaKey, af);
+    Rib::ViaSetKey receiveBroadcast;
+    Rib::ViaSetKey directedBroadcast;
+    if (af != Lanx::AddressFamily::ipv6) {
+        receiveBroadcast = addViaSet(viaKey, af);
+        directedBroadcast = addViaSet(viaKey, af);
+    }
+    status.intfViaSetKeyIs(
+        IntfViaSetKey(intfId, viaKey, connected, receive, receiveBroadcast, directedBroadcast));
+}
+
+Rib::ViaSetKey IntfViaSetConfig::addViaSet(const Rib::ViaKey& viaKey, Lanx::AddressFamily af) {
+    Rib::Memtab::ViaSet viaSet(viaSetConfig()->newViaSetKey());
+    viaSet.viaKeyIs(0, viaKey);
+    viaSet.flagsIs(0);
+    viaSet.familyCodeIs(af == Lanx::AddressFamily::ipv4 ? 2 : 4);
+    viaSetConfig()->viaSetCollection()->viaSetIs(viaSet);
+    return viaSet.key();
+}
+
+void IntfViaSetConfig::delViaSetKey(Lanx::IntfId intfId, IntfViaSetKeyStatus& status) {
+    const IntfViaSetKey key = status.intfViaSetKey(intfId);
+    if (!key) {
+        return;
+    }
+    Rib::Memtab::ViaSetCollection& viaSets = *viaSetConfig()->viaSetCollection();
+    viaSets.viaSetDel(key.viaSetKey());
+    viaSets.viaSetDel(key.rxViaSetKey());
+    viaSets.viaSetDel(key.rxBcastViaSetKey());
+    viaSets.viaSetDel(key.directedBcastViaSetKey());
+    getViaConfig(status.af())->viaDel(key.viaKey());
+    status.intfViaSetKeyDel(key.intfId());
+    DIRECTNET_TRACE(8, "intf=", key.intfId(), " af=", status.af(),
+                    " viaId=", key.viaKey().viaId());
+}
+
+void IntfViaSetConfig::delViaSetKeyAll(IntfViaSetKeyStatus& status) {
+    while (!status.intfViaSetKey().empty()) {
+        delViaSetKey(status.intfViaSetKey().first()->key(), status);
+    }
+}
+
+void IntfViaSetConfig::releaseViaSetKey(Lanx::IntfId intfId, IntfViaSetKeyStatus& status) {
+    status.decIntfVskRefcount(intfId);
+    if (!status.vskRefcountByIntfId().contains(intfId)) {
+        delViaSetKey(intfId, status);
+    }
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,21 @@
+#include "directnet/backlog/IntfViaSetKeyStatus.h"
+
+#include "platform/orb/Assert.h"
+
+namespace Routing::DirectNet {
+
+void IntfViaSetKeyStatus::incIntfVskRefcount(Lanx::IntfId intfId) {
+    vskRefcountByIntfIdIs(intfId, vskRefcountByIntfId(intfId) + 1);
+}
+
+void IntfViaSetKeyStatus::decIntfVskRefcount(Lanx::IntfId intfId) {
+    const std::uint32_t count = vskRefcountByIntfId(intfId);
+    ORB_ASSERT(count > 0, "vskRefcountByIntfId( intfId ) > 0");
+    if (count == 1) {
+        vskRefcountByIntfIdDel(intfId);
+    } else {
+        vskRefcountByIntfIdIs(intfId, count - 1);
+    }
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/orb/TypeRegistry.h"
+
+namespace Routing::DirectNet {
+
+/// The order in which the units of the library register their types. The platform's own come
+/// before them, as unit 0.
+enum Unit : int {
+    unitDirectNet = 1,
+    unitVrfVirtualIpStatus,
+    unitVrfVirtualIpStatusSm,
+    unitVirtualIpStatusSm,
+    unitIntfBacklog,
+    unitIntfBacklogSm,
+    unitReceiveRouteLeakSm,
+    unitRibReadySm,
+};
+
+} // namespace Routing::DirectNet

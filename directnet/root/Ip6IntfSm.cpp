@@ -1,0 +1,63 @@
+#include "directnet/root/Ip6IntfSm.h"
+
+#include "directnet/model/Trace.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+DIRECTNET_TRACE_UNIT("DirectNet");
+} // namespace
+
+void Ip6IntfSm::OrbIp6IntfStatus::onAttribute(Orb::AttributeId id, const void* key) {
+    if (id == Ip6::IntfStatus::addrId) {
+        owner()->handleIp6Address(Orb::keyAs<Lanx::Ip6AddrWithMask>(key));
+    }
+}
+
+Ip6IntfSm::Ip6IntfSm(Arguments arguments)
+    : arguments_(std::move(arguments)),
+      contributions_(intfId(), intfViaSetConfig(), intfBacklog()), orbIp6IntfStatus_(this) {
+    orbIp6IntfStatus_.notifierIs(ip6IntfStatus());
+    handleInitialized();
+}
+
+Ip6IntfSm::~Ip6IntfSm() {
+    orbDoZombieReactors(true);
+    handleIntfDeletion();
+}
+
+void Ip6IntfSm::handleInitialized() {
+    initializedIs(true);
+    Orb::forEachKey(ip6IntfStatus()->addr(),
+                    [this](const auto& address) { handleIp6Address(address); });
+}
+
+void Ip6IntfSm::handleIp6Address(const Lanx::Ip6AddrWithMask& address) {
+    const bool found = !(ip6IntfStatus()->addr(address) == Ip6::AddressInfo());
+    DIRECTNET_TRACE(8, "intf=", intfId(), " addr=", address, " found=", found);
+    updateIntfIdsByPrefix(address, !found);
+}
+
+void Ip6IntfSm::handleIntfDeletion() {
+    DIRECTNET_TRACE(8, "handleIntfDeletion", " intf=", intfId());
+    Orb::forEachKey(ip6IntfStatus()->addr(),
+                    [this](const auto& address) { updateIntfIdsByPrefix(address, true); });
+    contributions_.giveAllReferencesBack();
+}
+
+void Ip6IntfSm::updateIntfIdsByPrefix(const Lanx::Ip6AddrWithMask& address, bool withdraw) {
+    if (address.isZero() || address.isLinkLocal()) {
+        return;
+    }
+    DIRECTNET_TRACE(8, "updateIntfIdsByPrefix", " intf=", intfId(), " addr=", address,
+                    " withdraw=", withdraw);
+    if (withdraw) {
+        contributions_.withdraw(address);
+        contributions_.giveReferencesBack(address);
+    } else {
+        contributions_.add(address);
+        contributions_.takeReference(address);
+    }
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <utility>
+
+#include "directnet/model/Units.h"
+#include "directnet/root/AddressContributions.h"
+#include "platform/ip/Ip6Status.h"
+#include "platform/orb/Declare.h"
+
+namespace Routing::DirectNet {
+
+/// Turns the IPv6 addresses of one interface that has a kernel device into contributions to its
+/// VRF: per address the subnet and the address itself. Zero and link-local addresses yield nothing.
+class Ip6IntfSm : public Orb::Entity {
+    ORB_ENTITY(Ip6IntfSm, "Routing::DirectNet::Ip6IntfSm")
+    ORB_CONSTRUCTOR((Lanx::IntfId, intfId), (Orb::Ptr<const Ip6::IntfStatus>, ip6IntfStatus),
+                    (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
+                    (Orb::Ptr<IntfBacklog>, intfBacklog))
+    ORB_KEY(Lanx::IntfId, intfId)
+    ORB_ATTRIBUTE(262, bool, initialized)
+
+  public:
+    explicit Ip6IntfSm(Arguments arguments);
+    ~Ip6IntfSm() override;
+
+    const L3::VrfName& vrfName() const { return intfBacklog()->vrfName(); }
+
+    void handleInitialized();
+    void handleIp6Address(const Lanx::Ip6AddrWithMask& address);
+    void handleIntfDeletion();
+
+    void updateIntfIdsByPrefix(const Lanx::Ip6AddrWithMask& address, bool withdraw);
+
+    friend std::ostream& operator<<(std::ostream& out, const Ip6IntfSm& sm) {
+        return out << sm.vrfName() << ' ' << sm.intfId();
+    }
+
+  private:
+    class OrbIp6IntfStatus : public Orb::Reactor<Ip6IntfSm, Ip6::IntfStatus> {
+      public:
+        using Reactor::Reactor;
+        void onAttribute(Orb::AttributeId id, const void* key) override;
+    };
+
+    AddressContributions<Traits::IPv6> contributions_;
+    OrbIp6IntfStatus orbIp6IntfStatus_;
+};
+ORB_REGISTER(Ip6IntfSm, Ip6IntfSm, unitDirectNet, 2)
+
+} // namespace Routing::DirectNet

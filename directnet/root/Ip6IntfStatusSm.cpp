@@ -1,0 +1,29 @@
+#include "directnet/root/Ip6IntfStatusSm.h"
+
+namespace Routing::DirectNet {
+
+Ip6IntfStatusSm::Ip6IntfStatusSm(Arguments arguments)
+    : arguments_(std::move(arguments)), orbVrfIp6IntfStatus_(this), orbKernelIntfDir_(this) {
+    orbVrfIp6IntfStatus_.notifierIs(vrfIp6IntfStatus());
+    orbKernelIntfDir_.notifierIs(kernelIntfDir());
+    handleIp6IntfStatus();
+    handleKernelIntf();
+    handleInitialized();
+}
+
+Ip6IntfStatusSm::~Ip6IntfStatusSm() {
+    orbDoZombieReactors(true);
+    ip6IntfSmDelAll();
+}
+
+bool Ip6IntfStatusSm::hasIntfStatus(Lanx::IntfId intfId) const {
+    return vrfIp6IntfStatus()->intfStatus(intfId) != nullptr;
+}
+
+void Ip6IntfStatusSm::doCreateIntfSm(Lanx::IntfId intfId) {
+    using Status = std::remove_pointer_t<decltype(vrfIp6IntfStatus()->intfStatus(intfId))>;
+    ip6IntfSmIs(intfId, Orb::Ptr<const Status>(vrfIp6IntfStatus()->intfStatus(intfId)),
+               intfViaSetConfig(), intfBacklog());
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,119 @@
+#include "directnet/root/IpIntfSm.h"
+
+#include "directnet/model/Trace.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+DIRECTNET_TRACE_UNIT("DirectNet");
+} // namespace
+
+void IpIntfSm::OrbIpIntfStatus::onAttribute(Orb::AttributeId id, const void* key) {
+    using Status = Ip::IpIntfStatus;
+    if (id == Status::activeAddrWithMaskId) {
+        owner()->handleActiveAddress(notifier()->activeAddrWithMask());
+    } else if (id == Status::directedBroadcastId) {
+        owner()->handleDirectedBroadcast();
+    } else if (id == Status::activeSecondaryWithMaskId) {
+        owner()->handleSecondaryAddress(Orb::keyAs<Lanx::IpAddrWithMask>(key));
+    }
+}
+
+IpIntfSm::IpIntfSm(Arguments arguments)
+    : arguments_(std::move(arguments)),
+      contributions_(intfId(), intfViaSetConfig(), intfBacklog()), orbIpIntfStatus_(this) {
+    orbIpIntfStatus_.notifierIs(ipIntfStatus());
+    handleInitialized();
+}
+
+IpIntfSm::~IpIntfSm() {
+    orbDoZombieReactors(true);
+    handleIntfDeletion();
+}
+
+void IpIntfSm::handleInitialized() {
+    initializedIs(true);
+    handleActiveAddress(ipIntfStatus()->activeAddrWithMask());
+    Orb::forEachKey(ipIntfStatus()->activeSecondaryWithMask(),
+                    [this](const auto& address) { handleSecondaryAddress(address); });
+}
+
+void IpIntfSm::handleActiveAddress(const Lanx::IpAddrWithMask& address) {
+    const Lanx::IpAddrWithMask previous = prevActiveAddrWithMask();
+    DIRECTNET_TRACE(8, "handleActiveAddress", " intf=", intfId(), " addr=", address,
+                    " prevAddr=", previous);
+    const bool unnumbered = ipIntfStatus()->unnumberedIntfId() != Lanx::IntfId();
+    if (address != previous && !prevUnnumberedIntf()) {
+        updateIntfIdsByPrefix(previous, true);
+    }
+    if (!unnumbered) {
+        updateIntfIdsByPrefix(address, false);
+    }
+    prevUnnumberedIntfIs(unnumbered);
+    prevActiveAddrWithMaskIs(address);
+}
+
+void IpIntfSm::handleSecondaryAddress(const Lanx::IpAddrWithMask& address) {
+    const bool inUse = ipIntfStatus()->activeSecondaryWithMask(address);
+    updateIntfIdsByPrefix(address, !inUse);
+}
+
+void IpIntfSm::handleDirectedBroadcast() {
+    DIRECTNET_TRACE(8, "handleDirectedBroadcast", " intf=", intfId());
+    updateBcastRoute(ipIntfStatus()->activeAddrWithMask(), false);
+    Orb::forEachKey(ipIntfStatus()->activeSecondaryWithMask(),
+                    [this](const auto& address) { updateBcastRoute(address, false); });
+}
+
+void IpIntfSm::handleIntfDeletion() {
+    DIRECTNET_TRACE(8, "handleIntfDeletion", " intf=", intfId());
+    if (!prevUnnumberedIntf()) {
+        updateIntfIdsByPrefix(ipIntfStatus()->activeAddrWithMask(), true);
+    }
+    Orb::forEachKey(ipIntfStatus()->activeSecondaryWithMask(),
+                    [this](const auto& address) { updateIntfIdsByPrefix(address, true); });
+    contributions_.giveAllReferencesBack();
+}
+
+void IpIntfSm::updateIntfIdsByPrefix(const Lanx::IpAddrWithMask& address, bool withdraw) {
+    DIRECTNET_TRACE(8, "updateIntfIdsByPrefix", " intf=", intfId(), " addr=", address,
+                    " withdraw=", withdraw);
+    if (address.isZero()) {
+        return;
+    }
+    if (withdraw) {
+        contributions_.withdraw(address);
+        updateBcastRoute(address, true);
+        contributions_.giveReferencesBack(address);
+    } else {
+        contributions_.add(address);
+        updateBcastRoute(address, false);
+        contributions_.takeReference(address);
+    }
+}
+
+void IpIntfSm::updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdraw) {
+    if (address.isZero() || address.len() > 30) {
+        return;
+    }
+    const auto network = Lanx::IpPrefix::host(address.networkAddr());
+    const auto broadcast = Lanx::IpPrefix::host(address.broadcastAddr());
+    constexpr auto directed = Fib::RouteType::receiveBroadcast;
+    constexpr auto plain = Fib::RouteType::dropDirectedBroadcast;
+    if (withdraw) {
+        contributions_.delPrefix(network, address, directed);
+        contributions_.delPrefix(broadcast, address, plain);
+        contributions_.delPrefix(broadcast, address, directed);
+        return;
+    }
+    // The flag chooses the broadcast route's type only; its via set stays the same.
+    const bool flag = ipIntfStatus()->directedBroadcast();
+    const IntfViaSetKey key = contributions_.viaSetKey();
+    contributions_.addPrefix(network, address, Fib::RouteType::receiveBroadcast,
+                             key.rxBcastViaSetKey());
+    contributions_.addPrefix(broadcast, address, flag ? directed : plain,
+                             key.directedBcastViaSetKey());
+    contributions_.delPrefix(broadcast, address, flag ? plain : directed);
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <utility>
+
+#include "directnet/model/Units.h"
+#include "directnet/root/AddressContributions.h"
+#include "platform/ip/Status.h"
+#include "platform/orb/Declare.h"
+
+namespace Routing::DirectNet {
+
+/// Turns the IPv4 addresses of one interface that has a kernel device into contributions to its
+/// VRF: per address the subnet, the address itself and, up to /30, the subnet's network and
+/// broadcast addresses. An unnumbered interface contributes nothing for its primary address, which
+/// belongs to the interface that it is borrowed from.
+class IpIntfSm : public Orb::Entity {
+    ORB_ENTITY(IpIntfSm, "Routing::DirectNet::IpIntfSm")
+    ORB_CONSTRUCTOR((Lanx::IntfId, intfId), (Orb::Ptr<const Ip::IpIntfStatus>, ipIntfStatus),
+                    (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
+                    (Orb::Ptr<IntfBacklog>, intfBacklog))
+    ORB_KEY(Lanx::IntfId, intfId)
+    /// The primary address that was applied last, and whether the interface was unnumbered then.
+    ORB_ATTRIBUTE(262, Lanx::IpAddrWithMask, prevActiveAddrWithMask)
+    ORB_ATTRIBUTE(263, bool, prevUnnumberedIntf)
+    ORB_ATTRIBUTE(264, bool, initialized)
+
+  public:
+    explicit IpIntfSm(Arguments arguments);
+    ~IpIntfSm() override;
+
+    const L3::VrfName& vrfName() const { return intfBacklog()->vrfName(); }
+
+    void handleInitialized();
+    void handleActiveAddress(const Lanx::IpAddrWithMask& address);
+    void handleSecondaryAddress(const Lanx::IpAddrWithMask& address);
+
+    /// Moves the broadcast addresses between the route types. Applied to the primary address also
+    /// of an unnumbered interface, and to secondary addresses whatever their value.
+    void handleDirectedBroadcast();
+    void handleIntfDeletion();
+
+    void updateIntfIdsByPrefix(const Lanx::IpAddrWithMask& address, bool withdraw);
+    void updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdraw);
+
+    friend std::ostream& operator<<(std::ostream& out, const IpIntfSm& sm) {
+        return out << sm.vrfName() << ' ' << sm.intfId();
+    }
+
+  private:
+    class OrbIpIntfStatus : public Orb::Reactor<IpIntfSm, Ip::IpIntfStatus> {
+      public:
+        using Reactor::Reactor;
+        void onAttribute(Orb::AttributeId id, const void* key) override;
+    };
+
+    AddressContributions<Traits::IPv4> contributions_;
+    OrbIpIntfStatus orbIpIntfStatus_;
+};
+ORB_REGISTER(IpIntfSm, IpIntfSm, unitDirectNet, 8)
+
+} // namespace Routing::DirectNet

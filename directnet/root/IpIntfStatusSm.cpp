@@ -1,0 +1,29 @@
+#include "directnet/root/IpIntfStatusSm.h"
+
+namespace Routing::DirectNet {
+
+IpIntfStatusSm::IpIntfStatusSm(Arguments arguments)
+    : arguments_(std::move(arguments)), orbVrfIpIntfStatus_(this), orbKernelIntfDir_(this) {
+    orbVrfIpIntfStatus_.notifierIs(vrfIpIntfStatus());
+    orbKernelIntfDir_.notifierIs(kernelIntfDir());
+    handleIpIntfStatus();
+    handleKernelIntf();
+    handleInitialized();
+}
+
+IpIntfStatusSm::~IpIntfStatusSm() {
+    orbDoZombieReactors(true);
+    ipIntfSmDelAll();
+}
+
+bool IpIntfStatusSm::hasIntfStatus(Lanx::IntfId intfId) const {
+    return vrfIpIntfStatus()->ipIntfStatus(intfId) != nullptr;
+}
+
+void IpIntfStatusSm::doCreateIntfSm(Lanx::IntfId intfId) {
+    using Status = std::remove_pointer_t<decltype(vrfIpIntfStatus()->ipIntfStatus(intfId))>;
+    ipIntfSmIs(intfId, Orb::Ptr<const Status>(vrfIpIntfStatus()->ipIntfStatus(intfId)),
+               intfViaSetConfig(), intfBacklog());
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,36 @@
+#include "directnet/root/KernelIntfStatus.h"
+
+#include <cstdlib>
+
+#include "directnet/model/Trace.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+DIRECTNET_TRACE_UNIT("DirectNet");
+} // namespace
+
+KernelIntfStatus::KernelIntfStatus(Arguments arguments) : arguments_(std::move(arguments)) {
+    handleInitialized();
+}
+
+void KernelIntfStatus::handleInitialized() {
+    if (std::getenv("DIRECTNET_INTFENTRY_WITHOUT_KERNEL_INTF") != nullptr) {
+        ignoreKernelInterfaceStateIs(true);
+    }
+    initializedIs(true);
+}
+
+bool KernelIntfStatus::kernelIntfPresent(Lanx::IntfId intfId) const {
+    const auto* device = kernelIntfStatusDir()->intfStatusAndDeviceName().find(intfId);
+    if (device != nullptr && *device != Interface::IntfStatusAndDeviceName()) {
+        return true;
+    }
+    if (ignoreKernelInterfaceState()) {
+        return true;
+    }
+    DIRECTNET_TRACE(9, "Kernel device not present yet: ", intfId);
+    return false;
+}
+
+} // namespace Routing::DirectNet

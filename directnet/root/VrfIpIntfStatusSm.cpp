@@ -1,0 +1,31 @@
+#include "directnet/root/VrfIpIntfStatusSm.h"
+
+namespace Routing::DirectNet {
+
+VrfIpIntfStatusSm::VrfIpIntfStatusSm(Arguments arguments)
+    : arguments_(std::move(arguments)), orbIpStatus_(this), orbIntfBacklog_(this),
+      orbGrState_(this) {
+    orbIpStatus_.notifierIs(ipStatus());
+    orbIntfBacklog_.notifierIs(intfBacklog());
+    orbGrState_.notifierIs(grState());
+    handleInitialized();
+}
+
+VrfIpIntfStatusSm::~VrfIpIntfStatusSm() {
+    orbDoZombieReactors(true);
+    ipIntfStatusSmDel();
+}
+
+void VrfIpIntfStatusSm::handleInitialized() {
+    doStart();
+}
+
+void VrfIpIntfStatusSm::doCreateChild() {
+    const Orb::Ptr<const Ip::VrfIpIntfStatus> status(ipStatus()->vrfIpIntfStatus(vrfName()));
+    if (ipIntfStatusSm() != nullptr && ipIntfStatusSm()->vrfIpIntfStatus() != status) {
+        ipIntfStatusSmDel(); // its withdrawals must not undo what its successor contributes
+    }
+    ipIntfStatusSmIs(status, intfViaSetConfig(), intfBacklog(), kernelIntfStatus());
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "directnet/model/Units.h"
+#include "platform/orb/Declare.h"
+#include "platform/vrf/VrfName.h"
+
+namespace Routing::DirectNet {
+
+/// A set of VRF names, such as those of the containers to delete.
+class VrfNameSet : public Orb::Entity {
+    ORB_ENTITY(VrfNameSet, "Routing::DirectNet::VrfNameSet")
+    ORB_MAP(258, L3::VrfName, bool, vrfName)
+};
+ORB_REGISTER(VrfNameSet, VrfNameSet, unitDirectNet, 3)
+
+} // namespace Routing::DirectNet
