@@ -1,0 +1,135 @@
+#include "agent/device/VrfInputs.h"
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+#include "agent/document/Place.h"
+
+namespace Agent {
+
+using Ip::VrfState;
+using Vrf::VrfIdMap::NameToIdMap;
+using Vrf::VrfIdMap::NameToIdMapWrapper;
+
+VrfInputs::VrfInputs()
+    : ids_(Orb::makePtr<NameToIdMapWrapper>()), statuses_(Orb::makePtr<Ip::AllVrfStatusLocal>()) {
+    ids_->nameToIdMapIs(Orb::makePtr<NameToIdMap>());
+}
+
+const L3::VrfName* VrfInputs::name(VrfId id) const {
+    const auto found = nameById_.find(id.value());
+    return found == nameById_.end() ? nullptr : &found->second;
+}
+
+VrfInputs::Plan VrfInputs::plan(const Change<VrfsPatch>& patch) const {
+    Plan plan;
+    if (patch.isRemoval()) {
+        planRemovalOfAll(plan);
+    }
+    if (const VrfsPatch* members = patch.value()) {
+        for (const auto& [name, change] : *members) {
+            const VrfPatch* vrf = change.value();
+            if (vrf != nullptr || change.isRemoval()) {
+                planId(name, vrf == nullptr ? Change<VrfId>::removal() : vrf->id, plan);
+                planStatus(name, vrf == nullptr ? Change<VrfStatusPatch>::removal() : vrf->status,
+                           plan);
+            }
+        }
+    }
+    checkIds(plan);
+    return plan;
+}
+
+void VrfInputs::planRemovalOfAll(Plan& plan) const {
+    for (const auto& entry : map().vrfId()) {
+        plan.idsThatGo.push_back(entry.key());
+    }
+    for (const auto& status : statuses_->vrf()) {
+        plan.statusesThatGo.push_back(status->vrfName());
+    }
+}
+
+void VrfInputs::planId(const L3::VrfName& name, const Change<VrfId>& change, Plan& plan) const {
+    const VrfId present = map().vrfId(name);
+    const VrfId wanted = change.after(present, VrfId::invalid());
+    if (wanted == present) {
+        return;
+    }
+    if (present != VrfId::invalid()) {
+        plan.idsThatGo.push_back(name);
+    }
+    if (wanted != VrfId::invalid()) {
+        plan.idsThatCome.emplace_back(name, wanted);
+    }
+}
+
+void VrfInputs::planStatus(const L3::VrfName& name, const Change<VrfStatusPatch>& change,
+                           Plan& plan) const {
+    const Ip::VrfStatusLocal* present = statuses_->vrf(name);
+    if (change.isRemoval() && present != nullptr) {
+        plan.statusesThatGo.push_back(name);
+    }
+    const VrfStatusPatch* patch = change.value();
+    if (patch == nullptr) {
+        return;
+    }
+    const auto defaultNetns = Lanx::NamespaceName::defaultNamespace();
+    const bool active =
+        patch->active.after(present != nullptr && present->state() == VrfState::active, false);
+    const auto netns =
+        patch->netns.after(present == nullptr ? defaultNetns : present->netNs(), defaultNetns);
+    const VrfState state = active ? VrfState::active : VrfState::initializing;
+    const bool sameNetns = present != nullptr && present->netNs() == netns;
+    if (sameNetns && present->state() == state) {
+        return;
+    }
+    // A namespace changes under nobody's feet: the status goes and comes back with the new one.
+    if (present != nullptr && !sameNetns) {
+        plan.statusesThatGo.push_back(name);
+    }
+    plan.statusesThatCome.push_back({name, state, netns});
+}
+
+void VrfInputs::checkIds(const Plan& plan) const {
+    const std::set<L3::VrfName> going(plan.idsThatGo.begin(), plan.idsThatGo.end());
+    std::unordered_map<VrfId::Number, const L3::VrfName*> coming;
+    for (const auto& [name, id] : plan.idsThatCome) {
+        const L3::VrfName* holder = this->name(id);
+        if (holder != nullptr && going.contains(*holder)) {
+            holder = nullptr;
+        }
+        const auto [other, first] = coming.emplace(id.value(), &name);
+        if (holder != nullptr || !first) {
+            const L3::VrfName& taken = holder != nullptr ? *holder : *other->second;
+            const Place vrfs(Place(), "vrfs");
+            const Place vrf(vrfs, name.value());
+            Place(vrf, "id").refuse(std::to_string(id.value()) + " is the id of VRF "
+                                    + taken.value());
+        }
+    }
+}
+
+void VrfInputs::withdraw(const Plan& plan) {
+    for (const L3::VrfName& name : plan.idsThatGo) {
+        nameById_.erase(map().vrfId(name).value());
+        ids_->nameToIdMap()->vrfIdDel(name);
+    }
+    for (const L3::VrfName& name : plan.statusesThatGo) {
+        statuses_->vrfDel(name);
+    }
+}
+
+void VrfInputs::publish(const Plan& plan) {
+    for (const auto& [name, state, netns] : plan.statusesThatCome) {
+        Ip::VrfStatusLocal* status = statuses_->vrfIs(name);
+        status->netNsIs(netns); // before the state, which is what makes others look
+        status->stateIs(state);
+    }
+    for (const auto& [name, id] : plan.idsThatCome) {
+        nameById_.emplace(id.value(), name);
+        ids_->nameToIdMap()->vrfIdIs(name, id);
+    }
+}
+
+} // namespace Agent
