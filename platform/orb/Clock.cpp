@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <tuple>
 #include <utility>
 
 #include "platform/orb/Assert.h"
@@ -10,11 +9,14 @@
 namespace Orb {
 
 bool Clock::Earlier::operator()(const NotifieeConst* a, const NotifieeConst* b) const {
-    return std::tie(a->due_, a->arming_) < std::tie(b->due_, b->arming_);
+    return a->due_ != b->due_ ? a->due_ < b->due_ : a->arming_ < b->arming_;
 }
 
 double Clock::nextWakeup() const {
-    return armed_.empty() ? never : (*armed_.begin())->due_;
+    if (armed_.empty()) {
+        return never;
+    }
+    return (*armed_.begin())->due_;
 }
 
 bool Clock::isDue(double now, std::uint64_t armedBefore) const {

@@ -90,10 +90,6 @@ class HashTable {
 
     HashTable() = default;
     HashTable(HashTable&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
-    HashTable& operator=(HashTable&& other) noexcept {
-        HashTable(std::move(other)).swap(*this);
-        return *this;
-    }
     HashTable(const HashTable& other) requires std::is_copy_constructible_v<T> {
         if (other.block_ == nullptr) {
             return;
@@ -111,8 +107,8 @@ class HashTable {
         copy.block_->distance = source.distance;
         swap(copy);
     }
-    HashTable& operator=(const HashTable& other) requires std::is_copy_constructible_v<T> {
-        HashTable(other).swap(*this);
+    HashTable& operator=(HashTable other) noexcept {
+        swap(other);
         return *this;
     }
     ~HashTable() {

@@ -88,10 +88,6 @@ class OrderedMap {
 
     OrderedMap() = default;
     OrderedMap(OrderedMap&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
-    OrderedMap& operator=(OrderedMap&& other) noexcept {
-        OrderedMap(std::move(other)).swap(*this);
-        return *this;
-    }
     OrderedMap(const OrderedMap& other) requires std::is_copy_constructible_v<Entry> {
         OrderedMap copy;
         for (const Entry& entry : other) {
@@ -99,8 +95,8 @@ class OrderedMap {
         }
         swap(copy);
     }
-    OrderedMap& operator=(const OrderedMap& other) requires std::is_copy_constructible_v<Entry> {
-        OrderedMap(other).swap(*this);
+    OrderedMap& operator=(OrderedMap other) noexcept {
+        swap(other);
         return *this;
     }
     ~OrderedMap() {

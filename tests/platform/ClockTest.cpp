@@ -199,6 +199,7 @@ TEST(ActivityManager, DescriptorReactorsMayComeAndGoInsideCallbacks) {
     const Pipe pipe;
     std::vector<std::unique_ptr<Reader>> readers;
     int calls = 0;
+    readers.reserve(3);
     for (int index = 0; index < 3; ++index) {
         readers.push_back(std::make_unique<Reader>(pipe.reading(), [&] {
             ++calls;

@@ -296,7 +296,7 @@ TEST_F(HashMapCost, RefillingAHalfDrainedTableDoesNotPileUp) {
             map.tryInsert(Counted(next++));
         }
     }
-    expectLinear(11U * count);
+    expectLinear(std::uint64_t{count} * 11);
 }
 
 TEST(HashMap, ElementMayUseTheMapWhileItIsDestroyed) {

@@ -4,7 +4,6 @@
 #include <map>
 #include <memory>
 #include <random>
-#include <set>
 
 #include <gtest/gtest.h>
 
@@ -53,39 +52,6 @@ TEST_P(OrderedMapAgainstModel, RandomOperationsLoseOrMisplaceNothing) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, OrderedMapAgainstModel, testing::Values(2, 5, 12, 60));
-
-TEST(OrderedMap, WalkThroughMutationsMeetsEveryStayingEntryOnce) {
-    std::mt19937 random(3);
-    for (int round = 0; round < 200; ++round) {
-        Map map;
-        std::set<std::uint32_t> staying;
-        const auto size = static_cast<std::uint32_t>(random() % 20);
-        for (std::uint32_t index = 0; index < size; ++index) {
-            map.tryInsert(index * 10);
-            staying.insert(index * 10);
-        }
-        std::set<std::uint32_t> met;
-        for (const auto* entry = map.first(); entry != nullptr;) {
-            const std::uint32_t at = entry->key();
-            ASSERT_TRUE(met.insert(at).second);
-            const auto other = static_cast<std::uint32_t>(random() % 200);
-            if (random() % 2 == 0) {
-                map.tryInsert(other);
-            } else {
-                map.erase(random() % 2 == 0 ? at : other / 10 * 10);
-            }
-            for (const std::uint32_t key : std::set<std::uint32_t>(staying)) {
-                if (!map.contains(key)) {
-                    staying.erase(key);
-                }
-            }
-            entry = map.after(at);
-        }
-        for (const std::uint32_t key : staying) {
-            ASSERT_TRUE(met.contains(key));
-        }
-    }
-}
 
 TEST(OrderedMap, ElementMayUseTheMapWhileItIsDestroyed) {
     for (const std::uint32_t size : {1U, 3U, 9U, 40U}) {
