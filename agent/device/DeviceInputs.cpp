@@ -1,0 +1,106 @@
+#include "agent/device/DeviceInputs.h"
+
+#include <utility>
+
+#include "agent/document/DocumentError.h"
+#include "platform/memtab/Mount.h"
+
+namespace Agent {
+
+using Routing::DirectNetLeakStatus;
+using Routing::DirectNet::GrState;
+
+namespace {
+
+Orb::Ptr<DirectNetLeakStatus>
+mountLeakStatus(const Orb::Ptr<Vaultdb::EntityManager>& entityManager, const Orb::String& path) {
+    OrbMemtab::Mount mount(entityManager);
+    mount.doMount(path, DirectNetLeakStatus::orbTypeName,
+                  OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
+    return mount.getEntity<DirectNetLeakStatus>(path);
+}
+
+/// What a patch on an object says of one of its members: what goes with the object goes too.
+template <typename Object, typename T>
+Change<T> memberOf(const Change<Object>& object, Change<T> Object::*member) {
+    if (object.isRemoval()) {
+        return Change<T>::removal();
+    }
+    return object.value() == nullptr ? Change<T>() : object.value()->*member;
+}
+
+} // namespace
+
+DeviceInputs::DeviceInputs(Orb::Ptr<Kiln::TaskScheduler> scheduler, bool gracefulRestart)
+    : entityManager_(Orb::makePtr<Vaultdb::EntityManager>()), scheduler_(std::move(scheduler)),
+      viaSetConfig_(Orb::makePtr<Routing::Rib::ViaSetConfig>()),
+      virtualIpAsReceiveRoute_(Orb::makePtr<Arp::VirtualIpAsReceiveRoute>()),
+      allIntfStatusDir_(Orb::makePtr<Interface::AllIntfStatusDir>()),
+      allIntfStatusLocalDir_(Orb::makePtr<Interface::AllIntfStatusLocalDir>()),
+      ribWaits_(Orb::makePtr<Routing::Rib::AllVrfRibReady>()),
+      protoStatusDir_(Orb::makePtr<Orb::Dir>()),
+      grState_(Orb::makePtr<GrState>(GrState::Arguments{gracefulRestart})),
+      kernel_(entityManager_),
+      leaks4_(mountLeakStatus(entityManager_, "routing/directNetLeakStatus")),
+      leaks6_(mountLeakStatus(entityManager_, "routing6/directNetLeakStatus")) {}
+
+void DeviceInputs::apply(const DevicePatch& patch) {
+    checkGracefulRestart(patch.gracefulRestart);
+    const VrfInputs::Plan plan = vrfs_.plan(patch.vrfs);
+
+    vrfs_.withdraw(plan);
+    for (const L3::VrfName& name : plan.idsThatGo) {
+        leaks4_.vrfIdDel(name);
+        leaks6_.vrfIdDel(name);
+    }
+    kernel_.apply(patch.kernel);
+    ipv4_.apply(patch.ipv4);
+    ipv6_.apply(patch.ipv6);
+    apply(patch.virtualIps);
+    apply(patch.leaks);
+    vrfs_.publish(plan);
+    for (const auto& [name, id] : plan.idsThatCome) {
+        leaks4_.vrfIdIs(name, id);
+        leaks6_.vrfIdIs(name, id);
+    }
+    applyRibWaits(patch.ribWaits);
+    grState_->startReadyVerificationIs(
+        patch.startReadyVerification.after(grState_->startReadyVerification(), false));
+}
+
+void DeviceInputs::checkGracefulRestart(const Change<bool>& change) const {
+    if (change.after(grState_->gracefulRestart(), false) != grState_->gracefulRestart()) {
+        throw DocumentError("/gracefulRestart", "cannot change once the agent has started");
+    }
+}
+
+void DeviceInputs::apply(const Change<VirtualIpsPatch>& patch) {
+    VirtualIp::VirtualIpStatus& status = *virtualIps4_.status();
+    status.subnetRoutesIs(memberOf(patch, &VirtualIpsPatch::subnetRoutes)
+                              .after(status.subnetRoutes(), false));
+    virtualIps4_.apply(memberOf(patch, &VirtualIpsPatch::ipv4));
+    virtualIps6_.apply(memberOf(patch, &VirtualIpsPatch::ipv6));
+}
+
+void DeviceInputs::apply(const Change<LeaksPatch>& patch) {
+    leaks4_.apply(memberOf(patch, &LeaksPatch::ipv4));
+    leaks6_.apply(memberOf(patch, &LeaksPatch::ipv6));
+}
+
+void DeviceInputs::applyRibWaits(const Change<VrfSetPatch>& patch) {
+    if (patch.isRemoval()) {
+        ribWaits_->vrfDelAll();
+    }
+    if (const VrfSetPatch* vrfs = patch.value()) {
+        for (const auto& [name, change] : *vrfs) {
+            const bool* waits = change.value();
+            if (waits != nullptr && *waits) {
+                ribWaits_->vrfIs(name, true);
+            } else if (change.isGiven()) {
+                ribWaits_->vrfDel(name);
+            }
+        }
+    }
+}
+
+} // namespace Agent
