@@ -1,0 +1,228 @@
+#include "directnet/virtualip/VrfVirtualIpStatusSm.h"
+
+#include "directnet/model/Trace.h"
+#include "directnet/virtualip/VirtualIpTraits.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+
+DIRECTNET_TRACE_UNIT("VrfVirtualIpStatusSm");
+
+// A virtual address is never leaked from another VRF.
+constexpr Vrf::VrfIdMap::VrfId local = Vrf::VrfIdMap::VrfId::invalid();
+
+template <typename AddrWithMask>
+bool yieldsNothing(const AddrWithMask& address) {
+    return address.isZero() || address.isLinkLocal();
+}
+
+template <typename Family>
+bool hasSubnet(const typename Family::AddrWithMask& address) {
+    return VirtualIpTraits<Family>::hasSubnets && address.len() < Family::hostLen;
+}
+
+template <typename Sm, typename AddrWithMask>
+void addSubnet(Sm& sm, Lanx::IntfId intfId, const AddrWithMask& address, Rib::ViaSetKey viaSetKey) {
+    sm.intfBacklog()->addToIntfIdsByPrefix(intfId, address.subnet(), address,
+                                           Fib::RouteType::connected, viaSetKey, local, true);
+}
+
+template <typename Sm, typename AddrWithMask>
+void delSubnet(Sm& sm, Lanx::IntfId intfId, const AddrWithMask& address) {
+    sm.intfBacklog()->delFromIntfIdsByPrefix(intfId, address.subnet(), address,
+                                             Fib::RouteType::connected, local, true);
+}
+
+template <typename Sm>
+IntfViaSetKey viaSetKeyOf(Sm& sm, Lanx::IntfId intfId) {
+    return sm.intfViaSetConfig()->findOrCreateViaSetKey(intfId, sm.intfBacklog()->vrfId(),
+                                                        *sm.ivskStatus());
+}
+
+template <typename Family, typename Sm>
+void addContributions(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm& nested, Lanx::IntfId intfId,
+                      const typename Family::AddrWithMask& address) {
+    const IntfViaSetKey viaSetKey = viaSetKeyOf(sm, intfId);
+    sm.intfBacklog()->addToIntfIdsByPrefix(intfId, address.hostPrefix(), address,
+                                           Fib::RouteType::receive, viaSetKey.rxViaSetKey(), local,
+                                           true);
+    if (hasSubnet<Family>(address) && sm.table().subnetRouteEnabled()) {
+        addSubnet(sm, intfId, address, viaSetKey.viaSetKey());
+    }
+    if (!nested.references().holds(intfId)) {
+        nested.references().take(intfId, intfId, *sm.ivskStatus());
+    }
+}
+
+template <typename Family, typename Sm>
+void withdrawContributions(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm* nested,
+                           Lanx::IntfId intfId, const typename Family::AddrWithMask& address) {
+    sm.intfBacklog()->delFromIntfIdsByPrefix(intfId, address.hostPrefix(), address,
+                                             Fib::RouteType::receive, local, true);
+    if (hasSubnet<Family>(address)) {
+        delSubnet(sm, intfId, address); // whatever the flag says now, it may have been set before
+    }
+    if (nested != nullptr) {
+        nested->references().giveBack(intfId, intfId, *sm.intfViaSetConfig(), *sm.ivskStatus());
+    }
+}
+
+/// One (virtual address, interface) pair. `nested` is the address's nested machine; a pair without
+/// one, or whose machine is going, is absent.
+template <typename Family, typename Sm>
+void handleVirtualIpIntfStatusT(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm* nested,
+                                const typename Sm::Key& key, Lanx::IntfId intfId) {
+    const auto address = VirtualIpTraits<Family>::addrWithMask(key);
+    DIRECTNET_DUALLOG(8, "vrfName= ", sm.table().name(), ", addr= ", address, ", intfId= ", intfId);
+    if (yieldsNothing(address)) {
+        DIRECTNET_DUALLOG(8, "Address is zero or link is local");
+        return;
+    }
+    const auto* entry = sm.table().virtualIp(key);
+    if (nested != nullptr && !nested->orbMarkedForDeletion() && entry != nullptr
+        && entry->intfId(intfId)) {
+        DIRECTNET_DUALLOG(7, "create receive route");
+        addContributions<Family>(sm, *nested, intfId, address);
+    } else {
+        DIRECTNET_DUALLOG(7, "delete receive route");
+        withdrawContributions<Family>(sm, nested, intfId, address);
+    }
+}
+
+template <typename Sm>
+void handleVrfVirtualIpStatusT(Sm& sm, const typename Sm::Key& key) {
+    const auto* entry = sm.table().virtualIp(key);
+    if (entry == nullptr) {
+        return;
+    }
+    DIRECTNET_DUALLOG(8, "vrfName= ", sm.table().name(), ", intfIds=", entry->intfId().size());
+    Orb::forEachKey(entry->intfId(),
+                    [&](Lanx::IntfId intfId) { sm.handleVirtualIpIntfStatus(key, intfId); });
+}
+
+template <typename Sm>
+void handleVrfVirtualIpStatusT(Sm& sm) {
+    const auto& virtualIps = sm.table().virtualIp();
+    DIRECTNET_DUALLOG(8, "vrfName= ", sm.table().name(), ", virtual IPs=", virtualIps.size());
+    for (const auto& virtualIp : virtualIps) {
+        sm.handleVrfVirtualIpStatus(virtualIp->fwkKey());
+    }
+}
+
+/// What the address contributed is withdrawn, which may be more than its object still lists.
+template <typename Family, typename Sm>
+void handleVirtualIpIntfStatusDeletionT(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm& nested) {
+    const auto intfIds = Orb::keysOf(nested.references().taken());
+    DIRECTNET_DUALLOG(8, "vrfName= ", sm.table().name(), ", intfIds=", intfIds.size());
+    for (const Lanx::IntfId intfId : intfIds) {
+        handleVirtualIpIntfStatusT<Family>(sm, &nested, nested.fwkKey(), intfId);
+    }
+}
+
+template <typename Sm>
+void releaseAll(Sm& sm) {
+    sm.virtualIpIntfStatusSmDelAll();
+    sm.intfViaSetConfig()->delViaSetKeyAll(*sm.ivskStatus());
+}
+
+} // namespace
+
+namespace Ipv4 {
+
+VrfVirtualIpStatusSm::VrfVirtualIpStatusSm(Arguments arguments)
+    : arguments_(std::move(arguments)), orbVrfVirtualIpStatus_(this) {
+    newIvskStatus(Lanx::AddressFamily::ipv4);
+    orbVrfVirtualIpStatus_.notifierIs(vrfVirtualIpStatus());
+    handleVrfVirtualIpStatus();
+}
+
+VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() {
+    VrfVirtualIpStatusSm::orbDoZombieReactors(true);
+}
+
+void VrfVirtualIpStatusSm::orbDoZombieReactors(bool zombie) {
+    Entity::orbDoZombieReactors(zombie);
+    if (zombie) {
+        releaseAll(*this);
+    }
+}
+
+void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus(const Key& key) {
+    handleVrfVirtualIpStatusT(*this, key);
+}
+
+void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus() {
+    handleVrfVirtualIpStatusT(*this);
+}
+
+void VrfVirtualIpStatusSm::handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId) {
+    handleVirtualIpIntfStatusT<Traits::IPv4>(*this, virtualIpIntfStatusSm(key), key, intfId);
+}
+
+void VrfVirtualIpStatusSm::handleVirtualIpIntfStatusDeletion(OrbVirtualIpIntfStatusSm& nested) {
+    handleVirtualIpIntfStatusDeletionT<Traits::IPv4>(*this, nested);
+}
+
+void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
+    const bool enabled = table().subnetRouteEnabled();
+    for (const auto& virtualIp : table().virtualIp()) {
+        const Lanx::IpAddrWithMask address = virtualIp->vrfIpWithMask().ipAddrWithMask();
+        if (!hasSubnet<Traits::IPv4>(address) || yieldsNothing(address)) {
+            continue;
+        }
+        for (const auto& [intfId, carried] : virtualIp->intfId()) {
+            if (!enabled) {
+                delSubnet(*this, intfId, address);
+            } else if (carried) {
+                addSubnet(*this, intfId, address, viaSetKeyOf(*this, intfId).viaSetKey());
+            }
+        }
+    }
+}
+
+} // namespace Ipv4
+
+namespace Ipv6 {
+
+VrfVirtualIpStatusSm::VrfVirtualIpStatusSm(Arguments arguments)
+    : arguments_(std::move(arguments)), orbVrfVirtualIpStatus_(this) {
+    newIvskStatus(Lanx::AddressFamily::ipv6);
+    orbVrfVirtualIpStatus_.notifierIs(vrfVirtualIp6Status());
+    handleVrfVirtualIpStatus();
+}
+
+VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() {
+    VrfVirtualIpStatusSm::orbDoZombieReactors(true);
+}
+
+void VrfVirtualIpStatusSm::orbDoZombieReactors(bool zombie) {
+    Entity::orbDoZombieReactors(zombie);
+    if (zombie) {
+        releaseAll(*this);
+    }
+}
+
+void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus(const Key& key) {
+    handleVrfVirtualIpStatusT(*this, key);
+}
+
+void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus() {
+    handleVrfVirtualIpStatusT(*this);
+}
+
+void VrfVirtualIpStatusSm::handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId) {
+    handleVirtualIpIntfStatusT<Traits::IPv6>(*this, virtualIpIntfStatusSm(key), key, intfId);
+}
+
+void VrfVirtualIpStatusSm::handleVirtualIpIntfStatusDeletion(OrbVirtualIpIntfStatusSm& nested) {
+    handleVirtualIpIntfStatusDeletionT<Traits::IPv6>(*this, nested);
+}
+
+void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
+    DIRECTNET_DUALLOG(8, "handleSubnetRouteEnabled (Ipv6)");
+}
+
+} // namespace Ipv6
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <utility>
+
+#include "directnet/backlog/IntfBacklog.h"
+#include "directnet/backlog/IntfViaSetConfig.h"
+#include "directnet/virtualip/VirtualIpIntfReactor.h"
+#include "directnet/virtualip/VirtualIpTableReactor.h"
+#include "directnet/virtualip/VrfVirtualIpStatus.h"
+
+namespace Routing::DirectNet::Ipv4 {
+
+/// Turns the IPv4 virtual addresses of one VRF into contributions to its backlog: per interface
+/// that carries an address a receive route of the address and, while the table says so, the
+/// address's subnet. Zero and link-local addresses yield nothing and take no via sets.
+class VrfVirtualIpStatusSm : public Orb::Entity {
+    ORB_ENTITY(VrfVirtualIpStatusSm, "Routing::DirectNet::Ipv4::VrfVirtualIpStatusSm")
+    ORB_CONSTRUCTOR((Orb::Ptr<const VrfVirtualIpStatus>, vrfVirtualIpStatus),
+                    (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
+                    (Orb::Ptr<IntfBacklog>, intfBacklog))
+    /// The machine's own via sets, apart from those of the VRF's interfaces.
+    ORB_CHILD(261, IntfViaSetKeyStatus, ivskStatus)
+
+  public:
+    using Key = VirtualIp::VrfIpWithMaskPair;
+    using OrbVirtualIpIntfStatusSm =
+        VirtualIpIntfReactor<VrfVirtualIpStatusSm, VirtualIp::VirtualIpIntfStatus>;
+    ORB_REACTORS(262, OrbVirtualIpIntfStatusSm, virtualIpIntfStatusSm)
+
+    explicit VrfVirtualIpStatusSm(Arguments arguments);
+    ~VrfVirtualIpStatusSm() override;
+
+    const VrfVirtualIpStatus& table() const { return *vrfVirtualIpStatus(); }
+
+    const Orb::Ptr<IntfViaSetKeyStatus>& newIvskStatus(Lanx::AddressFamily af) {
+        return ivskStatusIs(af);
+    }
+
+    void handleVrfVirtualIpStatus(const Key& key);
+    void handleVrfVirtualIpStatus();
+    void handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId);
+    void handleVirtualIpIntfStatusDeletion(OrbVirtualIpIntfStatusSm& nested);
+    void handleSubnetRouteEnabled();
+
+    void orbDoZombieReactors(bool zombie) override;
+
+    friend std::ostream& operator<<(std::ostream& out, const VrfVirtualIpStatusSm& sm) {
+        return out << sm.table().name();
+    }
+
+  private:
+    using OrbVrfVirtualIpStatus = VirtualIpTableReactor<VrfVirtualIpStatusSm, VrfVirtualIpStatus>;
+
+    OrbVrfVirtualIpStatus orbVrfVirtualIpStatus_;
+};
+ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 1)
+
+} // namespace Routing::DirectNet::Ipv4
+
+namespace Routing::DirectNet::Ipv6 {
+
+/// Turns the IPv6 virtual addresses of one VRF into contributions to its backlog: per interface
+/// that carries an address a receive route of the address. Zero and link-local addresses yield
+/// nothing and take no via sets.
+class VrfVirtualIpStatusSm : public Orb::Entity {
+    ORB_ENTITY(VrfVirtualIpStatusSm, "Routing::DirectNet::Ipv6::VrfVirtualIpStatusSm")
+    ORB_CONSTRUCTOR((Orb::Ptr<const VrfVirtualIpStatus>, vrfVirtualIp6Status),
+                    (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
+                    (Orb::Ptr<IntfBacklog>, intfBacklog))
+    /// The machine's own via sets, apart from those of the VRF's interfaces.
+    ORB_CHILD(261, IntfViaSetKeyStatus, ivskStatus)
+
+  public:
+    using Key = VirtualIp::VrfIpPair;
+    using OrbVirtualIpIntfStatusSm =
+        VirtualIpIntfReactor<VrfVirtualIpStatusSm, VirtualIp::VirtualIp6IntfStatus>;
+    ORB_REACTORS(262, OrbVirtualIpIntfStatusSm, virtualIpIntfStatusSm)
+
+    explicit VrfVirtualIpStatusSm(Arguments arguments);
+    ~VrfVirtualIpStatusSm() override;
+
+    const VrfVirtualIpStatus& table() const { return *vrfVirtualIp6Status(); }
+
+    const Orb::Ptr<IntfViaSetKeyStatus>& newIvskStatus(Lanx::AddressFamily af) {
+        return ivskStatusIs(af);
+    }
+
+    void handleVrfVirtualIpStatus(const Key& key);
+    void handleVrfVirtualIpStatus();
+    void handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId);
+    void handleVirtualIpIntfStatusDeletion(OrbVirtualIpIntfStatusSm& nested);
+    void handleSubnetRouteEnabled();
+
+    void orbDoZombieReactors(bool zombie) override;
+
+    friend std::ostream& operator<<(std::ostream& out, const VrfVirtualIpStatusSm& sm) {
+        return out << sm.table().name();
+    }
+
+  private:
+    using OrbVrfVirtualIpStatus = VirtualIpTableReactor<VrfVirtualIpStatusSm, VrfVirtualIpStatus>;
+
+    OrbVrfVirtualIpStatus orbVrfVirtualIpStatus_;
+};
+ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 0)
+
+} // namespace Routing::DirectNet::Ipv6
