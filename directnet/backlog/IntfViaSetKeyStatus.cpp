@@ -18,4 +18,18 @@ void IntfViaSetKeyStatus::decIntfVskRefcount(Lanx::IntfId intfId) {
     }
 }
 
+void IntfViaSetKeyStatus::incOwnAddresses(Lanx::IntfId intfId) {
+    ownAddressesByIntfIdIs(intfId, ownAddressesByIntfId(intfId) + 1);
+}
+
+void IntfViaSetKeyStatus::decOwnAddresses(Lanx::IntfId intfId) {
+    const std::uint32_t count = ownAddressesByIntfId(intfId);
+    ORB_ASSERT(count > 0, "ownAddressesByIntfId( intfId ) > 0");
+    if (count == 1) {
+        ownAddressesByIntfIdDel(intfId);
+    } else {
+        ownAddressesByIntfIdIs(intfId, count - 1);
+    }
+}
+
 } // namespace Routing::DirectNet

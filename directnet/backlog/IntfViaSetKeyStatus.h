@@ -18,6 +18,8 @@ class IntfViaSetKeyStatus : public Orb::Entity {
     ORB_CONSTRUCTOR((Lanx::AddressFamily, af))
     ORB_MAP(259, Lanx::IntfId, IntfViaSetKey, intfViaSetKey)
     ORB_MAP(260, Lanx::IntfId, std::uint32_t, vskRefcountByIntfId)
+    /// How many of the interface's own addresses contribute; an interface without has no entry.
+    ORB_MAP(261, Lanx::IntfId, std::uint32_t, ownAddressesByIntfId)
 
   public:
     explicit IntfViaSetKeyStatus(Arguments arguments) : arguments_(std::move(arguments)) {}
@@ -27,6 +29,9 @@ class IntfViaSetKeyStatus : public Orb::Entity {
     void incIntfVskRefcount(Lanx::IntfId intfId);
     /// The count must be positive; the entry goes with the last reference.
     void decIntfVskRefcount(Lanx::IntfId intfId);
+
+    void incOwnAddresses(Lanx::IntfId intfId);
+    void decOwnAddresses(Lanx::IntfId intfId);
 };
 
 } // namespace Routing::DirectNet

@@ -57,11 +57,17 @@ class AddressContributions {
     }
 
     void takeReference(const AddrWithMask& address) {
+        if (!references_.holds(address)) {
+            status().incOwnAddresses(intfId_);
+        }
         references_.take(address, intfId_, status());
     }
 
     /// Gives back all references that were taken for the address; via sets go with the last one.
     void giveReferencesBack(const AddrWithMask& address) {
+        if (references_.holds(address)) {
+            status().decOwnAddresses(intfId_);
+        }
         references_.giveBack(address, intfId_, *intfViaSetConfig_, status());
     }
 

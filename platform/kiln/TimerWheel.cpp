@@ -39,14 +39,11 @@ void TimerWheel::Timer::cancel() {
     }
 }
 
-TimerWheel::TimerWheel(Orb::Ptr<const Orb::Clock> systemClock, std::uint32_t tickMsecs,
-                       std::uint32_t initialMaxTicks, bool preserveOrder,
-                       std::uint32_t defaultBucketSize)
-    : systemClock_(std::move(systemClock)), tickSeconds_(tickMsecs / 1000.0),
-      slots_(initialMaxTicks), bucketSize_(defaultBucketSize), preserveOrder_(preserveOrder) {
-    ORB_ASSERT(tickMsecs > 0 && initialMaxTicks > 0 && defaultBucketSize > 0,
+TimerWheel::TimerWheel(Arguments arguments)
+    : arguments_(std::move(arguments)), tickSeconds_(tickMsecs() / 1000.0) {
+    ORB_ASSERT(tickMsecs() > 0 && initialMaxTicks() > 0 && defaultBucketSize() > 0,
                "tickMsecs > 0 && initialMaxTicks > 0 && defaultBucketSize > 0");
-    wakeup_.notifierIs(systemClock_);
+    wakeup_.notifierIs(systemClock());
 }
 
 TimerWheel::~TimerWheel() {
@@ -57,8 +54,8 @@ TimerWheel::~TimerWheel() {
     };
     removeAll(due_);
     while (pending_ > 0) {
-        const auto slot = static_cast<std::uint32_t>(nextUsedTick() % slots_);
-        removeAll(buckets_[slot / bucketSize_]->slot(slot % bucketSize_));
+        const auto slot = static_cast<std::uint32_t>(nextUsedTick() % initialMaxTicks());
+        removeAll(buckets_[slot / defaultBucketSize()]->slot(slot % defaultBucketSize()));
     }
 }
 
@@ -80,7 +77,7 @@ void TimerWheel::schedule(Timer& timer, double expiry) {
     } else {
         timer.cancel();
     }
-    const std::uint64_t present = std::max(tick_, tickReached(systemClock_->now()));
+    const std::uint64_t present = std::max(tick_, tickReached(systemClock()->now()));
     if (pending_ == 0) {
         tick_ = present;
     }
@@ -91,15 +88,15 @@ void TimerWheel::schedule(Timer& timer, double expiry) {
 }
 
 void TimerWheel::place(Timer& timer) {
-    const auto slot = static_cast<std::uint32_t>(timer.tick_ % slots_);
-    buckets_.resize((slots_ + bucketSize_ - 1) / bucketSize_);
-    auto& bucket = buckets_[slot / bucketSize_];
+    const auto slot = static_cast<std::uint32_t>(timer.tick_ % initialMaxTicks());
+    buckets_.resize((initialMaxTicks() + defaultBucketSize() - 1) / defaultBucketSize());
+    auto& bucket = buckets_[slot / defaultBucketSize()];
     if (bucket == nullptr) {
-        bucket = std::make_unique<Bucket>(bucketSize_);
+        bucket = std::make_unique<Bucket>(defaultBucketSize());
     }
-    Link& list = bucket->slot(slot % bucketSize_);
-    timer.insertBefore(preserveOrder_ ? list : *list.next);
-    bucket->usedIs(slot % bucketSize_, true);
+    Link& list = bucket->slot(slot % defaultBucketSize());
+    timer.insertBefore(preserveOrder() ? list : *list.next);
+    bucket->usedIs(slot % defaultBucketSize(), true);
     timer.wheel_ = this;
     ++pending_;
 }
@@ -110,8 +107,8 @@ void TimerWheel::remove(Timer& timer) {
     timer.wheel_ = nullptr;
     --pending_;
     if (lastOfList && !timer.due_) {
-        const auto slot = static_cast<std::uint32_t>(timer.tick_ % slots_);
-        buckets_[slot / bucketSize_]->usedIs(slot % bucketSize_, false);
+        const auto slot = static_cast<std::uint32_t>(timer.tick_ % initialMaxTicks());
+        buckets_[slot / defaultBucketSize()]->usedIs(slot % defaultBucketSize(), false);
     }
     timer.due_ = false;
 }
@@ -125,22 +122,22 @@ void TimerWheel::restIfEmpty() {
 
 /// The next tick whose slot is used, be it by timers of a later round. There must be one.
 std::uint64_t TimerWheel::nextUsedTick() const {
-    const auto start = static_cast<std::uint32_t>((tick_ + 1) % slots_);
+    const auto start = static_cast<std::uint32_t>((tick_ + 1) % initialMaxTicks());
     std::uint32_t slot = start;
     while (true) {
-        const auto& bucket = buckets_[slot / bucketSize_];
-        const std::uint32_t base = slot / bucketSize_ * bucketSize_;
+        const auto& bucket = buckets_[slot / defaultBucketSize()];
+        const std::uint32_t base = slot / defaultBucketSize() * defaultBucketSize();
         const std::uint32_t found =
-            base + (bucket == nullptr ? bucketSize_ : bucket->nextUsed(slot % bucketSize_));
-        if (bucket != nullptr && found < base + bucketSize_) {
-            return tick_ + 1 + (found >= start ? found - start : found + slots_ - start);
+            base + (bucket == nullptr ? defaultBucketSize() : bucket->nextUsed(slot % defaultBucketSize()));
+        if (bucket != nullptr && found < base + defaultBucketSize()) {
+            return tick_ + 1 + (found >= start ? found - start : found + initialMaxTicks() - start);
         }
-        slot = found < slots_ ? found : 0;
+        slot = found < initialMaxTicks() ? found : 0;
     }
 }
 
 void TimerWheel::advance() {
-    const std::uint64_t reached = tickReached(systemClock_->now());
+    const std::uint64_t reached = tickReached(systemClock()->now());
     if (!fireDue()) {
         return;
     }
@@ -163,9 +160,9 @@ void TimerWheel::advance() {
 }
 
 void TimerWheel::takeDue(std::uint64_t tick) {
-    const auto slot = static_cast<std::uint32_t>(tick % slots_);
-    Bucket& bucket = *buckets_[slot / bucketSize_];
-    Link& list = bucket.slot(slot % bucketSize_);
+    const auto slot = static_cast<std::uint32_t>(tick % initialMaxTicks());
+    Bucket& bucket = *buckets_[slot / defaultBucketSize()];
+    Link& list = bucket.slot(slot % defaultBucketSize());
     for (Link* link = list.next; link != &list;) {
         Timer& timer = static_cast<Timer&>(*link);
         link = link->next;
@@ -175,7 +172,7 @@ void TimerWheel::takeDue(std::uint64_t tick) {
             timer.due_ = true;
         }
     }
-    bucket.usedIs(slot % bucketSize_, !list.alone());
+    bucket.usedIs(slot % defaultBucketSize(), !list.alone());
 }
 
 /// Returns false once the last reference to the wheel has gone, its own wake-up's aside.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/orb/Clock.h"
+#include "platform/orb/Declare.h"
 #include "platform/orb/Ptr.h"
 #include "platform/orb/PtrInterface.h"
 
@@ -23,15 +24,19 @@ namespace Kiln {
 /// when the last reference goes, its timers are cancelled.
 ///
 /// Thread rule: one agent thread, no locks.
-class TimerWheel : public Orb::PtrInterface {
-  public:
-    class Timer;
-
+class TimerWheel : public Orb::Entity {
+    ORB_ENTITY(TimerWheel, "Kiln::TimerWheel")
     /// `tickMsecs`: length of a tick. `initialMaxTicks`: number of slots. `preserveOrder`: timers
     /// of one tick fire in the order in which they were scheduled, otherwise in any.
     /// `defaultBucketSize`: number of slots allocated at once.
-    TimerWheel(Orb::Ptr<const Orb::Clock> systemClock, std::uint32_t tickMsecs,
-               std::uint32_t initialMaxTicks, bool preserveOrder, std::uint32_t defaultBucketSize);
+    ORB_CONSTRUCTOR((Orb::Ptr<const Orb::Clock>, systemClock), (std::uint32_t, tickMsecs),
+                    (std::uint32_t, initialMaxTicks), (bool, preserveOrder),
+                    (std::uint32_t, defaultBucketSize))
+
+  public:
+    class Timer;
+
+    explicit TimerWheel(Arguments arguments);
     ~TimerWheel() override;
 
     /// Schedules the timer for `expiry`, in seconds of the clock, which must be finite; one that is
@@ -81,11 +86,7 @@ class TimerWheel : public Orb::PtrInterface {
     void takeDue(std::uint64_t tick);
     bool fireDue();
 
-    Orb::Ptr<const Orb::Clock> systemClock_;
     double tickSeconds_;
-    std::uint32_t slots_;
-    std::uint32_t bucketSize_;
-    bool preserveOrder_;
     std::uint64_t tick_ = 0; ///< the last tick whose timers were taken
     std::size_t pending_ = 0;
     std::vector<std::unique_ptr<Bucket>> buckets_; ///< null until first used

@@ -70,28 +70,35 @@ AttributeDescription describeArgument() {
             nullptr};
 }
 
-/// Every attribute of T, in the order of their numbers.
+template <typename T>
+std::vector<AttributeDescription> listAttributes() {
+    std::vector<AttributeDescription> attributes;
+    [&]<std::size_t... index>(std::index_sequence<index...>) {
+        (attributes.push_back(describeArgument<T, index>()), ...);
+    }
+    (std::make_index_sequence<argumentCount<T>()>());
+    const auto declared = [&]<std::size_t offset>(std::integral_constant<std::size_t, offset>) {
+        constexpr AttributeId id = firstAttributeId + offset;
+        if constexpr (Declares<T, id>) {
+            attributes.push_back(describeAttribute<T, id>());
+        }
+    };
+    [&]<std::size_t... offset>(std::index_sequence<offset...>) {
+        (declared(std::integral_constant<std::size_t, offset>{}), ...);
+    }
+    (std::make_index_sequence<lastAttributeId - firstAttributeId + 1>());
+    return attributes;
+}
+
+/// Every attribute of T, in the order of their numbers; only entities show theirs.
 template <typename T>
 std::span<const AttributeDescription> attributesOf() {
-    static const auto table = [] {
-        std::vector<AttributeDescription> attributes;
-        [&]<std::size_t... index>(std::index_sequence<index...>) {
-            (attributes.push_back(describeArgument<T, index>()), ...);
-        }
-        (std::make_index_sequence<argumentCount<T>()>());
-        const auto declared = [&]<std::size_t offset>(std::integral_constant<std::size_t, offset>) {
-            constexpr AttributeId id = firstAttributeId + offset;
-            if constexpr (Declares<T, id>) {
-                attributes.push_back(describeAttribute<T, id>());
-            }
-        };
-        [&]<std::size_t... offset>(std::index_sequence<offset...>) {
-            (declared(std::integral_constant<std::size_t, offset>{}), ...);
-        }
-        (std::make_index_sequence<lastAttributeId - firstAttributeId + 1>());
-        return attributes;
-    }();
-    return table;
+    if constexpr (std::is_base_of_v<Entity, T>) {
+        static const std::vector<AttributeDescription> table = listAttributes<T>();
+        return table;
+    } else {
+        return {};
+    }
 }
 
 /// How the framework makes a T from a name: from the name itself where T takes one.

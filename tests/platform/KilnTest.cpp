@@ -144,7 +144,7 @@ class TimerWheelTest : public testing::Test {
     static constexpr double tick = 0.01;
 
     Orb::Ptr<TimerWheel> makeWheel(std::uint32_t slots, std::uint32_t bucket) {
-        return Orb::makePtr<TimerWheel>(clock_, 10U, slots, true, bucket);
+        return Orb::makePtr<TimerWheel>(TimerWheel::Arguments{clock_, 10U, slots, true, bucket});
     }
     TimerWheel::Timer* timer(
         char name, std::function<void()> action = [] {}) {

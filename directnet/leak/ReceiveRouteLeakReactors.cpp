@@ -1,0 +1,248 @@
+// How the leak receiver follows leaks, backlogs and contributors one by one.
+
+#include "directnet/leak/LeakableContributor.h"
+#include "directnet/leak/ReceiveRouteLeakSm.h"
+#include "directnet/model/Trace.h"
+#include "platform/orb/Keys.h"
+
+namespace Routing::DirectNet {
+
+// --- The leaks of one source VRF.
+
+void ReceiveRouteLeakSm::OrbLeakedRoute::handleInitialized() {
+    if (notifier()->destVrfId().empty()) {
+        return;
+    }
+    if (OrbIntfBacklog* backlog = owner()->intfBacklog(notifier()->sourceVrfId())) {
+        Orb::forEachKey(notifier()->destVrfId(),
+                        [&](const Lanx::IpGenPrefix& prefix) { backlog->handlePrefix(prefix); });
+    }
+    owner()->scheduleReview();
+}
+
+void ReceiveRouteLeakSm::OrbLeakedRoute::notifierIs(Orb::Ptr<const RouteLeakedFromVrf> leaks) {
+    MemberReactor::notifierIs(std::move(leaks));
+    handleInitialized();
+}
+
+void ReceiveRouteLeakSm::OrbLeakedRoute::onAttribute(Orb::AttributeId id, const void* key) {
+    if (id != RouteLeakedFromVrf::destVrfIdId) {
+        return;
+    }
+    const LeakedPrefix leaked = Orb::keyAs<LeakedPrefix>(key);
+    const VrfId sourceVrfId = notifier()->sourceVrfId();
+    if (OrbIntfBacklog* backlog = owner()->intfBacklog(sourceVrfId)) {
+        const Orb::Ptr<OrbIntfBacklog> keep(backlog);
+        backlog->handlePrefix(leaked.genPrefix());
+    }
+    owner()->handleLeakedRoute(sourceVrfId, leaked.genPrefix(), status(), leaked.destVrfId());
+}
+
+// What the source still leaked when it went from the status is withdrawn like leaks that end one
+// by one; the status no longer lists it.
+void ReceiveRouteLeakSm::OrbLeakedRoute::orbDoZombieReactors(bool zombie) {
+    const bool goes = zombie && !orbMarkedForDeletion() && !owner()->orbMarkedForDeletion();
+    MemberReactor::orbDoZombieReactors(zombie);
+    if (!goes) {
+        return;
+    }
+    const Orb::Ptr<const RouteLeakedFromVrf> leaks(notifier());
+    for (const auto& [prefix, destinations] : leaks->destVrfId()) {
+        for (const auto& [destVrfId, listed] : destinations) {
+            owner()->handleLeakedRoute(leaks->sourceVrfId(), prefix, status(), destVrfId);
+        }
+        if (OrbIntfBacklog* backlog = owner()->intfBacklog(leaks->sourceVrfId())) {
+            backlog->handlePrefix(prefix);
+        }
+    }
+}
+
+// --- The backlog of one VRF.
+
+ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfBacklog(ReceiveRouteLeakSm* sm,
+                                                   Orb::Ptr<const IntfBacklog> backlog)
+    : MemberReactor(sm), orbOwnAddresses4_(this), orbOwnAddresses6_(this) {
+    orbOwnAddresses4_.notifierIs(backlog->intfViaSetKeyStatus4());
+    orbOwnAddresses6_.notifierIs(backlog->intfViaSetKeyStatus6());
+    attach(std::move(backlog));
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::handleInitialized() {
+    const VrfId vrfId = notifier()->vrfId();
+    for (const Lanx::AddressFamily af : {Lanx::AddressFamily::ipv4, Lanx::AddressFamily::ipv6}) {
+        if (const auto* leaks = owner()->crLeakLocalStatus(af).leakedRouteBySourceVrf(vrfId)) {
+            Orb::forEachKey(leaks->destVrfId(),
+                            [this](const Lanx::IpGenPrefix& prefix) { handlePrefix(prefix); });
+        }
+    }
+    owner()->scheduleReview();
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::onAttribute(Orb::AttributeId id, const void* key) {
+    if (id == IntfBacklog::intfIdsByPrefixId) {
+        handlePrefix(Orb::keyAs<Lanx::IpGenPrefix>(key));
+    }
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::orbDoZombieReactors(bool zombie) {
+    const bool goes = zombie && !orbMarkedForDeletion();
+    MemberReactor::orbDoZombieReactors(zombie);
+    if (goes) {
+        intfIdsByPrefixDelAll();
+        if (!owner()->orbMarkedForDeletion()) {
+            handleDelete();
+        }
+    }
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::handlePrefix(const Lanx::IpGenPrefix& prefix) {
+    const bool leaked = owner()->destinations(notifier()->vrfId(), prefix) != nullptr;
+    IntfIdSet* set = leaked ? notifier()->intfIdsByPrefix(prefix) : nullptr;
+    if (set != nullptr) {
+        intfIdsByPrefixIs(Orb::Ptr<const IntfIdSet>(set));
+    } else if (!intfIdsByPrefix().empty()) {
+        intfIdsByPrefixDel(prefix);
+    }
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::handleIntfIdAndAddr(const Lanx::IpGenPrefix& prefix,
+                                                             const IntfIdAndAddr& iiaa,
+                                                             bool added) {
+    if (!isLocalConnected(iiaa)) {
+        return;
+    }
+    if (added && iiaa.isVirtual()) {
+        virtualPrefixIs(prefix, iiaa);
+    }
+    const OrbIntfIdsByPrefix* reactor = intfIdsByPrefix(prefix);
+    const auto* destinations = owner()->destinations(notifier()->vrfId(), prefix);
+    if (reactor == nullptr || destinations == nullptr) {
+        return;
+    }
+    const Orb::Ptr<const IntfIdSet> set(reactor->notifier());
+    const Orb::Ptr<const IntfBacklog> source(notifier());
+    for (const VrfId destVrfId : Orb::keysOf(*destinations)) {
+        owner()->handleContributor(*source, *set, iiaa, destVrfId);
+    }
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::virtualPrefixIs(const Lanx::IpGenPrefix& prefix,
+                                                         const IntfIdAndAddr& iiaa) {
+    virtualPrefixes_.tryInsert(iiaa.intfId()).first->insertOrAssign(prefix, true);
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::OrbOwnAddresses::onAttribute(Orb::AttributeId id,
+                                                                      const void* key) {
+    if (id == IntfViaSetKeyStatus::ownAddressesByIntfIdId) {
+        owner()->handleOwnAddresses(Orb::keyAs<Lanx::IntfId>(key), notifier()->af());
+    }
+}
+
+// Counts between one and many change nothing, but cost no more than finding that out.
+void ReceiveRouteLeakSm::OrbIntfBacklog::handleOwnAddresses(Lanx::IntfId intfId,
+                                                            Lanx::AddressFamily af) {
+    const Prefixes* prefixes = virtualPrefixes_.find(intfId);
+    if (prefixes == nullptr
+        || notifier()->intfViaSetKeyStatusFromAf(af)->ownAddressesByIntfId(intfId) > 1) {
+        return;
+    }
+    for (const Lanx::IpGenPrefix& prefix : Orb::keysOf(*prefixes)) {
+        const OrbIntfIdsByPrefix* reactor = intfIdsByPrefix(prefix);
+        const Orb::Ptr<const IntfIdSet> set(reactor == nullptr ? nullptr : reactor->notifier());
+        bool contributes = false;
+        if (set != nullptr) {
+            Orb::forEachKey(set->intfIdAndAddr(), [&](const IntfIdAndAddr& entry) {
+                if (entry.intfId() == intfId && entry.isVirtual()) {
+                    contributes = true;
+                    handleIntfIdAndAddr(prefix, entry, false);
+                }
+            });
+        }
+        Prefixes* present = virtualPrefixes_.find(intfId);
+        if (!contributes && present != nullptr) {
+            present->erase(prefix);
+        }
+    }
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::handleDelete() {
+    deleteLeakedFrom();
+    deleteLeakedInto();
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::deleteLeakedFrom() {
+    const Orb::Ptr<const IntfBacklog> source(notifier());
+    for (const Lanx::AddressFamily af : {Lanx::AddressFamily::ipv4, Lanx::AddressFamily::ipv6}) {
+        const auto* leaks =
+            owner()->crLeakLocalStatus(af).leakedRouteBySourceVrf(source->vrfId());
+        if (leaks == nullptr) {
+            continue;
+        }
+        for (const auto& [prefix, destinations] : leaks->destVrfId()) {
+            const IntfIdSet* set = source->intfIdsByPrefix(prefix);
+            if (set == nullptr) {
+                continue;
+            }
+            for (const auto& [destVrfId, listed] : destinations) {
+                IntfBacklog* dest = owner()->intfBacklogByVrf()->intfBacklog(destVrfId);
+                if (dest == nullptr) {
+                    continue;
+                }
+                for (const auto& [entry, viaSetKey] : set->intfIdAndAddr()) {
+                    owner()->delLeakedReceiveRoute(entry.intfId(), entry.addrWithMask(), *source,
+                                                   *dest);
+                }
+            }
+        }
+    }
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::deleteLeakedInto() {
+    const Orb::Ptr<IntfBacklog> dest(const_cast<IntfBacklog*>(notifier()));
+    std::vector<IntfIdAndAddr> leaked;
+    for (const auto& set : dest->intfIdsByPrefix()) {
+        for (const auto& [entry, viaSetKey] : set->intfIdAndAddr()) {
+            if (entry.sourceVrfId() != VrfId::invalid()) {
+                leaked.push_back(entry);
+            }
+        }
+    }
+    for (const IntfIdAndAddr& entry : leaked) {
+        if (const IntfBacklog* source =
+                owner()->intfBacklogByVrf()->intfBacklog(entry.sourceVrfId())) {
+            owner()->delLeakedReceiveRoute(entry.intfId(), entry.addrWithMask(), *source, *dest);
+        }
+    }
+}
+
+// --- The contributors of one leaked prefix.
+
+ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix::OrbIntfIdsByPrefix(
+    OrbIntfBacklog* backlog, Orb::Ptr<const IntfIdSet> set)
+    : MemberReactor(backlog) {
+    attach(std::move(set));
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix::handleInitialized() {
+    const Orb::Ptr<const IntfIdSet> set(notifier());
+    Orb::forEachKey(set->intfIdAndAddr(), [&](const IntfIdAndAddr& entry) {
+        owner()->handleIntfIdAndAddr(set->genPrefix(), entry, true);
+    });
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix::notifierIs(
+    Orb::Ptr<const IntfIdSet> set) {
+    MemberReactor::notifierIs(std::move(set));
+    handleInitialized();
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix::onAttribute(Orb::AttributeId id,
+                                                                         const void* key) {
+    if (id == IntfIdSet::intfIdAndAddrId) {
+        const IntfIdAndAddr iiaa = Orb::keyAs<IntfIdAndAddr>(key);
+        const bool added = notifier()->intfIdAndAddr().find(iiaa) != nullptr;
+        owner()->handleIntfIdAndAddr(notifier()->genPrefix(), iiaa, added);
+    }
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,147 @@
+#include "directnet/root/ContainerSm.h"
+
+#include "directnet/model/Trace.h"
+#include "platform/orb/ActivityManager.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+
+DIRECTNET_TRACE_UNIT("DirectNet");
+
+/// Releases the via-set keys of every interface that a VRF's address status lists.
+template <typename Interfaces>
+void releaseInterfaces(const Interfaces& interfaces, IntfViaSetConfig& config,
+                       IntfViaSetKeyStatus& status) {
+    for (const auto& interface : interfaces) {
+        config.delViaSetKey(interface->intfId(), status);
+    }
+}
+
+/// The same of every interface that carries one of a VRF's virtual addresses.
+template <typename Table>
+void releaseVirtualIps(const Table& table, IntfViaSetConfig& config, IntfViaSetKeyStatus& status) {
+    for (const auto& virtualIp : table.virtualIp()) {
+        for (const auto& interface : virtualIp->intfId()) {
+            config.delViaSetKey(interface.key(), status);
+        }
+    }
+}
+
+} // namespace
+
+ContainerSm::ContainerSm(Arguments arguments)
+    : arguments_(std::move(arguments)), mount_(entityManager()) {
+    try {
+        handleInitialized();
+    } catch (...) {
+        doCleanup();
+        throw;
+    }
+}
+
+ContainerSm::~ContainerSm() {
+    doCleanup();
+    orbDoZombieReactors(true);
+    vrfIpIntfStatusSmDel();
+    vrfIp6IntfStatusSmDel();
+    vrfVirtualIpStatusSmDel();
+    vrfVirtualIp6StatusSmDel();
+    intfBacklogSmDel();
+    kernelIntfStatusDel();
+}
+
+void ContainerSm::handleInitialized() {
+    if (initialized()) {
+        DIRECTNET_TRACE(8, *this, " already initialized");
+        return;
+    }
+    DIRECTNET_TRACE(8, "vrf=", vrfName());
+    DIRECTNET_RINGLOG("handleInitialized", " vrf=", vrfName());
+    doKniInit();
+    kernelIntfStatusIs(vrfName(), kernelIntfStatusDir());
+    DIRECTNET_TRACE(8, "ipv4ViaConfig: rp ", unsigned{ipv4ViaConfig()->rp()}, " transport ",
+                    unsigned{ipv4ViaConfig()->transport()}, " vrfId ", vrfId());
+    DIRECTNET_RINGLOG("handleInitialized", " proto=", ipv4ViaConfig()->rp(), " vrfId=", vrfId());
+    clearState();
+    intfBacklogSmIs(vrfName(), vrfId(), Orb::activityManager()->clock(), route4Config(),
+                    route6Config(), intfViaSetConfig(), intfBacklog());
+    vrfIpIntfStatusSmIs(vrfName(), ipStatus(), intfViaSetConfig(), intfBacklog(),
+                        kernelIntfStatus(), grState(), vrfReadyStatus());
+    vrfIp6IntfStatusSmIs(vrfName(), ip6Status(), intfViaSetConfig(), intfBacklog(),
+                         kernelIntfStatus(), grState(), vrfReadyStatus());
+    vrfVirtualIpStatusSmIs(vrfVirtualIpStatus(), intfViaSetConfig(), intfBacklog());
+    vrfVirtualIp6StatusSmIs(vrfVirtualIp6Status(), intfViaSetConfig(), intfBacklog());
+    initializedIs(true);
+}
+
+Orb::String ContainerSm::kniPath() const {
+    return Orb::format("kni/ns/%s/status", netNs().value().c_str());
+}
+
+void ContainerSm::doKniInit() {
+    DIRECTNET_TRACE(8, "Mounting kniStatus and initializing KernelIntfStatusManager for vrf : ",
+                    *this);
+    if (vrfName() == L3::VrfName::defaultVrf()) {
+        netNsIs(Lanx::NamespaceName::defaultNamespace());
+    } else if (const Ip::VrfStatusLocal* status = allVrfStatusLocal()->vrf(vrfName())) {
+        netNsIs(status->netNs());
+    }
+    kernelIntfStatusDirIs(Orb::makePtr<Interface::DeviceIntfStatusDir>(
+        Interface::DeviceIntfStatusDir::Arguments{Orb::Name()}));
+    mount_.doMount(kniPath(), KernelNetInfo::Status::orbTypeName,
+                   OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::read));
+    intfStatusManagerRoot()
+        ->intfStatusManagerIs(kernelIntfStatusDir(),
+                              mount_.getEntity<KernelNetInfo::Status>(kniPath()), netNs())
+        ->omitNonRunningKernelDevicesIs(true);
+}
+
+void ContainerSm::doKniDelete() {
+    DIRECTNET_TRACE(8, "Unmounting kniStatus and deleting KernelIntfStatusManager for vrf : ",
+                    *this);
+    if (kernelIntfStatusDir() == nullptr) {
+        return;
+    }
+    intfStatusManagerRoot()->intfStatusManagerDel(netNs(), kernelIntfStatusDir());
+    mount_.doUnmount(kniPath());
+}
+
+void ContainerSm::clearState() {
+    ipv4ViaConfig()->doDeleteViasForVrf(vrfId());
+    ipv6ViaConfig()->doDeleteViasForVrf(vrfId());
+    route4Config()->doDeleteRoutesForVrf(vrfId());
+    route6Config()->doDeleteRoutesForVrf(vrfId());
+}
+
+void ContainerSm::doCleanup() {
+    DIRECTNET_TRACE(8, "vrfName=", vrfName());
+    DIRECTNET_TRACE(8, "Cleaning up ContainerSm for vrf ", *this);
+    doKniDelete();
+    doReleaseViaSetKeys();
+    clearState();
+}
+
+void ContainerSm::doReleaseViaSetKeys() {
+    IntfViaSetConfig& config = *intfViaSetConfig();
+    IntfViaSetKeyStatus& status4 = *intfBacklog()->intfViaSetKeyStatus4();
+    IntfViaSetKeyStatus& status6 = *intfBacklog()->intfViaSetKeyStatus6();
+    if (ipStatus() != nullptr) {
+        if (const Ip::VrfIpIntfStatus* vrf = ipStatus()->vrfIpIntfStatus(vrfName())) {
+            releaseInterfaces(vrf->ipIntfStatus(), config, status4);
+        }
+    }
+    if (ip6Status() != nullptr) {
+        if (const Ip6::VrfIp6IntfStatus* vrf = ip6Status()->vrfIp6IntfStatus(vrfName())) {
+            releaseInterfaces(vrf->intfStatus(), config, status6);
+        }
+    }
+    releaseVirtualIps(*vrfVirtualIpStatus(), config, status4);
+    releaseVirtualIps(*vrfVirtualIp6Status(), config, status6);
+    // Interfaces that are listed nowhere any more may still have theirs, kept by routes that no
+    // drain has removed yet.
+    config.delViaSetKeyAll(status4);
+    config.delViaSetKeyAll(status6);
+}
+
+} // namespace Routing::DirectNet

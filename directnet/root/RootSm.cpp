@@ -1,0 +1,271 @@
+#include "directnet/root/RootSm.h"
+
+#include "directnet/model/Trace.h"
+#include "platform/orb/Assert.h"
+#include "platform/orb/Keys.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+DIRECTNET_TRACE_UNIT("DirectNet");
+} // namespace
+
+void RootSm::OrbNameToIdMapWrapper::onAttribute(Orb::AttributeId id, const void*) {
+    if (id == NameToIdMapWrapper::generationId) {
+        owner()->handleRibVrfNameToIdMap();
+    } else {
+        owner()->orb_NameToIdMapInIs(notifier()->nameToIdMap());
+    }
+}
+
+void RootSm::OrbOrb_NameToIdMapIn::onAttribute(Orb::AttributeId id, const void* key) {
+    if (id == NameToIdMap::vrfIdId) {
+        owner()->doCreateOrDeleteContainer(Orb::keyAs<L3::VrfName>(key));
+    }
+}
+
+void RootSm::OrbAllVrfStatusLocal::onAttribute(Orb::AttributeId id, const void* key) {
+    if (id != Ip::AllVrfStatusLocal::vrfId) {
+        return;
+    }
+    const L3::VrfName& name = Orb::keyAs<L3::VrfName>(key);
+    if (const Ip::VrfStatusLocal* status = notifier()->vrf(name)) {
+        owner()->vrfStatusLocalIs(Orb::Ptr<const Ip::VrfStatusLocal>(status));
+    } else {
+        owner()->vrfStatusLocalDel(name);
+    }
+}
+
+RootSm::VrfStatusLocalSm::VrfStatusLocalSm(RootSm* root, Orb::Ptr<const Ip::VrfStatusLocal> status)
+    : MemberReactor(root) {
+    attach(std::move(status));
+}
+
+void RootSm::VrfStatusLocalSm::onAttribute(Orb::AttributeId id, const void*) {
+    if (id == Ip::VrfStatusLocal::stateId) {
+        handleVrfStatusLocal();
+    }
+}
+
+void RootSm::VrfStatusLocalSm::notifierIs(Orb::Ptr<const Ip::VrfStatusLocal> status) {
+    MemberReactor::notifierIs(std::move(status));
+    handleVrfStatusLocal();
+}
+
+void RootSm::VrfStatusLocalSm::handleVrfStatusLocal() {
+    owner()->doCreateOrDeleteContainer(L3::VrfName(vrfName()));
+}
+
+// A reactor that goes for itself tells the root; one that goes with the root has nobody to tell.
+void RootSm::VrfStatusLocalSm::orbDoZombieReactors(bool zombie) {
+    if (zombie == orbMarkedForDeletion()) {
+        return;
+    }
+    MemberReactor::orbDoZombieReactors(zombie);
+    if (zombie && !owner()->orbMarkedForDeletion()) {
+        owner()->orb_handleVrfStatusLocal(*this);
+    }
+}
+
+RootSm::RootSm(Arguments arguments)
+    : arguments_(std::move(arguments)), mount_(entityManager()), orbNameToIdMapWrapper_(this),
+      orbOrb_NameToIdMapIn_(this), orbAllVrfStatusLocal_(this) {
+    orbNameToIdMapWrapper_.notifierIs(nameToIdMapWrapper());
+    orbAllVrfStatusLocal_.notifierIs(allVrfStatusLocal());
+    for (const auto& status : allVrfStatusLocal()->vrf()) {
+        vrfStatusLocalIs(status);
+    }
+    handleInitialized();
+    orbOrb_NameToIdMapIn_.notifierIs(nameToIdMapWrapper()->nameToIdMap());
+}
+
+RootSm::~RootSm() {
+    orbDoZombieReactors(true);
+    intfStatusManagerRootDel();
+    allVrfReadyStatusDel();
+    allVrfRibReadySmDel();
+    allVrfVirtualIpStatusDel();
+    allVrfVirtualIp6StatusDel();
+    vrfVirtualIpStatusHelperDel();
+    vrfVirtualIp6StatusHelperDel();
+    virtualIpStatusSmDel();
+    virtualIp6StatusSmDel();
+    intfBacklogByVrfDel();
+    ipv4CrLeakLocalStatusDel();
+    ipv4CrLeakSmDel();
+    ipv6CrLeakLocalStatusDel();
+    ipv6CrLeakSmDel();
+    receiveRouteLeakSmDel();
+    intfViaSetConfigDel();
+    containerSmDelAll();
+    unmount();
+}
+
+void RootSm::orbDoZombieReactors(bool zombie) {
+    Orb::Entity::orbDoZombieReactors(zombie);
+    for (const auto& sm : vrfStatusLocal()) {
+        sm->orbDoZombieReactors(zombie);
+    }
+}
+
+void RootSm::orb_NameToIdMapInIs(const Orb::Ptr<NameToIdMap>& map) {
+    if (orbOrb_NameToIdMapIn_.watched() == map.get()) {
+        return;
+    }
+    orbOrb_NameToIdMapIn_.notifierIs(map);
+    // A map that replaces another may lack names that have a container.
+    const Orb::Ptr<VrfNameSet> names = containerNames();
+    Orb::forEachKey(names->vrfName(),
+                    [this](const L3::VrfName& name) { doCreateOrDeleteContainer(name); });
+    handleRibVrfNameToIdMap();
+}
+
+void RootSm::handleRibVrfNameToIdMap() {
+    DIRECTNET_TRACE(8, "handleRibVrfNameToIdMap");
+    if (nameToIdMapWrapper() == nullptr || nameToIdMapWrapper()->nameToIdMap() == nullptr) {
+        DIRECTNET_TRACE(8, " nameToIdMap() not defined");
+        return;
+    }
+    const Orb::Ptr<NameToIdMap> map = nameToIdMapWrapper()->nameToIdMap();
+    Orb::forEachKey(map->vrfId(),
+                    [this](const L3::VrfName& name) { doCreateOrDeleteContainer(name); });
+}
+
+RootSm::Verdict RootSm::containerVerdict(const L3::VrfName& name) const {
+    if (nameToIdMapWrapper() == nullptr || !nameToIdMapWrapper()->vrfIdExists(name)) {
+        return Verdict::noId;
+    }
+    if (name == L3::VrfName::defaultVrf()) {
+        return Verdict::due;
+    }
+    const Ip::VrfStatusLocal* status = allVrfStatusLocal()->vrf(name);
+    if (status == nullptr) {
+        return Verdict::noStatus;
+    }
+    return status->state() == Ip::VrfState::active ? Verdict::due : Verdict::notActive;
+}
+
+void RootSm::doCreateOrDeleteContainer(const L3::VrfName& name) {
+    DIRECTNET_RINGLOG(name);
+    if (!initialized()) {
+        DIRECTNET_TRACE(8, "init not complete VRF ", name);
+        return;
+    }
+    const Verdict verdict = containerVerdict(name);
+    switch (verdict) {
+    case Verdict::noId:
+        DIRECTNET_TRACE(8, "VRF name to ID map has been deleted for VRF ", name);
+        break;
+    case Verdict::noStatus:
+        DIRECTNET_TRACE(8, "allVrfStatusLocal missing for VRF ", name);
+        break;
+    case Verdict::notActive:
+        DIRECTNET_TRACE(8, "allVrfStatusLocal not active for VRF ", name, " state ",
+                        allVrfStatusLocal()->vrf(name)->state());
+        break;
+    case Verdict::due:
+        DIRECTNET_TRACE(8, "All conditions met to create VRF ", name);
+        break;
+    }
+    const bool due = verdict == Verdict::due;
+    const bool exists = containerSm(name) != nullptr;
+    if (creating_->vrfName().contains(name)) {
+        creating_->vrfNameIs(name, false); // decided again once its container is there
+    } else if (due == exists) {
+        DIRECTNET_TRACE(8, "no change, containerSm ", exists ? "exists" : "do not exist",
+                        " for VRF ", name);
+    } else if (due) {
+        doCreateContainer(name);
+    } else {
+        doDeleteContainer(name);
+    }
+}
+
+void RootSm::doCreateContainer(const L3::VrfName& name) {
+    const Vrf::VrfIdMap::VrfId vrfId = nameToIdMapWrapper()->vrfId(name);
+    DIRECTNET_TRACE(8, "adding containerSm VRF ", name);
+    DIRECTNET_RINGLOG(" adding containerSm. vrfId=", vrfId);
+    creating_->vrfNameIs(name, true);
+    try {
+        createContainerParts(name, vrfId);
+    } catch (...) {
+        creating_->vrfNameDel(name);
+        doDeleteContainer(name);
+        throw;
+    }
+    // What the new container wrote may have made others change the VRF's conditions.
+    const bool undisturbed = creating_->vrfName(name);
+    creating_->vrfNameDel(name);
+    if (!undisturbed) {
+        doDeleteContainer(name);
+        doCreateOrDeleteContainer(name);
+    }
+}
+
+void RootSm::createContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId vrfId) {
+    const Orb::Ptr<VrfReadyStatus> ready(allVrfReadyStatus()->vrfReadyStatusIs(name));
+    const auto virtualIps = vrfVirtualIpStatusHelper()->findOrCreateVrfVirtualIpStatus(name);
+    const auto virtualIps6 = vrfVirtualIp6StatusHelper()->findOrCreateVrfVirtualIpStatus(name);
+    const Orb::Ptr<IntfBacklog> backlog(intfBacklogByVrf()->intfBacklogIs(name, vrfId));
+    ORB_ASSERT(references() != 0, "references() != 0");
+    containerSmIs(entityManager(), name, vrfId, viaSetConfig(), ipStatus(), ip6Status(),
+                  virtualIps, virtualIps6, nameToIdMapWrapper(), allVrfStatusLocal(),
+                  allIntfStatusDir(), allIntfStatusLocalDir(), intfStatusManagerRoot(),
+                  ipv4AllVrfRouteConfig(), ipv6AllVrfRouteConfig(), ipv4AllVrfViaConfig(),
+                  ipv6AllVrfViaConfig(), intfViaSetConfig(), backlog, grState(), ready);
+}
+
+void RootSm::doDeleteContainer(const L3::VrfName& name) {
+    const L3::VrfName stable = name; // the caller's may be the container's own
+    DIRECTNET_TRACE(8, "deleting containerSm VRF ", stable);
+    DIRECTNET_RINGLOG(" deleting containerSm");
+    if (creating_->vrfName().contains(stable)) {
+        creating_->vrfNameIs(stable, false);
+        return;
+    }
+    allVrfReadyStatus()->vrfReadyStatusDel(stable);
+    const ContainerSm* container = containerSm(stable);
+    if (container == nullptr) {
+        return;
+    }
+    ORB_ASSERT(container->references() == 1, "container->references() == 1");
+    const Vrf::VrfIdMap::VrfId vrfId = container->vrfId();
+    containerSmDel(stable);
+    vrfVirtualIpStatusHelper()->maybeDeleteVrfVirtualIpStatus(stable.value());
+    vrfVirtualIp6StatusHelper()->maybeDeleteVrfVirtualIpStatus(stable.value());
+    intfBacklogByVrf()->intfBacklogDel(vrfId);
+}
+
+Orb::Ptr<VrfNameSet> RootSm::containerNames() const {
+    auto names = Orb::makePtr<VrfNameSet>();
+    for (const auto& container : containerSm()) {
+        names->vrfNameIs(container->vrfName(), true);
+    }
+    return names;
+}
+
+void RootSm::doDeleteContainer() {
+    DIRECTNET_TRACE(8, "deleting all VRF containerSms");
+    const Orb::Ptr<VrfNameSet> names = containerNames();
+    Orb::forEachKey(names->vrfName(), [this](const L3::VrfName& name) { doDeleteContainer(name); });
+}
+
+void RootSm::handleDelete() {
+    DIRECTNET_TRACE(8, "handleDelete");
+    ORB_ASSERT(references() == 1, "references() == 1");
+    orbDoZombieReactors(true); // a VRF that comes now gets no container
+    virtualIpAsReceiveRoute()->enabledIs(false);
+    doDeleteContainer();
+    unmount();
+}
+
+// The default VRF needs no local status, so it comes back at once.
+void RootSm::orb_handleVrfStatusLocal(const VrfStatusLocalSm& sm) {
+    const L3::VrfName name = sm.vrfName();
+    doDeleteContainer(name);
+    if (containerVerdict(name) == Verdict::due) {
+        doCreateOrDeleteContainer(name);
+    }
+}
+
+} // namespace Routing::DirectNet

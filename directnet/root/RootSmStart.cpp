@@ -1,0 +1,118 @@
+// How the root starts and lets go of what it mounted.
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "directnet/model/Trace.h"
+#include "directnet/root/RootSm.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+
+DIRECTNET_TRACE_UNIT("DirectNet");
+
+constexpr const char* ipv4ViaPath = "routing/rib/viaConfig/ipv4/connected";
+constexpr const char* ipv6ViaPath = "routing/rib/viaConfig/ipv6/connected";
+constexpr const char* ipv4RoutePath = "routing/rib/routeConfig/ipv4/connected";
+constexpr const char* ipv6RoutePath = "routing/rib/routeConfig/ipv6/connected";
+constexpr const char* ipv4LeakPath = "routing/directNetLeakStatus";
+constexpr const char* ipv6LeakPath = "routing6/directNetLeakStatus";
+
+constexpr std::size_t viaCapacity = 1052672;
+constexpr std::size_t routeCapacity = 4194304;
+
+constexpr std::uint8_t ipv4Transport = 1;
+constexpr std::uint8_t ipv6Transport = 2;
+constexpr std::uint8_t connectedProtocol = 1;
+
+void openRingTrace() {
+    const char* name = std::getenv("RLFILE");
+    Ringlog::initialize(name != nullptr && *name != '\0' ? name : "DirectNet-%d.rl", "", "", 0, 24,
+                        Ringlog::ThreadingMode::single, true, 512);
+}
+
+} // namespace
+
+void RootSm::handleInitialized() {
+    DIRECTNET_TRACE(8, "handleInitialized");
+    openRingTrace();
+    DIRECTNET_RINGLOG("handleInitialized");
+    if (initialized()) {
+        return;
+    }
+    mountOutputs();
+    mountLeakStatus();
+    viaSetConfig()->viaSetDelAll();
+    createSharedChildren();
+    initializedIs(true);
+    handleRibVrfNameToIdMap();
+}
+
+template <typename T>
+Orb::Ptr<T> RootSm::mountTable(const Orb::String& path, const OrbMemtab::MountInfo& info) {
+    mount_.doMount(path, T::orbTypeName, info);
+    mounted_.push_back(path);
+    return mount_.getEntity<T>(path);
+}
+
+void RootSm::mountOutputs() {
+    OrbMemtab::MountInfo vias(OrbMemtab::MountInfo::Type::write);
+    vias.collectionInfoIs("via", viaCapacity);
+    ipv4AllVrfViaConfigIs(mountTable<Rib::Ip::ViaConfig>(ipv4ViaPath, vias));
+    ipv4AllVrfViaConfig()->transportIs(ipv4Transport);
+    ipv4AllVrfViaConfig()->rpIs(connectedProtocol);
+    ipv6AllVrfViaConfigIs(mountTable<Rib::Ip::ViaConfig>(ipv6ViaPath, vias));
+    ipv6AllVrfViaConfig()->transportIs(ipv6Transport);
+    ipv6AllVrfViaConfig()->rpIs(connectedProtocol);
+
+    OrbMemtab::MountInfo routes(OrbMemtab::MountInfo::Type::write);
+    routes.collectionInfoIs("route", routeCapacity);
+    ipv4AllVrfRouteConfigIs(mountTable<Rib::RouteConfig>(ipv4RoutePath, routes));
+    ipv6AllVrfRouteConfigIs(mountTable<Rib::RouteConfig>(ipv6RoutePath, routes));
+}
+
+void RootSm::mountLeakStatus() {
+    const OrbMemtab::MountInfo read(OrbMemtab::MountInfo::Type::read);
+    ipv4CrLeakStatusIs(mountTable<DirectNetLeakStatus>(ipv4LeakPath, read));
+    ipv4CrLeakLocalStatusIs();
+    ipv6CrLeakStatusIs(mountTable<DirectNetLeakStatus>(ipv6LeakPath, read));
+    ipv6CrLeakLocalStatusIs();
+    ipv4CrLeakSmIs(ipv4CrLeakStatus(), ipv4CrLeakLocalStatus());
+    ipv6CrLeakSmIs(ipv6CrLeakStatus(), ipv6CrLeakLocalStatus());
+}
+
+void RootSm::createSharedChildren() {
+    allVrfReadyStatusIs();
+    allVrfRibReadySmIs(allVrfRibReady(), allVrfReadyStatus(), protoStatusDir());
+    intfStatusManagerRootIs(allIntfStatusDir(), allIntfStatusLocalDir(), true);
+    allVrfVirtualIpStatusIs();
+    allVrfVirtualIp6StatusIs();
+    virtualIpAsReceiveRoute()->enabledIs(true);
+    vrfVirtualIpStatusHelperIs(allVrfVirtualIpStatus(), allVrfStatusLocal(), nameToIdMapWrapper());
+    vrfVirtualIp6StatusHelperIs(allVrfVirtualIp6Status(), allVrfStatusLocal(),
+                                nameToIdMapWrapper());
+    if (virtualIpStatus() != nullptr) {
+        virtualIpStatusSmIs(virtualIpStatus(), vrfVirtualIpStatusHelper());
+    }
+    if (virtualIp6Status() != nullptr) {
+        virtualIp6StatusSmIs(virtualIp6Status(), vrfVirtualIp6StatusHelper());
+    }
+    intfBacklogByVrfIs();
+    intfViaSetConfigIs(ipv4AllVrfViaConfig(), ipv6AllVrfViaConfig(), viaSetConfig());
+    if (scheduler() != nullptr) {
+        receiveRouteLeakSmIs(ipv4CrLeakLocalStatus(), ipv6CrLeakLocalStatus(), scheduler(),
+                             intfViaSetConfig(), intfBacklogByVrf());
+    }
+}
+
+void RootSm::unmount() {
+    for (const Orb::String& path : mounted_) {
+        mount_.doUnmount(path);
+        mount_.cleanup(path);
+    }
+    mounted_.clear();
+}
+
+} // namespace Routing::DirectNet
