@@ -1,8 +1,16 @@
 #include "directnet/backlog/IntfBacklog.h"
 
 #include "directnet/model/Trace.h"
+#include "directnet/model/Units.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(IntfBacklog)
+ORB_REGISTER_VALUE(IntfIdAndPrefix, IntfIdAndPrefix, unitIntfBacklog, 0)
+ORB_REGISTER_VALUE(IntfViaSetKey, IntfViaSetKey, unitIntfBacklog, 1)
+ORB_REGISTER(IntfBacklog, IntfBacklog, unitIntfBacklog, 2)
+ORB_REGISTER_VALUE(IntfIdAndAddr, IntfIdAndAddr, unitIntfBacklog, 5)
 
 namespace {
 

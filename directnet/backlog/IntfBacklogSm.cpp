@@ -5,8 +5,12 @@
 #include "directnet/model/Trace.h"
 #include "platform/orb/ActivityManager.h"
 #include "platform/orb/Assert.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(IntfBacklogSm)
+ORB_REGISTER(IntfBacklogSm, IntfBacklogSm, unitIntfBacklogSm, 0)
 
 namespace {
 

@@ -125,6 +125,5 @@ class IntfBacklogSm : public Orb::Entity {
     OrbBacklogClock orbBacklogClock_;
     OrbIntfBacklog orbIntfBacklog_;
 };
-ORB_REGISTER(IntfBacklogSm, IntfBacklogSm, unitIntfBacklogSm, 0)
 
 } // namespace Routing::DirectNet

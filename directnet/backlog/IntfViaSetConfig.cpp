@@ -1,8 +1,13 @@
 #include "directnet/backlog/IntfViaSetConfig.h"
 
 #include "directnet/model/Trace.h"
+#include "directnet/model/Units.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(IntfViaSetConfig)
+ORB_REGISTER(IntfViaSetConfig, IntfViaSetConfig, unitIntfBacklog, 4)
 
 namespace {
 DIRECTNET_TRACE_UNIT("IntfBacklog");

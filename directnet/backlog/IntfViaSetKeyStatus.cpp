@@ -1,8 +1,13 @@
 #include "directnet/backlog/IntfViaSetKeyStatus.h"
 
 #include "platform/orb/Assert.h"
+#include "directnet/model/Units.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(IntfViaSetKeyStatus)
+ORB_REGISTER(IntfViaSetKeyStatus, IntfViaSetKeyStatus, unitIntfBacklog, 7)
 
 void IntfViaSetKeyStatus::incIntfVskRefcount(Lanx::IntfId intfId) {
     vskRefcountByIntfIdIs(intfId, vskRefcountByIntfId(intfId) + 1);

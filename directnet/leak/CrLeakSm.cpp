@@ -1,8 +1,12 @@
 #include "directnet/leak/CrLeakSm.h"
 
+#include "platform/orb/DefineType.h"
 #include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(CrLeakSm)
+ORB_DEFINE_TYPE(CrLeakSm::OrbRouteLeakedFromVrf)
 
 void CrLeakSm::OrbCrLeakStatus::onAttribute(Orb::AttributeId id, const void* key) {
     if (id == DirectNetLeakStatus::leakedRouteBySourceVrfId) {

@@ -3,9 +3,17 @@
 #include "directnet/leak/LeakableContributor.h"
 #include "directnet/model/Trace.h"
 #include "platform/orb/Assert.h"
+#include "platform/orb/DefineType.h"
 #include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(ReceiveRouteLeakSm)
+ORB_DEFINE_TYPE(ReceiveRouteLeakSm::OrbLeakedRoute4)
+ORB_DEFINE_TYPE(ReceiveRouteLeakSm::OrbLeakedRoute6)
+ORB_DEFINE_TYPE(ReceiveRouteLeakSm::OrbIntfBacklog)
+ORB_DEFINE_TYPE(ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix)
+ORB_REGISTER(ReceiveRouteLeakSm, ReceiveRouteLeakSm, unitReceiveRouteLeakSm, 0)
 
 namespace {
 

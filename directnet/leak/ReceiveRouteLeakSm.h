@@ -191,6 +191,5 @@ class ReceiveRouteLeakSm : public Orb::Entity {
     OrbCrLeakLocalStatus orbCrLeakLocalStatus6_;
     OrbIntfBacklogByVrf orbIntfBacklogByVrf_;
 };
-ORB_REGISTER(ReceiveRouteLeakSm, ReceiveRouteLeakSm, unitReceiveRouteLeakSm, 0)
 
 } // namespace Routing::DirectNet

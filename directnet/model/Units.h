@@ -17,4 +17,7 @@ enum Unit : int {
     unitRibReadySm,
 };
 
+/// How names of network namespaces that belong to a VRF begin by convention.
+inline constexpr const char* netNsPrefix = "ns-";
+
 } // namespace Routing::DirectNet

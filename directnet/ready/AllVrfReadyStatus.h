@@ -10,6 +10,5 @@ class AllVrfReadyStatus : public Orb::Entity {
     ORB_NO_CONSTRUCTOR(AllVrfReadyStatus)
     ORB_CHILDREN(258, VrfReadyStatus, vrfReadyStatus)
 };
-ORB_REGISTER(AllVrfReadyStatus, AllVrfReadyStatus, unitRibReadySm, 2)
 
 } // namespace Routing::DirectNet

@@ -3,9 +3,14 @@
 #include "directnet/model/Trace.h"
 #include "platform/orb/ActivityManager.h"
 #include "platform/orb/Clock.h"
+#include "platform/orb/DefineType.h"
 #include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(AllVrfRibReadySm)
+ORB_DEFINE_TYPE(AllVrfRibReadySm::OrbVrfReadyStatus)
+ORB_REGISTER(AllVrfRibReadySm, AllVrfRibReadySm, unitRibReadySm, 0)
 
 namespace {
 

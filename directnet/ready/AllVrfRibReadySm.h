@@ -70,6 +70,5 @@ class AllVrfRibReadySm : public Orb::Entity {
     OrbAllVrfRibReady orbAllVrfRibReady_;
     OrbAllVrfReadyStatus orbAllVrfReadyStatus_;
 };
-ORB_REGISTER(AllVrfRibReadySm, AllVrfRibReadySm, unitRibReadySm, 0)
 
 } // namespace Routing::DirectNet

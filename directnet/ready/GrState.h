@@ -17,6 +17,5 @@ class GrState : public Orb::Entity {
   public:
     explicit GrState(Arguments arguments) : arguments_(std::move(arguments)) {}
 };
-ORB_REGISTER(GrState, GrState, unitRibReadySm, 1)
 
 } // namespace Routing::DirectNet

@@ -20,6 +20,5 @@ class VrfReadyStatus : public Orb::Entity {
   public:
     explicit VrfReadyStatus(Arguments arguments) : arguments_(std::move(arguments)) {}
 };
-ORB_REGISTER(VrfReadyStatus, VrfReadyStatus, unitRibReadySm, 3)
 
 } // namespace Routing::DirectNet

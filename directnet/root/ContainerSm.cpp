@@ -2,8 +2,12 @@
 
 #include "directnet/model/Trace.h"
 #include "platform/orb/ActivityManager.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(ContainerSm)
+ORB_REGISTER(ContainerSm, ContainerSm, unitDirectNet, 10)
 
 namespace {
 
@@ -89,7 +93,7 @@ void ContainerSm::doKniInit() {
     }
     kernelIntfStatusDirIs(Orb::makePtr<Interface::DeviceIntfStatusDir>(
         Interface::DeviceIntfStatusDir::Arguments{Orb::Name()}));
-    mount_.doMount(kniPath(), KernelNetInfo::Status::orbTypeName,
+    mount_.doMount(kniPath(), KernelNetInfo::Status::fwkType().name(),
                    OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::read));
     intfStatusManagerRoot()
         ->intfStatusManagerIs(kernelIntfStatusDir(),

@@ -85,6 +85,5 @@ class ContainerSm : public Orb::Entity {
 
     OrbMemtab::Mount mount_;
 };
-ORB_REGISTER(ContainerSm, ContainerSm, unitDirectNet, 10)
 
 } // namespace Routing::DirectNet

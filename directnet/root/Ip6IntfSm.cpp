@@ -1,8 +1,12 @@
 #include "directnet/root/Ip6IntfSm.h"
 
 #include "directnet/model/Trace.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(Ip6IntfSm)
+ORB_REGISTER(Ip6IntfSm, Ip6IntfSm, unitDirectNet, 2)
 
 namespace {
 DIRECTNET_TRACE_UNIT("DirectNet");

@@ -45,6 +45,5 @@ class Ip6IntfSm : public Orb::Entity {
     AddressContributions<Traits::IPv6> contributions_;
     OrbIp6IntfStatus orbIp6IntfStatus_;
 };
-ORB_REGISTER(Ip6IntfSm, Ip6IntfSm, unitDirectNet, 2)
 
 } // namespace Routing::DirectNet

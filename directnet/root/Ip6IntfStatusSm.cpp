@@ -1,6 +1,11 @@
 #include "directnet/root/Ip6IntfStatusSm.h"
 
+#include "platform/orb/DefineType.h"
+
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(Ip6IntfStatusSm)
+ORB_REGISTER(Ip6IntfStatusSm, Ip6IntfStatusSm, unitDirectNet, 6)
 
 Ip6IntfStatusSm::Ip6IntfStatusSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbVrfIp6IntfStatus_(this), orbKernelIntfDir_(this) {

@@ -49,6 +49,5 @@ class Ip6IntfStatusSm : public Orb::Entity, public IntfStatusMachine<Ip6IntfStat
     OrbVrfIp6IntfStatus orbVrfIp6IntfStatus_;
     OrbKernelIntfDir orbKernelIntfDir_;
 };
-ORB_REGISTER(Ip6IntfStatusSm, Ip6IntfStatusSm, unitDirectNet, 6)
 
 } // namespace Routing::DirectNet

@@ -1,8 +1,12 @@
 #include "directnet/root/IpIntfSm.h"
 
 #include "directnet/model/Trace.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(IpIntfSm)
+ORB_REGISTER(IpIntfSm, IpIntfSm, unitDirectNet, 8)
 
 namespace {
 DIRECTNET_TRACE_UNIT("DirectNet");

@@ -56,6 +56,5 @@ class IpIntfSm : public Orb::Entity {
     AddressContributions<Traits::IPv4> contributions_;
     OrbIpIntfStatus orbIpIntfStatus_;
 };
-ORB_REGISTER(IpIntfSm, IpIntfSm, unitDirectNet, 8)
 
 } // namespace Routing::DirectNet

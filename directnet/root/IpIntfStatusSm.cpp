@@ -1,6 +1,11 @@
 #include "directnet/root/IpIntfStatusSm.h"
 
+#include "platform/orb/DefineType.h"
+
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(IpIntfStatusSm)
+ORB_REGISTER(IpIntfStatusSm, IpIntfStatusSm, unitDirectNet, 7)
 
 IpIntfStatusSm::IpIntfStatusSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbVrfIpIntfStatus_(this), orbKernelIntfDir_(this) {

@@ -49,6 +49,5 @@ class IpIntfStatusSm : public Orb::Entity, public IntfStatusMachine<IpIntfStatus
     OrbVrfIpIntfStatus orbVrfIpIntfStatus_;
     OrbKernelIntfDir orbKernelIntfDir_;
 };
-ORB_REGISTER(IpIntfStatusSm, IpIntfStatusSm, unitDirectNet, 7)
 
 } // namespace Routing::DirectNet

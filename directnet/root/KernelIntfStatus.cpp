@@ -3,8 +3,12 @@
 #include <cstdlib>
 
 #include "directnet/model/Trace.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(KernelIntfStatus)
+ORB_REGISTER(KernelIntfStatus, KernelIntfStatus, unitDirectNet, 9)
 
 namespace {
 DIRECTNET_TRACE_UNIT("DirectNet");

@@ -26,7 +26,6 @@ class KernelIntfStatus : public Orb::Entity {
 
     bool kernelIntfPresent(Lanx::IntfId intfId) const;
 };
-ORB_REGISTER(KernelIntfStatus, KernelIntfStatus, unitDirectNet, 9)
 
 inline Orb::Ptr<KernelIntfStatus>
 kernelIntfStatusFactory(const L3::VrfName& vrfName,

@@ -2,9 +2,15 @@
 
 #include "directnet/model/Trace.h"
 #include "platform/orb/Assert.h"
+#include "platform/orb/DefineType.h"
 #include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(RootSm)
+ORB_DEFINE_TYPE(RootSm::VrfStatusLocalSm)
+ORB_REGISTER(RootSm, RootSm, unitDirectNet, 4)
+ORB_REGISTER(VrfStatusLocalSm, RootSm::VrfStatusLocalSm, unitDirectNet, 5)
 
 namespace {
 DIRECTNET_TRACE_UNIT("DirectNet");

@@ -165,7 +165,5 @@ class RootSm : public Orb::Entity {
     OrbOrb_NameToIdMapIn orbOrb_NameToIdMapIn_;
     OrbAllVrfStatusLocal orbAllVrfStatusLocal_;
 };
-ORB_REGISTER(RootSm, RootSm, unitDirectNet, 4)
-ORB_REGISTER(VrfStatusLocalSm, RootSm::VrfStatusLocalSm, unitDirectNet, 5)
 
 } // namespace Routing::DirectNet

@@ -52,7 +52,7 @@ void RootSm::handleInitialized() {
 
 template <typename T>
 Orb::Ptr<T> RootSm::mountTable(const Orb::String& path, const OrbMemtab::MountInfo& info) {
-    mount_.doMount(path, T::orbTypeName, info);
+    mount_.doMount(path, T::fwkType().name(), info);
     mounted_.push_back(path);
     return mount_.getEntity<T>(path);
 }

@@ -1,6 +1,11 @@
 #include "directnet/root/VrfIp6IntfStatusSm.h"
 
+#include "platform/orb/DefineType.h"
+
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(VrfIp6IntfStatusSm)
+ORB_REGISTER(VrfIp6IntfStatusSm, VrfIp6IntfStatusSm, unitDirectNet, 0)
 
 VrfIp6IntfStatusSm::VrfIp6IntfStatusSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbIp6Status_(this), orbIntfBacklog_(this),

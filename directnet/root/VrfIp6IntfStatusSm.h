@@ -59,6 +59,5 @@ class VrfIp6IntfStatusSm : public Orb::Entity, public VrfIntfStatusMachine<VrfIp
     OrbIntfBacklog orbIntfBacklog_;
     OrbGrState orbGrState_;
 };
-ORB_REGISTER(VrfIp6IntfStatusSm, VrfIp6IntfStatusSm, unitDirectNet, 0)
 
 } // namespace Routing::DirectNet

@@ -1,6 +1,11 @@
 #include "directnet/root/VrfIpIntfStatusSm.h"
 
+#include "platform/orb/DefineType.h"
+
 namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(VrfIpIntfStatusSm)
+ORB_REGISTER(VrfIpIntfStatusSm, VrfIpIntfStatusSm, unitDirectNet, 1)
 
 VrfIpIntfStatusSm::VrfIpIntfStatusSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbIpStatus_(this), orbIntfBacklog_(this),

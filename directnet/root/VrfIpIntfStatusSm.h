@@ -59,6 +59,5 @@ class VrfIpIntfStatusSm : public Orb::Entity, public VrfIntfStatusMachine<VrfIpI
     OrbIntfBacklog orbIntfBacklog_;
     OrbGrState orbGrState_;
 };
-ORB_REGISTER(VrfIpIntfStatusSm, VrfIpIntfStatusSm, unitDirectNet, 1)
 
 } // namespace Routing::DirectNet

@@ -11,6 +11,5 @@ class VrfNameSet : public Orb::Entity {
     ORB_ENTITY(VrfNameSet, "Routing::DirectNet::VrfNameSet")
     ORB_MAP(258, L3::VrfName, bool, vrfName)
 };
-ORB_REGISTER(VrfNameSet, VrfNameSet, unitDirectNet, 3)
 
 } // namespace Routing::DirectNet

@@ -10,7 +10,6 @@ class AllVrfVirtualIpStatus : public Orb::Entity {
     ORB_NO_CONSTRUCTOR(AllVrfVirtualIpStatus)
     ORB_CHILDREN(258, VrfVirtualIpStatus, vrfVirtualIpStatus)
 };
-ORB_REGISTER(AllVrfVirtualIpStatus, AllVrfVirtualIpStatus, unitVrfVirtualIpStatus, 5)
 
 } // namespace Routing::DirectNet::Ipv4
 
@@ -22,6 +21,5 @@ class AllVrfVirtualIpStatus : public Orb::Entity {
     ORB_NO_CONSTRUCTOR(AllVrfVirtualIpStatus)
     ORB_CHILDREN(258, VrfVirtualIpStatus, vrfVirtualIpStatus)
 };
-ORB_REGISTER(AllVrfVirtualIpStatus, AllVrfVirtualIpStatus, unitVrfVirtualIpStatus, 2)
 
 } // namespace Routing::DirectNet::Ipv6

@@ -2,6 +2,7 @@
 
 #include "directnet/model/Trace.h"
 #include "directnet/virtualip/VirtualIpTraits.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
 
@@ -122,3 +123,17 @@ void VirtualIpStatusSm::handleSubnetRoutes() {
 } // namespace Ipv6
 
 } // namespace Routing::DirectNet
+
+namespace Routing::DirectNet::Ipv4 {
+
+ORB_DEFINE_TYPE(VirtualIpStatusSm)
+ORB_REGISTER(VirtualIpStatusSm, VirtualIpStatusSm, unitVirtualIpStatusSm, 1)
+
+} // namespace Routing::DirectNet::Ipv4
+
+namespace Routing::DirectNet::Ipv6 {
+
+ORB_DEFINE_TYPE(VirtualIpStatusSm)
+ORB_REGISTER(VirtualIpStatusSm, VirtualIpStatusSm, unitVirtualIpStatusSm, 0)
+
+} // namespace Routing::DirectNet::Ipv6

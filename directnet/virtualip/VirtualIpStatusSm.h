@@ -32,7 +32,6 @@ class VirtualIpStatusSm : public Orb::Entity {
 
     OrbVirtualIpStatus orbVirtualIpStatus_;
 };
-ORB_REGISTER(VirtualIpStatusSm, VirtualIpStatusSm, unitVirtualIpStatusSm, 1)
 
 } // namespace Routing::DirectNet::Ipv4
 
@@ -63,6 +62,5 @@ class VirtualIpStatusSm : public Orb::Entity {
 
     OrbVirtualIpStatus orbVirtualIpStatus_;
 };
-ORB_REGISTER(VirtualIpStatusSm, VirtualIpStatusSm, unitVirtualIpStatusSm, 0)
 
 } // namespace Routing::DirectNet::Ipv6

@@ -23,7 +23,6 @@ class VrfVirtualIpStatus : public Orb::Entity {
   public:
     explicit VrfVirtualIpStatus(Arguments arguments) : arguments_(std::move(arguments)) {}
 };
-ORB_REGISTER(VrfVirtualIpStatus, VrfVirtualIpStatus, unitVrfVirtualIpStatus, 4)
 
 } // namespace Routing::DirectNet::Ipv4
 
@@ -43,6 +42,5 @@ class VrfVirtualIpStatus : public Orb::Entity {
   public:
     explicit VrfVirtualIpStatus(Arguments arguments) : arguments_(std::move(arguments)) {}
 };
-ORB_REGISTER(VrfVirtualIpStatus, VrfVirtualIpStatus, unitVrfVirtualIpStatus, 1)
 
 } // namespace Routing::DirectNet::Ipv6

@@ -1,6 +1,7 @@
 #include "directnet/virtualip/VrfVirtualIpStatusHelper.h"
 
 #include "directnet/model/Trace.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
 
@@ -60,3 +61,17 @@ void Ipv6::VrfVirtualIpStatusHelper::maybeDeleteVrfVirtualIpStatus(const L3::Vrf
 }
 
 } // namespace Routing::DirectNet
+
+namespace Routing::DirectNet::Ipv4 {
+
+ORB_DEFINE_TYPE(VrfVirtualIpStatusHelper)
+ORB_REGISTER(VrfVirtualIpStatusHelper, VrfVirtualIpStatusHelper, unitVrfVirtualIpStatus, 3)
+
+} // namespace Routing::DirectNet::Ipv4
+
+namespace Routing::DirectNet::Ipv6 {
+
+ORB_DEFINE_TYPE(VrfVirtualIpStatusHelper)
+ORB_REGISTER(VrfVirtualIpStatusHelper, VrfVirtualIpStatusHelper, unitVrfVirtualIpStatus, 0)
+
+} // namespace Routing::DirectNet::Ipv6

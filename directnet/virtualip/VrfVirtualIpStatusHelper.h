@@ -25,7 +25,6 @@ class VrfVirtualIpStatusHelper : public Orb::Entity {
     /// is fine.
     void maybeDeleteVrfVirtualIpStatus(const L3::VrfName& vrfName);
 };
-ORB_REGISTER(VrfVirtualIpStatusHelper, VrfVirtualIpStatusHelper, unitVrfVirtualIpStatus, 3)
 
 } // namespace Routing::DirectNet::Ipv4
 
@@ -48,6 +47,5 @@ class VrfVirtualIpStatusHelper : public Orb::Entity {
     /// is fine.
     void maybeDeleteVrfVirtualIpStatus(const L3::VrfName& vrfName);
 };
-ORB_REGISTER(VrfVirtualIpStatusHelper, VrfVirtualIpStatusHelper, unitVrfVirtualIpStatus, 0)
 
 } // namespace Routing::DirectNet::Ipv6

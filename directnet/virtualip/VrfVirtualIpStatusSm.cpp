@@ -2,6 +2,7 @@
 
 #include "directnet/model/Trace.h"
 #include "directnet/virtualip/VirtualIpTraits.h"
+#include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
 
@@ -226,3 +227,17 @@ void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
 } // namespace Ipv6
 
 } // namespace Routing::DirectNet
+
+namespace Routing::DirectNet::Ipv4 {
+
+ORB_DEFINE_TYPE(VrfVirtualIpStatusSm)
+ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 1)
+
+} // namespace Routing::DirectNet::Ipv4
+
+namespace Routing::DirectNet::Ipv6 {
+
+ORB_DEFINE_TYPE(VrfVirtualIpStatusSm)
+ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 0)
+
+} // namespace Routing::DirectNet::Ipv6

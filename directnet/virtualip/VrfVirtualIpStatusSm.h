@@ -53,7 +53,6 @@ class VrfVirtualIpStatusSm : public Orb::Entity {
 
     OrbVrfVirtualIpStatus orbVrfVirtualIpStatus_;
 };
-ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 1)
 
 } // namespace Routing::DirectNet::Ipv4
 
@@ -102,6 +101,5 @@ class VrfVirtualIpStatusSm : public Orb::Entity {
 
     OrbVrfVirtualIpStatus orbVrfVirtualIpStatus_;
 };
-ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 0)
 
 } // namespace Routing::DirectNet::Ipv6

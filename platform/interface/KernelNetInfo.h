@@ -19,6 +19,5 @@ class Status : public Orb::Entity {
     ORB_ENTITY(Status, "KernelNetInfo::Status")
     ORB_MAP(258, Lanx::IntfId, Device, device)
 };
-ORB_REGISTER(KernelNetInfoStatus, Status, 0, 0)
 
 } // namespace KernelNetInfo

@@ -2,9 +2,12 @@
 
 #include <utility>
 
+#include "platform/orb/DefineType.h"
 #include "platform/orb/Keys.h"
 
 namespace Interface {
+
+ORB_DEFINE_TYPE(KniIntfStatusManager)
 
 void KniIntfStatusManager::OrbKniStatus::onAttribute(Orb::AttributeId id, const void* key) {
     if (id == KernelNetInfo::Status::deviceId) {

@@ -2,7 +2,11 @@
 
 #include <algorithm>
 
+#include "platform/orb/DefineType.h"
+
 namespace Interface {
+
+ORB_DEFINE_TYPE(NetNsIntfStatusManagerRoot)
 
 Orb::Ptr<KniIntfStatusManager> NetNsIntfStatusManagerRoot::intfStatusManagerIs(
     const Orb::Ptr<DeviceIntfStatusDir>& dir,

@@ -1,6 +1,11 @@
 #include "platform/ip/VrfStatusLocal.h"
 
+#include "platform/orb/DefineType.h"
+
 namespace Ip {
+
+ORB_DEFINE_TYPE(VrfStatusLocal)
+ORB_DEFINE_TYPE(AllVrfStatusLocal)
 
 std::ostream& operator<<(std::ostream& out, VrfState state) {
     return out << static_cast<unsigned>(state);

@@ -6,8 +6,11 @@
 
 #include "platform/kiln/TimerWheelBucket.h"
 #include "platform/orb/Assert.h"
+#include "platform/orb/DefineType.h"
 
 namespace Kiln {
+
+ORB_DEFINE_TYPE(TimerWheel)
 
 namespace {
 

@@ -2,6 +2,7 @@
 
 #include "platform/orb/Arguments.h"
 #include "platform/orb/Attribute.h"
+#include "platform/orb/AttributeAt.h"
 #include "platform/orb/Child.h"
 #include "platform/orb/Children.h"
 #include "platform/orb/Collection.h"
@@ -9,8 +10,7 @@
 #include "platform/orb/Notifiee.h"
 #include "platform/orb/Reactor.h"
 #include "platform/orb/References.h"
-#include "platform/orb/TypeOf.h"
-#include "platform/orb/TypeRegistry.h"
+#include "platform/orb/TypeNode.h"
 
 /// The declarations of a class. Each line names an attribute once; the templates behind it
 /// (Attribute, Collection, Child, Children, References, MemberReactors) hold all logic, and the
@@ -28,13 +28,13 @@
 ///
 /// Numbers are given in the line and never change; one number given twice does not compile.
 
-/// A class that is known by name.
+/// A class that is known by name. Its source has ORB_DEFINE_TYPE(Class), see DefineType.h.
 #define ORB_TYPE(Class, qualifiedName)                                                             \
   public:                                                                                          \
     using OrbSelf = Class;                                                                         \
     static constexpr std::string_view orbTypeName = qualifiedName;                                 \
-    static const Orb::TypeNode& fwkType() { return Orb::typeNodeOf<Class>(); }                     \
-    const Orb::TypeNode* fwkTypeNode() const override { return &fwkType(); }
+    static const Orb::TypeNode& fwkType();                                                         \
+    const Orb::TypeNode* fwkTypeNode() const override;
 
 /// A class with attributes that others may watch.
 #define ORB_ENTITY(Class, qualifiedName)                                                           \

@@ -1,9 +1,12 @@
 #include "platform/orb/Dir.h"
 
+#include "platform/orb/DefineType.h"
 #include "platform/orb/Error.h"
 #include "platform/orb/TypeRegistry.h"
 
 namespace Orb {
+
+ORB_DEFINE_TYPE(Dir)
 
 Ptr<Entity> createEntityOfType(std::string_view typeName, const Name& name) {
     const TypeNode* type = TypeRegistry::instance().typeNode(typeName);

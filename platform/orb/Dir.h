@@ -21,7 +21,7 @@ class Dir : public Entity {
 
     template <typename T>
     Ptr<T> createEntity(const Name& name) {
-        const Ptr<Entity> entity = createEntity(T::orbTypeName, name);
+        const Ptr<Entity> entity = createEntity(T::fwkType().name(), name);
         return Ptr<T>(static_cast<T*>(entity.get()));
     }
 

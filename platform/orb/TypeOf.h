@@ -5,25 +5,13 @@
 #include <utility>
 #include <vector>
 
+#include "platform/orb/AttributeAt.h"
 #include "platform/orb/AttributeDescription.h"
 #include "platform/orb/Display.h"
 #include "platform/orb/Entity.h"
 #include "platform/orb/TypeNode.h"
 
 namespace Orb {
-
-/// Names the declaration of number `id` among a class's overloads of orbAttribute().
-template <AttributeId id>
-struct AttributeTag {};
-
-/// A declared attribute: its name and the member that holds it.
-template <typename Class, typename Holder>
-struct AttributeAt {
-    const char* name;
-    Holder Class::*holder;
-};
-template <typename Class, typename Holder>
-AttributeAt(const char*, Holder Class::*) -> AttributeAt<Class, Holder>;
 
 template <typename T, AttributeId id>
 concept Declares = requires { T::orbAttribute(AttributeTag<id>{}); };
@@ -117,6 +105,13 @@ constexpr TypeNode::Create creatorOf() {
 template <typename T>
 const TypeNode& typeNodeOf() {
     static const TypeNode node(T::orbTypeName, attributesOf<T>(), creatorOf<T>());
+    return node;
+}
+
+/// The one node of a value type.
+template <typename T>
+const TypeNode& valueTypeNodeOf() {
+    static const TypeNode node(T::valueTypeName(), {}, nullptr);
     return node;
 }
 

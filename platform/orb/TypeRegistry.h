@@ -48,8 +48,3 @@ class TypeRegistration {
 };
 
 } // namespace Orb
-
-/// Registers a class at load, from its header: whoever uses the class has it registered, also out
-/// of a static library. `label` is unique within the namespace.
-#define ORB_REGISTER(label, Class, unit, position)                                                 \
-    inline const Orb::TypeRegistration orbRegistered##label(unit, position, Class::fwkType());

@@ -10,6 +10,5 @@ class DirectNetLeakStatus : public Orb::Entity {
     ORB_ENTITY(DirectNetLeakStatus, "Routing::DirectNetLeakStatus")
     ORB_CHILDREN(258, RouteLeakedFromVrf, leakedRouteBySourceVrf)
 };
-ORB_REGISTER(DirectNetLeakStatus, DirectNetLeakStatus, 0, 4)
 
 } // namespace Routing

@@ -22,6 +22,5 @@ class ProtoVrfStatus : public Orb::Entity {
   private:
     const Orb::Name name_;
 };
-ORB_REGISTER(ProtoVrfStatus, ProtoVrfStatus, 0, 3)
 
 } // namespace Routing::Rib

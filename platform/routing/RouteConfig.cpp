@@ -1,6 +1,11 @@
 #include "platform/routing/RouteConfig.h"
 
+#include "platform/orb/DefineType.h"
+
 namespace Routing::Rib {
+
+ORB_DEFINE_TYPE(RouteConfig)
+ORB_REGISTER(RouteConfig, RouteConfig, 0, 1)
 
 Route RouteConfig::route(const RouteKey& key) const {
     const Route* found = table_.find(key);

@@ -32,6 +32,5 @@ class RouteConfig : public OrbMemtab::Table {
   private:
     PerVrfTable<Route> table_;
 };
-ORB_REGISTER(RouteConfig, RouteConfig, 0, 1)
 
 } // namespace Routing::Rib

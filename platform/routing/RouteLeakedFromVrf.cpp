@@ -1,6 +1,10 @@
 #include "platform/routing/RouteLeakedFromVrf.h"
 
+#include "platform/orb/DefineType.h"
+
 namespace Routing {
+
+ORB_DEFINE_TYPE(RouteLeakedFromVrf)
 
 bool RouteLeakedFromVrf::leaks(const Lanx::IpGenPrefix& prefix, VrfId destVrfId) const {
     const DestVrfIds* destinations = byPrefix_.find(prefix);

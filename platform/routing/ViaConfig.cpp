@@ -1,6 +1,11 @@
 #include "platform/routing/ViaConfig.h"
 
+#include "platform/orb/DefineType.h"
+
 namespace Routing::Rib::Ip {
+
+ORB_DEFINE_TYPE(ViaConfig)
+ORB_REGISTER(ViaConfig, ViaConfig, 0, 2)
 
 Via ViaConfig::via(const ViaKey& key) const {
     const Via* found = table_.find(key);

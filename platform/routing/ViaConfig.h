@@ -38,6 +38,5 @@ class ViaConfig : public OrbMemtab::Table {
     PerVrfTable<Via> table_;
     std::uint64_t lastViaId_ = 0;
 };
-ORB_REGISTER(ViaConfig, ViaConfig, 0, 2)
 
 } // namespace Routing::Rib::Ip

@@ -1,6 +1,10 @@
 #include "platform/routing/ViaSetCollection.h"
 
+#include "platform/orb/DefineType.h"
+
 namespace Routing::Rib::Memtab {
+
+ORB_DEFINE_TYPE(ViaSetCollection)
 
 void ViaSetCollection::viaSetIs(const ViaSet& viaSet) {
     const ViaSetKey key = viaSet.key();

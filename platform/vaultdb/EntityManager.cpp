@@ -1,10 +1,13 @@
 #include "platform/vaultdb/EntityManager.h"
 
 #include "platform/orb/Assert.h"
+#include "platform/orb/DefineType.h"
 #include "platform/orb/Dir.h"
 #include "platform/orb/Error.h"
 
 namespace Vaultdb {
+
+ORB_DEFINE_TYPE(EntityManager)
 
 Orb::Ptr<Orb::Entity> EntityManager::findOrCreate(const Orb::String& path,
                                                   std::string_view typeName) {

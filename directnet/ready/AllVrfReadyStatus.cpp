@@ -1,0 +1,10 @@
+#include "directnet/ready/AllVrfReadyStatus.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(AllVrfReadyStatus)
+ORB_REGISTER(AllVrfReadyStatus, AllVrfReadyStatus, unitRibReadySm, 2)
+
+} // namespace Routing::DirectNet

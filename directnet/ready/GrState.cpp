@@ -1,0 +1,10 @@
+#include "directnet/ready/GrState.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(GrState)
+ORB_REGISTER(GrState, GrState, unitRibReadySm, 1)
+
+} // namespace Routing::DirectNet

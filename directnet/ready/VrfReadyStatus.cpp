@@ -1,0 +1,10 @@
+#include "directnet/ready/VrfReadyStatus.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(VrfReadyStatus)
+ORB_REGISTER(VrfReadyStatus, VrfReadyStatus, unitRibReadySm, 3)
+
+} // namespace Routing::DirectNet

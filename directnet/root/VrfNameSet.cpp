@@ -1,0 +1,10 @@
+#include "directnet/root/VrfNameSet.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Routing::DirectNet {
+
+ORB_DEFINE_TYPE(VrfNameSet)
+ORB_REGISTER(VrfNameSet, VrfNameSet, unitDirectNet, 3)
+
+} // namespace Routing::DirectNet

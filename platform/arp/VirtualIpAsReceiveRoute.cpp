@@ -1,0 +1,9 @@
+#include "platform/arp/VirtualIpAsReceiveRoute.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Arp {
+
+ORB_DEFINE_TYPE(VirtualIpAsReceiveRoute)
+
+} // namespace Arp

@@ -1,0 +1,10 @@
+#include "platform/interface/AllIntfStatusDir.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Interface {
+
+ORB_DEFINE_TYPE(AllIntfStatusDir)
+ORB_DEFINE_TYPE(AllIntfStatusLocalDir)
+
+} // namespace Interface

@@ -1,0 +1,11 @@
+#include "platform/ip/Ip6Status.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Ip6 {
+
+ORB_DEFINE_TYPE(IntfStatus)
+ORB_DEFINE_TYPE(VrfIp6IntfStatus)
+ORB_DEFINE_TYPE(Status)
+
+} // namespace Ip6

@@ -1,0 +1,11 @@
+#include "platform/ip/Status.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Ip {
+
+ORB_DEFINE_TYPE(IpIntfStatus)
+ORB_DEFINE_TYPE(VrfIpIntfStatus)
+ORB_DEFINE_TYPE(Status)
+
+} // namespace Ip

@@ -1,0 +1,9 @@
+#include "platform/routing/AllVrfRibReady.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Routing::Rib {
+
+ORB_DEFINE_TYPE(AllVrfRibReady)
+
+} // namespace Routing::Rib

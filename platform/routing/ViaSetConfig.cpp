@@ -1,0 +1,9 @@
+#include "platform/routing/ViaSetConfig.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Routing::Rib {
+
+ORB_DEFINE_TYPE(ViaSetConfig)
+
+} // namespace Routing::Rib

@@ -1,0 +1,10 @@
+#include "platform/vrf/NameToIdMap.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Vrf::VrfIdMap {
+
+ORB_DEFINE_TYPE(NameToIdMap)
+ORB_DEFINE_TYPE(NameToIdMapWrapper)
+
+} // namespace Vrf::VrfIdMap
