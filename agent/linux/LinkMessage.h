@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <linux/netlink.h>
+#include <optional>
+#include <string>
+
+namespace Agent::Linux {
+
+/// What the kernel says of one link: that it is so, or that it is gone.
+struct LinkMessage {
+    int index = 0;
+    /// Never empty; fit for a document (see documentName).
+    std::string name;
+    /// IFF_* bits now set.
+    std::uint32_t flags = 0;
+    /// IFF_* bits that the announced change touched; 0 in a listing, all ones for a new link.
+    std::uint32_t changed = 0;
+    /// Index of the bridge or VRF device the link belongs to, 0 if none.
+    int master = 0;
+    bool removed = false;
+
+    /// Whether packets pass: administratively up and with carrier.
+    bool isRunning() const;
+
+    /// Reads a message that lies whole in its buffer. Nothing if it is not about a link itself (a
+    /// bridge tells of its ports in messages of the same type) or is malformed.
+    static std::optional<LinkMessage> parse(const nlmsghdr& header);
+};
+
+} // namespace Agent::Linux

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "agent/linux/Ipv4Addresses.h"
+#include "agent/linux/Ipv6Addresses.h"
+#include "agent/linux/LinkMessage.h"
+
+namespace Agent::Linux {
+
+/// One link as the kernel last told of it, with its addresses.
+struct LinkModel {
+    LinkMessage link;
+    Ipv4Addresses ipv4;
+    Ipv6Addresses ipv6;
+
+    /// Takes the next address of a listing, in the listing's order.
+    void append(const AddressMessage& message);
+};
+
+} // namespace Agent::Linux

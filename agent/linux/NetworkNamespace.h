@@ -1,0 +1,44 @@
+#pragma once
+
+#include "agent/linux/FileDescriptor.h"
+
+#include <compare>
+#include <functional>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+
+namespace Agent::Linux {
+
+/// The calling thread's network namespace, or a handle on a named one, which it keeps alive.
+class NetworkNamespace {
+  public:
+    /// Tells namespaces that exist at the same time apart. The kernel uses an identity anew once a
+    /// namespace has ended.
+    struct Identity {
+        dev_t device = 0;
+        ino_t inode = 0;
+        auto operator<=>(const Identity&) const = default;
+    };
+
+    /// The calling thread's namespace.
+    NetworkNamespace() = default;
+    /// The namespace of that name: one that is bound to a file of that name in /run/netns or
+    /// /var/run/netns. Throws Orb::ParseError if `name` cannot be a file's, SystemError if there is
+    /// no such namespace.
+    explicit NetworkNamespace(const std::string& name);
+
+    /// Runs `action` inside the namespace; if that is a named one then on a thread of its own, so
+    /// that the calling thread never changes its namespace. Waits for it; whatever it throws is
+    /// thrown on. Throws SystemError if the namespace cannot be entered.
+    void run(const std::function<void()>& action) const;
+
+    /// The namespace bound to the file `path`; none while it is an ordinary file.
+    static std::optional<Identity> identify(const std::string& path);
+
+  private:
+    /// None for the calling thread's.
+    FileDescriptor file_;
+};
+
+} // namespace Agent::Linux

@@ -1,0 +1,106 @@
+#include "agent/linux/AddressMessage.h"
+#include "agent/linux/LinkMessage.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <linux/rtnetlink.h>
+#include <string>
+
+namespace Agent::Linux {
+namespace {
+
+/// A netlink message in a buffer that ends where the message does, so that a sanitizer sees every
+/// read beyond it.
+class Message {
+  public:
+    template <class Body>
+    Message(int type, const Body& body) {
+        nlmsghdr header{};
+        header.nlmsg_type = static_cast<std::uint16_t>(type);
+        append(&header, sizeof header);
+        append(&body, sizeof body);
+    }
+
+    /// `length` overrides the length that the attribute claims for its data.
+    Message& with(int type, const std::string& data, int length = -1) {
+        auto claimed =
+            static_cast<std::size_t>(length < 0 ? static_cast<int>(data.size()) : length);
+        nlattr attribute{static_cast<std::uint16_t>(sizeof(nlattr) + claimed),
+                         static_cast<std::uint16_t>(type)};
+        append(&attribute, sizeof attribute);
+        append(data.data(), data.size());
+        bytes_.resize(NLMSG_ALIGN(bytes_.size()));
+        return *this;
+    }
+
+    const nlmsghdr& header() {
+        auto size = static_cast<std::uint32_t>(bytes_.size());
+        std::memcpy(bytes_.data(), &size, sizeof size);
+        bytes_.shrink_to_fit();
+        return *reinterpret_cast<const nlmsghdr*>(bytes_.data());
+    }
+
+  private:
+    void append(const void* data, std::size_t size) {
+        const auto* from = static_cast<const char*>(data);
+        bytes_.insert(bytes_.end(), from, from + size);
+    }
+
+    std::vector<char> bytes_;
+};
+
+ifinfomsg linkBody(unsigned char family = AF_UNSPEC, int index = 3) {
+    ifinfomsg body{};
+    body.ifi_family = family;
+    body.ifi_index = index;
+    return body;
+}
+
+ifaddrmsg addressBody(unsigned char family, unsigned char length) {
+    ifaddrmsg body{};
+    body.ifa_family = family;
+    body.ifa_prefixlen = length;
+    body.ifa_index = 3;
+    return body;
+}
+
+TEST(RouteMessageTest, BridgePortAndMalformedLinksAreNotLinks) {
+    auto name = [](Message message, const std::string& text, int length = -1) {
+        auto link = LinkMessage::parse(message.with(IFLA_IFNAME, text, length).header());
+        return link ? link->name : "none";
+    };
+    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), std::string("e1\0", 3)), "e1");
+    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e1"), "e1") << "not terminated";
+    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e\xff\xc3\xa4"), "e\\xff\\xc3\\xa4");
+    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e\xc3\xa4"), "e\xc3\xa4");
+    EXPECT_EQ(name(Message(RTM_DELLINK, linkBody(AF_BRIDGE)), "e1"), "none");
+    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody(AF_UNSPEC, 0)), "e1"), "none");
+    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), ""), "none");
+    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e1", 4000), "none") << "beyond the end";
+    EXPECT_EQ(name(Message(RTM_NEWLINK, 'x'), ""), "none") << "too short for a body";
+    EXPECT_EQ(name(Message(RTM_NEWROUTE, linkBody()), "e1"), "none");
+}
+
+TEST(RouteMessageTest, MalformedAddressesAreNotAddresses) {
+    auto own = [](Message& message) {
+        auto address = AddressMessage::parse(message.header());
+        return address ? address->own().text() : "none";
+    };
+    std::string ten("\x0a\0\0\1", 4);
+    std::string nine("\x09\0\0\1", 4);
+    auto make = [](unsigned char family, unsigned char length) {
+        return Message(RTM_NEWADDR, addressBody(family, length));
+    };
+    EXPECT_EQ(own(make(AF_INET, 24).with(IFA_LOCAL, ten).with(IFA_ADDRESS, ten)), "10.0.0.1/24");
+    EXPECT_EQ(own(make(AF_INET, 24).with(IFA_LOCAL, ten).with(IFA_ADDRESS, nine)), "10.0.0.1/32");
+    EXPECT_EQ(own(make(AF_INET, 24).with(IFA_ADDRESS, nine)), "9.0.0.1/24");
+    EXPECT_EQ(own(make(AF_INET, 33).with(IFA_LOCAL, ten)), "none");
+    EXPECT_EQ(own(make(AF_INET6, 64).with(IFA_ADDRESS, ten)), "none");
+    EXPECT_EQ(own(make(AF_INET, 24).with(IFA_LOCAL, std::string(16, '\1'))), "none");
+    EXPECT_EQ(own(make(AF_INET, 24).with(IFA_LOCAL, std::string(4, '\0'))), "none");
+    EXPECT_EQ(own(make(AF_INET, 24).with(IFA_LOCAL, ten).with(IFA_FLAGS, "x")), "none");
+    EXPECT_EQ(own(make(AF_MPLS, 24).with(IFA_LOCAL, ten)), "none");
+}
+
+} // namespace
+} // namespace Agent::Linux
