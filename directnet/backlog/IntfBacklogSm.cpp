@@ -31,7 +31,7 @@ long testMode() {
 
 // Only additions ask for a drain: the drain's own removals would ask for a drain of nothing.
 void IntfBacklogSm::OrbIntfBacklog::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == IntfBacklog::backlogId
+    if (id == IntfBacklog::backlogId && !owner()->drainPending()
         && notifier()->backlog().contains(Orb::keyAs<IntfIdAndPrefix>(key))) {
         owner()->scheduleBacklog();
     }
@@ -56,7 +56,7 @@ void IntfBacklogSm::handleInitialized() {
 }
 
 void IntfBacklogSm::scheduleBacklog() {
-    if (orbBacklogClock_.timeMin() < Orb::Clock::never) {
+    if (drainPending()) {
         return;
     }
     orbBacklogClock_.timeMinIs(backlogClock()->now() + backlogDelay());

@@ -118,6 +118,8 @@ class IntfBacklogSm : public Orb::Entity {
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
+    bool drainPending() const { return orbBacklogClock_.timeMin() < Orb::Clock::never; }
+
     /// Works through the members from `start` on; answers where the slice stopped, null for the end.
     const IntfIdAndPrefix* drain(const IntfIdAndPrefix* start);
     const IntfIdAndPrefix* firstMember();

@@ -25,6 +25,7 @@ AttributeLogSink::AttributeLogSink(int descriptor, std::size_t maxPending)
 }
 
 AttributeLogSink::~AttributeLogSink() {
+    writePending();
     if (isOpen()) {
         ::close(descriptor());
     }

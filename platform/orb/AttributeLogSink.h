@@ -19,6 +19,7 @@ class AttributeLogSink final : private FileDescriptorReactor {
     /// Owns the descriptor, which it makes non-blocking. `maxPending` bounds, in bytes, what may
     /// pile up besides the state at the start.
     AttributeLogSink(int descriptor, std::size_t maxPending);
+    /// What the descriptor does not take at once is lost.
     ~AttributeLogSink() override;
 
     /// Why the reader was dropped; empty while it is there.

@@ -25,13 +25,12 @@ class Collection {
 
     /// Stores the member and tells the owner's reactors, unless it is there with that value.
     void memberIs(const Entity& owner, AttributeId id, const Key& key, Read<T> value) {
-        if (T* present = map_.find(key)) {
-            if (*present == value) {
+        const auto [member, added] = map_.tryInsert(key, value);
+        if (!added) {
+            if (*member == value) {
                 return;
             }
-            *present = value;
-        } else {
-            map_.insertOrAssign(key, value);
+            *member = value;
         }
         if (owner.hasReactors()) {
             const Key stable = key;

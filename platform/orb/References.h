@@ -32,14 +32,13 @@ class References {
         if (object == nullptr) {
             throwNullArgument(name, owner.fwkTypeNode()->name());
         }
-        Ptr<T>* present = objects_.find(object->fwkKey());
-        if (present == nullptr) {
-            objects_.tryInsert(object);
-        } else if (*present == object) {
-            return;
-        } else {
+        const auto [member, added] = objects_.tryInsert(object);
+        if (!added) {
+            if (*member == object) {
+                return;
+            }
             // The old object goes last: another object's destructor may come back here.
-            const Ptr<T> old = std::exchange(*present, object);
+            const Ptr<T> old = std::exchange(*member, object);
         }
         owner.notify(id, &object->fwkKey());
     }

@@ -179,10 +179,31 @@ class SignatureReader {
     std::string inner_;
 };
 
+/// The class that a template was made over by its parameter `Sm`; empty if it has none.
+std::string_view machineOf(std::string_view signature) {
+    constexpr std::string_view parameter = "Sm = ";
+    const std::size_t arguments = signature.rfind('[');
+    const std::size_t found =
+        arguments == std::string_view::npos ? arguments : signature.find(parameter, arguments);
+    if (found == std::string_view::npos || isIdentifier(signature[found - 1])) {
+        return {};
+    }
+    std::string_view name = signature.substr(found + parameter.size());
+    name = name.substr(0, name.find_first_of(",;]"));
+    const std::size_t qualifier = name.rfind("::");
+    return qualifier == std::string_view::npos ? name : name.substr(qualifier + 2);
+}
+
 } // namespace
 
 std::string functionName(std::string_view signature) {
-    return SignatureReader(signature).name();
+    std::string name = SignatureReader(signature).name();
+    const std::size_t qualifier = name.find("::");
+    const std::string_view machine = machineOf(signature);
+    if (!machine.empty() && qualifier != std::string::npos) {
+        name.replace(0, qualifier, machine);
+    }
+    return name;
 }
 
 } // namespace Ringlog

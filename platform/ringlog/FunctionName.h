@@ -9,6 +9,8 @@ namespace Ringlog {
 /// class and method: "void Routing::DirectNet::RootSm::doCleanup(int)" gives "RootSm::doCleanup".
 /// Return type, namespaces, template arguments and parameters go; of nested classes the innermost
 /// stays; a free function is named alone; a lambda is named after the function it stands in.
+/// Logic that machines share through a class template with the parameter `Sm` is named after the
+/// machine that it runs for.
 /// A signature that follows neither spelling gives some part of it, never an error.
 std::string functionName(std::string_view signature);
 

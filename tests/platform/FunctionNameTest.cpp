@@ -109,6 +109,8 @@ TEST(FunctionName, cutsTheSpellingsOfBothCompilers) {
         {"A::f(int)::<lambda(auto:1)> [with auto:1 = int]", "A::f"},
         {"auto A::f(int) const::(anonymous class)::operator()(auto) const [auto = int]", "A::f"},
         {"auto A::f()::(lambda at a.cpp:1:2)::operator()() const", "A::f"},
+        {"void N::M<Sm>::f(int) [with Sm = Routing::DirectNet::IpIntfSm; T = int]", "IpIntfSm::f"},
+        {"void M<IpIntfSm>::f(int) [Sm = IpIntfSm]", "IpIntfSm::f"},
         {"A::~A()", "A::~A"},
         {"std::string A::f[abi:cxx11]()", "A::f"},
         {"A& A::operator=(A&&)", "A::operator="},

@@ -1,0 +1,147 @@
+#include "bench/Rig.h"
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include "platform/interface/KernelNetInfo.h"
+#include "platform/memtab/Mount.h"
+#include "platform/orb/SimulatedClock.h"
+#include "platform/routing/DirectNetLeakStatus.h"
+
+namespace Bench {
+
+namespace {
+
+std::size_t vrfOf(std::size_t n) {
+    return n % Rig::vrfs;
+}
+std::size_t interfaceOf(std::size_t n) {
+    return n / Rig::vrfs % Rig::interfaces;
+}
+/// Which of its interface's addresses it is.
+std::size_t placeOf(std::size_t n) {
+    return n / (Rig::vrfs * Rig::interfaces);
+}
+
+double secondsNow() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+} // namespace
+
+Rig::Rig(Orb::Ptr<Orb::Clock> clock)
+    : clock_(std::move(clock)), activityManager_(clock_),
+      inputs_(Orb::makePtr<Kiln::TaskScheduler>(clock_), false),
+      root_(std::make_unique<Agent::AgentRoot>(inputs_)) {
+    OrbMemtab::Mount mount(inputs_.entityManager());
+    for (std::size_t vrf = 0; vrf < vrfs; ++vrf) {
+        const std::string netns = "ns-" + vrfName(vrf).value();
+        const Orb::String path = Orb::format("kni/ns/%s/status", netns.c_str());
+        mount.doMount(path, "KernelNetInfo::Status",
+                      OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
+        const auto kernel = mount.getEntity<KernelNetInfo::Status>(path);
+        for (std::size_t interface = 0; interface < interfaces; ++interface) {
+            const Lanx::IntfId id = intfId(vrf, interface);
+            kernel->deviceIs(id, KernelNetInfo::Device(std::string(id.name()), true));
+        }
+        inputs_.vrfs().nameToIdMapWrapper()->nameToIdMap()->vrfIdIs(vrfName(vrf), vrfId(vrf));
+        auto* status = inputs_.vrfs().allVrfStatusLocal()->vrfIs(vrfName(vrf));
+        status->netNsIs(netns);
+        status->stateIs(Ip::VrfState::active);
+    }
+    settle();
+}
+
+L3::VrfName Rig::vrfName(std::size_t vrf) {
+    return "vrf" + std::to_string(vrf);
+}
+
+Lanx::IntfId Rig::intfId(std::size_t vrf, std::size_t interface) {
+    return Lanx::IntfId("Ethernet" + std::to_string(vrf) + "/" + std::to_string(interface));
+}
+
+Vrf::VrfIdMap::VrfId Rig::vrfId(std::size_t vrf) {
+    return Vrf::VrfIdMap::VrfId(static_cast<std::uint32_t>(vrf));
+}
+
+Lanx::IpAddrWithMask Rig::ipv4(std::size_t n) {
+    return {Lanx::IpAddr(0x0a000001U + (static_cast<std::uint32_t>(n / vrfs) << 8)), 24};
+}
+
+Ip::IpIntfStatus& Rig::ipv4Interface(std::size_t n) {
+    return *inputs_.ipStatus()
+                ->vrfIpIntfStatusIs(vrfName(vrfOf(n)))
+                ->ipIntfStatusIs(intfId(vrfOf(n), interfaceOf(n)));
+}
+
+void Rig::addIpv4(std::size_t n) {
+    if (placeOf(n) == 0) {
+        ipv4Interface(n).activeAddrWithMaskIs(ipv4(n));
+    } else {
+        ipv4Interface(n).activeSecondaryWithMaskIs(ipv4(n), true);
+    }
+}
+
+void Rig::delIpv4(std::size_t n) {
+    if (placeOf(n) == 0) {
+        ipv4Interface(n).activeAddrWithMaskIs(Lanx::IpAddrWithMask());
+    } else {
+        ipv4Interface(n).activeSecondaryWithMaskDel(ipv4(n));
+    }
+}
+
+void Rig::addIpv6(std::size_t n) {
+    const std::size_t m = n / vrfs;
+    Lanx::AddressBytes bytes{};
+    bytes[0] = 0x20;
+    bytes[1] = 0x01;
+    bytes[4] = static_cast<std::uint8_t>(m >> 16);
+    bytes[5] = static_cast<std::uint8_t>(m >> 8);
+    bytes[6] = static_cast<std::uint8_t>(m);
+    bytes[15] = 1;
+    inputs_.ip6Status()
+        ->vrfIp6IntfStatusIs(vrfName(vrfOf(n)))
+        ->intfStatusIs(intfId(vrfOf(n), interfaceOf(n)))
+        ->addrIs({Lanx::Ip6Addr(bytes), 64}, Ip6::AddressInfo{true, 0});
+}
+
+void Rig::addVirtualIp(std::size_t n) {
+    constexpr std::size_t carriers = 8;
+    auto* virtualIp = inputs_.virtualIpStatus()->virtualIpIntfStatusIs(
+        VirtualIp::VrfIpWithMaskPair(vrfName(vrfOf(n)), ipv4(n)));
+    for (std::size_t carrier = 0; carrier < carriers; ++carrier) {
+        virtualIp->intfIdIs(intfId(vrfOf(n), (interfaceOf(n) + carrier) % interfaces), true);
+    }
+}
+
+void Rig::addLeak(std::size_t n) {
+    const Orb::Ptr<Routing::DirectNetLeakStatus> status = root().operator->()->ipv4CrLeakStatus();
+    auto* leaks = status->leakedRouteBySourceVrfIs(vrfId(vrfOf(n)));
+    for (std::size_t vrf = 0; vrf < vrfs; ++vrf) {
+        if (vrf != vrfOf(n)) {
+            leaks->destVrfIdIs(ipv4(n).subnet(), vrfId(vrf));
+        }
+    }
+}
+
+double Rig::settle() {
+    auto* simulated = dynamic_cast<Orb::SimulatedClock*>(clock_.get());
+    double longest = 0;
+    while (clock_->nextWakeup() < Orb::Clock::never) {
+        if (simulated != nullptr) {
+            simulated->advanceToNextWakeup();
+        } else {
+            const double wait = clock_->nextWakeup() - clock_->now();
+            std::this_thread::sleep_for(std::chrono::duration<double>(std::max(wait, 0.0)));
+        }
+        const double start = secondsNow();
+        clock_->runOne();
+        longest = std::max(longest, secondsNow() - start);
+    }
+    return longest;
+}
+
+} // namespace Bench

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "agent/device/AgentRoot.h"
+#include "agent/device/DeviceInputs.h"
+#include "platform/orb/ActivityManager.h"
+#include "platform/orb/Clock.h"
+
+namespace Bench {
+
+/// An agent with 16 VRFs of 1024 interfaces each, all of them running kernel devices, and nothing
+/// else yet. Addresses are published straight into its input entities.
+class Rig {
+  public:
+    static constexpr std::size_t vrfs = 16;
+    static constexpr std::size_t interfaces = 1024;
+
+    explicit Rig(Orb::Ptr<Orb::Clock> clock);
+
+    static L3::VrfName vrfName(std::size_t vrf);
+    static Lanx::IntfId intfId(std::size_t vrf, std::size_t interface);
+    static Vrf::VrfIdMap::VrfId vrfId(std::size_t vrf);
+
+    Agent::DeviceInputs& inputs() { return inputs_; }
+    const Agent::AgentRoot& root() const { return *root_; }
+
+    /// The n-th IPv4 /24 address, spread over VRFs first, then interfaces. The first address of an
+    /// interface is its primary, the others are secondaries.
+    void addIpv4(std::size_t n);
+    void delIpv4(std::size_t n);
+    static Lanx::IpAddrWithMask ipv4(std::size_t n);
+
+    /// The same for IPv6 /64 addresses.
+    void addIpv6(std::size_t n);
+
+    /// The n-th IPv4 virtual address, on 8 interfaces of its VRF.
+    void addVirtualIp(std::size_t n);
+
+    /// Leaks the n-th address's subnet into the 15 other VRFs.
+    void addLeak(std::size_t n);
+
+    /// Runs the agent until every backlog is empty and nothing is pending. Returns the longest
+    /// single call in seconds.
+    double settle();
+
+  private:
+    Ip::IpIntfStatus& ipv4Interface(std::size_t n);
+
+    Orb::Ptr<Orb::Clock> clock_;
+    Orb::ActivityManager activityManager_;
+    Agent::DeviceInputs inputs_;
+    std::unique_ptr<Agent::AgentRoot> root_;
+};
+
+} // namespace Bench
