@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <linux/rtnetlink.h>
 #include <string>
+#include <vector>
 
 namespace Agent::Linux {
 namespace {
@@ -66,11 +67,11 @@ ifaddrmsg addressBody(unsigned char family, unsigned char length) {
 
 TEST(RouteMessageTest, BridgePortAndMalformedLinksAreNotLinks) {
     auto name = [](Message message, const std::string& text, int length = -1) {
-        auto link = LinkMessage::parse(message.with(IFLA_IFNAME, text, length).header());
+        auto link = LinkMessage::parse(message.with(IFLA_IFNAME, text + '\0', length).header());
         return link ? link->name : "none";
     };
-    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), std::string("e1\0", 3)), "e1");
-    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e1"), "e1") << "not terminated";
+    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e1"), "e1");
+    EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e1", 2), "none") << "not terminated";
     EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e\xff\xc3\xa4"), "e\\xff\\xc3\\xa4");
     EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e\xc3\xa4"), "e\xc3\xa4");
     EXPECT_EQ(name(Message(RTM_DELLINK, linkBody(AF_BRIDGE)), "e1"), "none");
