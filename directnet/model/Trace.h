@@ -53,11 +53,12 @@
 
 #define DIRECTNET_DUALLOG_TO(handle, level, ...)                                                   \
     do {                                                                                           \
-        if (Ringlog::defaultRinglogFile() != nullptr                                               \
-            || (Ringlog::TraceHandle::anyEnabled(level) && (handle).enabled(level))) {             \
+        if (Ringlog::TraceHandle::anyEnabled(level) && (handle).enabled(level)) {                  \
             static constinit Ringlog::MessageDescriptor directNetMessage(                          \
                 directNetTraceUnit, __LINE__, __PRETTY_FUNCTION__);                                \
             Routing::DirectNet::traceBoth((handle), (level), directNetMessage, __VA_ARGS__);       \
+        } else {                                                                                   \
+            DIRECTNET_RINGLOG(__VA_ARGS__);                                                        \
         }                                                                                          \
     } while (false)
 
@@ -75,7 +76,9 @@ inline Ringlog::TraceHandle& ribReadySmTraceHandle() {
     return handle;
 }
 
-// What the statements expand to. Kept out of line: callers are mostly not tracing.
+// What the statements expand to. Kept out of line: callers are mostly not tracing. A message for
+// both traces that the text trace wants is built as text once, for both; otherwise the ring takes
+// its operands as they are.
 
 template <typename... Ts>
 [[gnu::noinline]] void traceText(const Ringlog::TraceHelper& helper, const Ringlog::CallSite& site,
