@@ -12,8 +12,8 @@ using Routing::DirectNet::GrState;
 
 namespace {
 
-Orb::Ptr<DirectNetLeakStatus>
-mountLeakStatus(const Orb::Ptr<Vaultdb::EntityManager>& entityManager, const Orb::String& path) {
+Orb::Ptr<DirectNetLeakStatus> mountLeakStatus(const Orb::Ptr<Vaultdb::EntityManager>& entityManager,
+                                              const Orb::String& path) {
     OrbMemtab::Mount mount(entityManager);
     mount.doMount(path, DirectNetLeakStatus::orbTypeName,
                   OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
@@ -39,8 +39,7 @@ DeviceInputs::DeviceInputs(Orb::Ptr<Kiln::TaskScheduler> scheduler, bool gracefu
       allIntfStatusLocalDir_(Orb::makePtr<Interface::AllIntfStatusLocalDir>()),
       ribWaits_(Orb::makePtr<Routing::Rib::AllVrfRibReady>()),
       protoStatusDir_(Orb::makePtr<Orb::Dir>()),
-      grState_(Orb::makePtr<GrState>(GrState::Arguments{gracefulRestart})),
-      kernel_(entityManager_),
+      grState_(Orb::makePtr<GrState>(GrState::Arguments{gracefulRestart})), kernel_(entityManager_),
       leaks4_(mountLeakStatus(entityManager_, "routing/directNetLeakStatus")),
       leaks6_(mountLeakStatus(entityManager_, "routing6/directNetLeakStatus")) {}
 
@@ -76,8 +75,8 @@ void DeviceInputs::checkGracefulRestart(const Change<bool>& change) const {
 
 void DeviceInputs::apply(const Change<VirtualIpsPatch>& patch) {
     VirtualIp::VirtualIpStatus& status = *virtualIps4_.status();
-    status.subnetRoutesIs(memberOf(patch, &VirtualIpsPatch::subnetRoutes)
-                              .after(status.subnetRoutes(), false));
+    status.subnetRoutesIs(
+        memberOf(patch, &VirtualIpsPatch::subnetRoutes).after(status.subnetRoutes(), false));
     virtualIps4_.apply(memberOf(patch, &VirtualIpsPatch::ipv4));
     virtualIps6_.apply(memberOf(patch, &VirtualIpsPatch::ipv6));
 }

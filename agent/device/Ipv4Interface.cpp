@@ -14,8 +14,8 @@ void Ipv4Interface::apply(const Ipv4InterfacePatch& patch, Ip::IpIntfStatus& sta
     Listings listings;
     for (const Address& address : touched(patch.secondary, newAddress, status)) {
         const bool hidden = !!address && address == newAddress && !secondaryWins;
-        listings.emplace_back(address, hidden ? Listing()
-                                              : listingAfter(address, patch.secondary, status));
+        listings.emplace_back(address,
+                              hidden ? Listing() : listingAfter(address, patch.secondary, status));
     }
     address_ = newAddress;
     ownListing_ = newOwn;
@@ -64,9 +64,9 @@ Ipv4Interface::Listing Ipv4Interface::listingAfter(const Address& address,
     return listing(address, status);
 }
 
-std::vector<Ipv4Interface::Address>
-Ipv4Interface::touched(const SecondaryChange& change, const Address& newAddress,
-                       const Ip::IpIntfStatus& status) const {
+std::vector<Ipv4Interface::Address> Ipv4Interface::touched(const SecondaryChange& change,
+                                                           const Address& newAddress,
+                                                           const Ip::IpIntfStatus& status) const {
     std::vector<Address> addresses{address_, newAddress};
     if (change.isRemoval()) {
         for (const auto& entry : status.activeSecondaryWithMask()) {

@@ -14,12 +14,13 @@ namespace Agent {
 ///
 /// The document may list an interface's primary address among its secondaries. A numbered interface
 /// publishes it as the primary only. On an unnumbered interface, where the primary yields nothing,
-/// a secondary that is in use wins, and no primary is published. All other secondaries are published
-/// as they are, so that the published status and the two members below make up the whole document.
+/// a secondary that is in use wins, and no primary is published. All other secondaries are
+/// published as they are, so that the published status and the two members below make up the whole
+/// document.
 class Ipv4Interface {
   public:
-    /// Applies the patch and brings `status`, this interface's, in line: first the unnumbered source
-    /// and the directed-broadcast flag, then the secondaries that go, the primary, and the
+    /// Applies the patch and brings `status`, this interface's, in line: first the unnumbered
+    /// source and the directed-broadcast flag, then the secondaries that go, the primary, and the
     /// secondaries that come. Costs what the patch names.
     void apply(const Ipv4InterfacePatch& patch, Ip::IpIntfStatus& status);
 
@@ -37,8 +38,8 @@ class Ipv4Interface {
     std::vector<Address> touched(const SecondaryChange& change, const Address& newAddress,
                                  const Ip::IpIntfStatus& status) const;
 
-    Address address_;       // the primary as the document has it
-    Listing ownListing_;    // of address_
+    Address address_;    // the primary as the document has it
+    Listing ownListing_; // of address_
 };
 
 } // namespace Agent

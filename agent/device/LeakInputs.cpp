@@ -78,8 +78,7 @@ void LeakInputs<Prefix>::add(Vrf& source, const Prefix& prefix, Vrf& destination
 }
 
 template <typename Prefix>
-void LeakInputs<Prefix>::remove(Vrf& source, const Prefix& prefix,
-                                const L3::VrfName& destination) {
+void LeakInputs<Prefix>::remove(Vrf& source, const Prefix& prefix, const L3::VrfName& destination) {
     const auto found = vrfs_.find(destination);
     if (found == vrfs_.end()) {
         return;
@@ -147,8 +146,7 @@ void LeakInputs<Prefix>::publish(const Vrf& source, const Prefix& prefix, const 
 }
 
 template <typename Prefix>
-void LeakInputs<Prefix>::withdraw(const Vrf& source, const Prefix& prefix,
-                                  const Vrf& destination) {
+void LeakInputs<Prefix>::withdraw(const Vrf& source, const Prefix& prefix, const Vrf& destination) {
     const VrfId from = source.second.id;
     if (Routing::RouteLeakedFromVrf* leaks = status_->leakedRouteBySourceVrf(from)) {
         leaks->destVrfIdDel(prefix, destination.second.id);

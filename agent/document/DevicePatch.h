@@ -28,8 +28,8 @@ template <typename Owner, typename T>
 Member(const char*, Change<T> Owner::*) -> Member<Owner, T>;
 
 struct VrfStatusPatch {
-    Change<bool> active;                // default false
-    Change<Lanx::NamespaceName> netns;  // default "default"
+    Change<bool> active;               // default false
+    Change<Lanx::NamespaceName> netns; // default "default"
 
     static constexpr auto members() {
         return std::tuple(Member{"active", &VrfStatusPatch::active},
@@ -123,14 +123,13 @@ struct DevicePatch {
     Change<VrfSetPatch> ribWaits; // one that is false is not waited for
 
     static constexpr auto members() {
-        return std::tuple(Member{"gracefulRestart", &DevicePatch::gracefulRestart},
-                          Member{"startReadyVerification", &DevicePatch::startReadyVerification},
-                          Member{"vrfs", &DevicePatch::vrfs},
-                          Member{"kernel", &DevicePatch::kernel},
-                          Member{"ipv4", &DevicePatch::ipv4}, Member{"ipv6", &DevicePatch::ipv6},
-                          Member{"virtualIps", &DevicePatch::virtualIps},
-                          Member{"leaks", &DevicePatch::leaks},
-                          Member{"ribWaits", &DevicePatch::ribWaits});
+        return std::tuple(
+            Member{"gracefulRestart", &DevicePatch::gracefulRestart},
+            Member{"startReadyVerification", &DevicePatch::startReadyVerification},
+            Member{"vrfs", &DevicePatch::vrfs}, Member{"kernel", &DevicePatch::kernel},
+            Member{"ipv4", &DevicePatch::ipv4}, Member{"ipv6", &DevicePatch::ipv6},
+            Member{"virtualIps", &DevicePatch::virtualIps}, Member{"leaks", &DevicePatch::leaks},
+            Member{"ribWaits", &DevicePatch::ribWaits});
     }
 };
 

@@ -16,9 +16,7 @@ class DocumentError : public std::runtime_error {
     const std::string& pointer() const { return pointer_; }
 
     /// The same error of the document that holds this one at `pointer`.
-    DocumentError within(const std::string& pointer) const {
-        return {pointer + pointer_, what()};
-    }
+    DocumentError within(const std::string& pointer) const { return {pointer + pointer_, what()}; }
 
   private:
     std::string pointer_;

@@ -45,9 +45,9 @@ class Builder : public nlohmann::json_sax<json> {
     bool parse_error(std::size_t position, const std::string&,
                      const nlohmann::detail::exception& error) override {
         const bool range = dynamic_cast<const json::out_of_range*>(&error) != nullptr;
-        throw DocumentError(pointer(), (range ? "number out of range at byte "
-                                              : "invalid JSON at byte ")
-                                           + std::to_string(position));
+        throw DocumentError(pointer(),
+                            (range ? "number out of range at byte " : "invalid JSON at byte ")
+                                + std::to_string(position));
     }
 
   private:

@@ -17,7 +17,9 @@ class Place {
     /// The JSON pointer of the place.
     std::string pointer() const;
 
-    [[noreturn]] void refuse(const std::string& what) const { throw DocumentError(pointer(), what); }
+    [[noreturn]] void refuse(const std::string& what) const {
+        throw DocumentError(pointer(), what);
+    }
 
   private:
     const Place* parent_ = nullptr;

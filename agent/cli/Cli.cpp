@@ -1,0 +1,70 @@
+#include "agent/cli/Cli.h"
+
+#include <exception>
+#include <iostream>
+#include <string>
+#include <string_view>
+
+#include "agent/cli/Commands.h"
+#include "agent/Errors.h"
+#include "agent/show/Output.h"
+#include "platform/ringlog/Printable.h"
+
+namespace Agent {
+
+namespace {
+
+constexpr std::size_t maxMessage = 1000;
+
+/// Prints a message as one line, whatever it quotes from an input, behind the output so far.
+ExitStatus fail(ExitStatus status, std::string_view message) {
+    std::cout.flush();
+    std::string line;
+    Ringlog::appendPrintable(line, message.substr(0, maxMessage));
+    std::cerr << line << (message.size() > maxMessage ? "...\n" : "\n");
+    return status;
+}
+
+ExitStatus parseAndRun(CLI::App& app, int argc, const char* const* argv) {
+    try {
+        app.parse(argc, argv);
+        finishOutput(std::cout);
+    } catch (const CLI::ParseError& error) {
+        if (app.exit(error, std::cout, std::cerr) != 0) {
+            return ExitStatus::badInput;
+        }
+        finishOutput(std::cout);
+    }
+    return ExitStatus::fine;
+}
+
+} // namespace
+
+CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& description) {
+    CLI::App* command = app.add_subcommand(name, description);
+    command->set_version_flag("--version", DIRECTNET_VERSION);
+    return command;
+}
+
+int runCommandLine(int argc, const char* const* argv) {
+    std::ios::sync_with_stdio(false);
+    CLI::App app("Connected-route agent");
+    app.name("directnet");
+    app.set_version_flag("--version", DIRECTNET_VERSION);
+    app.require_subcommand(1);
+    registerReplay(app);
+    registerRinglog(app);
+    registerVipLog(app);
+
+    ExitStatus status = ExitStatus::failure;
+    try {
+        status = parseAndRun(app, argc, argv);
+    } catch (const BadInputError& error) {
+        status = fail(ExitStatus::badInput, error.what());
+    } catch (const std::exception& error) {
+        status = fail(ExitStatus::failure, "directnet: " + std::string(error.what()));
+    }
+    return static_cast<int>(status);
+}
+
+} // namespace Agent

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace Agent {
+
+/// Adds a command with the options that every command has.
+CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& description);
+
+/// One function per command, each in a source of its own: adds the command to the program. Its work
+/// is done while the command line is parsed; it throws BadInputError and FailureError.
+void registerReplay(CLI::App& app);
+void registerRinglog(CLI::App& app);
+void registerVipLog(CLI::App& app);
+
+} // namespace Agent

@@ -1,0 +1,89 @@
+#include "agent/replay/Replay.h"
+
+#include <utility>
+
+#include "agent/Errors.h"
+#include "agent/document/DocumentError.h"
+#include "platform/orb/Error.h"
+
+namespace Agent {
+
+namespace {
+
+constexpr std::string_view blanks = " \t\r";
+
+} // namespace
+
+Replay::Replay(std::string name, std::streambuf& scenario, StatePrinter& printer)
+    : name_(std::move(name)), lines_(scenario), printer_(printer),
+      clock_(Orb::makePtr<Orb::SimulatedClock>()), startTime_(clock_->now()),
+      activityManager_(clock_) {}
+
+void Replay::run() {
+    try {
+        while (runNextLine()) {
+        }
+    } catch (const DocumentError& error) {
+        const std::string& pointer = error.pointer();
+        throw BadInputError(here() + (pointer.empty() ? "" : pointer + ": ") + error.what());
+    } catch (const Orb::Error& error) {
+        throw FailureError(here() + error.what());
+    }
+    if (!root_) {
+        start(false);
+    }
+    const bool atRest = activityManager_.runUntilIdle(maxAfterLastLine);
+    print(nullptr);
+    if (!atRest) {
+        throw FailureError(name_ + ": still busy " + std::to_string(maxAfterLastLine)
+                           + " simulated seconds after the last line");
+    }
+}
+
+bool Replay::runNextLine() {
+    const std::optional<std::string> text = lines_.next();
+    if (text && text->find_first_not_of(blanks) != std::string::npos) {
+        apply(readScenarioLine(*text));
+    }
+    return text.has_value();
+}
+
+void Replay::apply(const ScenarioLine& line) {
+    if (line.at) {
+        if (*line.at < at_) {
+            throw DocumentError("/at", "is earlier than the line before");
+        }
+        at_ = *line.at;
+    }
+    if (!root_) {
+        start(line.set && line.set->gracefulRestart.after(false, false));
+    }
+    if (line.at) {
+        activityManager_.runUntil(startTime_ + at_);
+    }
+    if (line.show) {
+        print(&*line.show);
+        return;
+    }
+    try {
+        inputs_->apply(*line.set);
+    } catch (const DocumentError& error) {
+        throw error.within("/set");
+    }
+}
+
+void Replay::start(bool gracefulRestart) {
+    inputs_.emplace(Orb::makePtr<Kiln::TaskScheduler>(clock_), gracefulRestart);
+    root_.emplace(*inputs_);
+    if (onStart_) {
+        onStart_(**root_);
+    }
+}
+
+void Replay::print(const std::string* label) {
+    printer_.print(StateView(**root_, *inputs_, clock_->now()), label);
+}
+
+std::string Replay::here() const { return name_ + ':' + std::to_string(lines_.number()) + ": "; }
+
+} // namespace Agent

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "agent/device/AgentRoot.h"
+#include "agent/device/DeviceInputs.h"
+#include "agent/replay/LineReader.h"
+#include "agent/replay/ScenarioLine.h"
+#include "agent/show/StatePrinter.h"
+#include "platform/orb/ActivityManager.h"
+#include "platform/orb/SimulatedClock.h"
+
+namespace Agent {
+
+/// Runs a scenario on simulated time. Between two lines the agent runs until the later one's time,
+/// whatever is due at that time included; lines without a time, and those of one burst, follow each
+/// other with nothing in between. After the last line it runs until nothing is pending, and its
+/// final state is printed.
+class Replay {
+  public:
+    /// Seconds for which a replay goes on after its last line before it is given up.
+    static constexpr int maxAfterLastLine = 3600;
+
+    /// `name` is what messages call the scenario.
+    Replay(std::string name, std::streambuf& scenario, StatePrinter& printer);
+    Replay(const Replay&) = delete;
+    Replay& operator=(const Replay&) = delete;
+    ~Replay() = default;
+
+    /// Called once, when the root has been made and nothing has been applied yet.
+    using OnStart = std::function<void(const AgentRoot::RootSm&)>;
+    void onStartIs(OnStart onStart) { onStart_ = std::move(onStart); }
+
+    /// Throws BadInputError for a line that is refused, of which nothing is applied then;
+    /// FailureError when the agent fails at a line or does not come to rest.
+    void run();
+
+  private:
+    bool runNextLine();
+    void apply(const ScenarioLine& line);
+    void runUntil(double at);
+    void start(bool gracefulRestart);
+    void print(const std::string* label);
+    std::string here() const;
+
+    std::string name_;
+    LineReader lines_;
+    StatePrinter& printer_;
+    OnStart onStart_;
+    double at_ = 0; // of the last line that named a time
+
+    Orb::Ptr<Orb::SimulatedClock> clock_;
+    double startTime_;
+    Orb::ActivityManager activityManager_;
+    // Made for the first line that is applied: only then is it known whether this is a graceful
+    // restart.
+    std::optional<DeviceInputs> inputs_;
+    std::optional<AgentRoot> root_;
+};
+
+} // namespace Agent

@@ -1,0 +1,117 @@
+#include "agent/viplog/VipTablesPrinter.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/ringlog/Printable.h"
+
+namespace Agent {
+
+namespace {
+
+using json = nlohmann::json;
+
+std::string printable(std::string_view text) {
+    std::string result;
+    Ringlog::appendPrintable(result, text);
+    return result;
+}
+
+/// A JSON string. Names may hold any bytes; what is no UTF-8 is replaced.
+std::string quoted(std::string_view text) {
+    return json(text).dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+const char* boolean(bool value) { return value ? "true" : "false"; }
+
+std::string addressOf(const VirtualIp::VirtualIpIntfStatus& virtualIp) {
+    return virtualIp.vrfIpWithMask().ipAddrWithMask().toString();
+}
+
+std::string addressOf(const VirtualIp::VirtualIp6IntfStatus& virtualIp) {
+    return virtualIp.vrfIp().ipAddr().toString();
+}
+
+/// The members of a collection in the order of their keys.
+template <typename Map>
+auto sorted(const Map& map) {
+    std::vector<const typename Map::Entry::Element*> members;
+    for (const auto& member : map) {
+        members.push_back(member.get());
+    }
+    std::ranges::sort(members,
+                      [](const auto* a, const auto* b) { return a->fwkKey() < b->fwkKey(); });
+    return members;
+}
+
+template <typename VirtualIp>
+std::vector<std::pair<Lanx::IntfId, bool>> interfacesOf(const VirtualIp& virtualIp) {
+    std::vector<std::pair<Lanx::IntfId, bool>> interfaces;
+    for (const auto& [intfId, carried] : virtualIp.intfId()) {
+        interfaces.emplace_back(intfId, carried);
+    }
+    std::ranges::sort(interfaces);
+    return interfaces;
+}
+
+template <typename Tables>
+void printFamily(std::ostream& out, const char* family, const Tables& tables) {
+    for (const auto* table : sorted(tables.vrfVirtualIpStatus())) {
+        out << "VRF " << printable(table->name().value()) << "  " << family << ", subnet routes "
+            << (table->subnetRouteEnabled() ? "on" : "off") << '\n';
+        const auto virtualIps = sorted(table->virtualIp());
+        std::size_t width = 0;
+        for (const auto* virtualIp : virtualIps) {
+            width = std::max(width, addressOf(*virtualIp).size());
+        }
+        for (const auto* virtualIp : virtualIps) {
+            std::string line = addressOf(*virtualIp);
+            line.resize(width, ' ');
+            for (const auto& [intfId, carried] : interfacesOf(*virtualIp)) {
+                line += carried ? "  " + printable(intfId.name()) : "";
+            }
+            out << "  " << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
+        }
+    }
+}
+
+template <typename Tables>
+void printFamilyAsJson(std::ostream& out, const Tables& tables) {
+    const char* nextTable = "{";
+    for (const auto* table : sorted(tables.vrfVirtualIpStatus())) {
+        out << std::exchange(nextTable, ",") << quoted(table->name().value())
+            << ":{\"subnetRoutes\":" << boolean(table->subnetRouteEnabled()) << ",\"virtualIps\":";
+        const char* nextIp = "{";
+        for (const auto* virtualIp : sorted(table->virtualIp())) {
+            out << std::exchange(nextIp, ",") << quoted(addressOf(*virtualIp)) << ":";
+            const char* nextInterface = "{";
+            for (const auto& [intfId, carried] : interfacesOf(*virtualIp)) {
+                out << std::exchange(nextInterface, ",") << quoted(intfId.name()) << ':'
+                    << boolean(carried);
+            }
+            out << (*nextInterface == '{' ? "{}" : "}");
+        }
+        out << (*nextIp == '{' ? "{}}" : "}}");
+    }
+    out << (*nextTable == '{' ? "{}" : "}");
+}
+
+} // namespace
+
+void printVipTables(std::ostream& out, const VipLogReader& tables) {
+    printFamily(out, "ipv4", tables.tables4());
+    printFamily(out, "ipv6", tables.tables6());
+}
+
+void printVipTablesAsJson(std::ostream& out, const VipLogReader& tables) {
+    out << "{\"ipv4\":";
+    printFamilyAsJson(out, tables.tables4());
+    out << ",\"ipv6\":";
+    printFamilyAsJson(out, tables.tables6());
+    out << "}\n";
+}
+
+} // namespace Agent

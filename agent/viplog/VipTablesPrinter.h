@@ -1,0 +1,15 @@
+#pragma once
+
+#include <ostream>
+
+#include "agent/viplog/VipLogReader.h"
+
+namespace Agent {
+
+/// Prints the tables as tables for people, one per VRF and family.
+void printVipTables(std::ostream& out, const VipLogReader& tables);
+
+/// Prints them as one JSON document on one line.
+void printVipTablesAsJson(std::ostream& out, const VipLogReader& tables);
+
+} // namespace Agent
