@@ -52,6 +52,7 @@ int runCommandLine(int argc, const char* const* argv) {
     app.name("directnet");
     app.set_version_flag("--version", DIRECTNET_VERSION);
     app.require_subcommand(1);
+    registerRun(app);
     registerReplay(app);
     registerRinglog(app);
     registerVipLog(app);

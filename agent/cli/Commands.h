@@ -13,5 +13,6 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
 void registerReplay(CLI::App& app);
 void registerRinglog(CLI::App& app);
 void registerVipLog(CLI::App& app);
+void registerRun(CLI::App& app);
 
 } // namespace Agent

@@ -61,4 +61,9 @@ class IntfBacklog : public Orb::Entity {
     }
 };
 
+inline Orb::Ptr<IntfBacklog> intfBacklogFactory(const L3::VrfName& vrfName,
+                                                Vrf::VrfIdMap::VrfId vrfId) {
+    return Orb::makePtr<IntfBacklog>(IntfBacklog::Arguments{vrfName, vrfId});
+}
+
 } // namespace Routing::DirectNet

@@ -43,6 +43,12 @@ class IntfBacklogSm : public Orb::Entity {
   public:
     using VrfId = Vrf::VrfIdMap::VrfId;
 
+    /// Creates a machine from its constructor attributes, in their order.
+    template <typename... Inputs>
+    static Orb::Ptr<IntfBacklogSm> IntfBacklogSmIs(Inputs&&... inputs) {
+        return Orb::makePtr<IntfBacklogSm>(Arguments{std::forward<Inputs>(inputs)...});
+    }
+
     explicit IntfBacklogSm(Arguments arguments);
 
     void handleInitialized();

@@ -163,11 +163,15 @@ class ReceiveRouteLeakSm : public Orb::Entity {
         ReceiveRouteLeakSm* sm_;
     };
 
+    /// Follows the source VRFs of one family's leak status.
     class OrbCrLeakLocalStatus : public Orb::Reactor<ReceiveRouteLeakSm, LeakLocalStatus> {
       public:
         using Reactor::Reactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
+
+    using OrbCrLeakLocalStatus4 = OrbCrLeakLocalStatus;
+    using OrbCrLeakLocalStatus6 = OrbCrLeakLocalStatus;
 
     class OrbIntfBacklogByVrf : public Orb::Reactor<ReceiveRouteLeakSm, IntfBacklogByVrf> {
       public:
@@ -187,8 +191,8 @@ class ReceiveRouteLeakSm : public Orb::Entity {
                                       const SourceVrfPrefix& visited);
 
     OrbReviewTask orbReviewTask_;
-    OrbCrLeakLocalStatus orbCrLeakLocalStatus4_;
-    OrbCrLeakLocalStatus orbCrLeakLocalStatus6_;
+    OrbCrLeakLocalStatus4 orbCrLeakLocalStatus4_;
+    OrbCrLeakLocalStatus6 orbCrLeakLocalStatus6_;
     OrbIntfBacklogByVrf orbIntfBacklogByVrf_;
 };
 

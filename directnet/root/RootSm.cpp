@@ -75,14 +75,16 @@ void RootSm::VrfStatusLocalSm::orbDoZombieReactors(bool zombie) {
 
 RootSm::RootSm(Arguments arguments)
     : arguments_(std::move(arguments)), mount_(entityManager()), orbNameToIdMapWrapper_(this),
-      orbOrb_NameToIdMapIn_(this), orbAllVrfStatusLocal_(this) {
+      orbAllVrfStatusLocal_(this) {
     orbNameToIdMapWrapper_.notifierIs(nameToIdMapWrapper());
     orbAllVrfStatusLocal_.notifierIs(allVrfStatusLocal());
     for (const auto& status : allVrfStatusLocal()->vrf()) {
         vrfStatusLocalIs(status);
     }
     handleInitialized();
-    orbOrb_NameToIdMapIn_.notifierIs(nameToIdMapWrapper()->nameToIdMap());
+    if (nameToIdMapWrapper() != nullptr) {
+        orbOrb_NameToIdMapIn_ = newOrb_NameToIdMapIn(nameToIdMapWrapper()->nameToIdMap());
+    }
 }
 
 RootSm::~RootSm() {
@@ -114,11 +116,18 @@ void RootSm::orbDoZombieReactors(bool zombie) {
     }
 }
 
+Orb::Ptr<RootSm::OrbOrb_NameToIdMapIn>
+RootSm::newOrb_NameToIdMapIn(const Orb::Ptr<NameToIdMap>& map) {
+    auto reactor = Orb::makePtr<OrbOrb_NameToIdMapIn>(this);
+    reactor->notifierIs(map);
+    return reactor;
+}
+
 void RootSm::orb_NameToIdMapInIs(const Orb::Ptr<NameToIdMap>& map) {
-    if (orbOrb_NameToIdMapIn_.watched() == map.get()) {
+    if (orbOrb_NameToIdMapIn_ == nullptr || orbOrb_NameToIdMapIn_->watched() == map.get()) {
         return;
     }
-    orbOrb_NameToIdMapIn_.notifierIs(map);
+    orbOrb_NameToIdMapIn_->notifierIs(map);
     // A map that replaces another may lack names that have a container.
     const Orb::Ptr<VrfNameSet> names = containerNames();
     Orb::forEachKey(names->vrfName(),

@@ -142,6 +142,7 @@ class RootSm : public Orb::Entity {
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
+    Orb::Ptr<OrbOrb_NameToIdMapIn> newOrb_NameToIdMapIn(const Orb::Ptr<NameToIdMap>& map);
     void orb_NameToIdMapInIs(const Orb::Ptr<NameToIdMap>& map);
     template <typename T>
     Orb::Ptr<T> mountTable(const Orb::String& path, const OrbMemtab::MountInfo& info);
@@ -162,7 +163,7 @@ class RootSm : public Orb::Entity {
     /// VRFs whose container is being made; false once their conditions changed meanwhile.
     Orb::Ptr<VrfNameSet> creating_ = Orb::makePtr<VrfNameSet>();
     OrbNameToIdMapWrapper orbNameToIdMapWrapper_;
-    OrbOrb_NameToIdMapIn orbOrb_NameToIdMapIn_;
+    Orb::Ptr<OrbOrb_NameToIdMapIn> orbOrb_NameToIdMapIn_;
     OrbAllVrfStatusLocal orbAllVrfStatusLocal_;
 };
 
