@@ -1,0 +1,183 @@
+#include "tests/library/DeviceModel.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+
+using Lanx::AddressFamily;
+
+Lanx::IpGenAddrWithMask parsed(const std::string& address) {
+    const bool virtual6 = address.find('/') == std::string::npos;
+    return Lanx::IpGenAddrWithMask::fromString(virtual6 ? address + "/128" : address);
+}
+
+std::string viaOf(unsigned type, bool isVirtual) {
+    const char* via = type == 11  ? "connected"
+                      : type == 3 ? "receive-broadcast"
+                      : type == 4 ? "directed-broadcast"
+                                  : "receive";
+    return isVirtual ? std::string(via) + "-virtual" : via;
+}
+
+} // namespace
+
+bool DeviceModel::hasContainer(const Vrf& vrf) const {
+    if (!ids.contains(vrf)) {
+        return false;
+    }
+    const auto status = statuses.find(vrf);
+    return vrf == "default" || (status != statuses.end() && status->second.active);
+}
+
+std::vector<DeviceModel::Vrf> DeviceModel::vrfsWithContainer() const {
+    std::vector<Vrf> vrfs;
+    for (const auto& [vrf, id] : ids) {
+        if (hasContainer(vrf)) {
+            vrfs.push_back(vrf);
+        }
+    }
+    return vrfs;
+}
+
+std::set<DeviceModel::Intf> DeviceModel::interfaces(const Vrf& vrf) const {
+    std::set<Intf> intfs;
+    if (const auto found = ipv4.find(vrf); found != ipv4.end()) {
+        for (const auto& [intf, addresses] : found->second) {
+            intfs.insert(intf);
+        }
+    }
+    if (const auto found = ipv6.find(vrf); found != ipv6.end()) {
+        for (const auto& [intf, addresses] : found->second) {
+            intfs.insert(intf);
+        }
+    }
+    return intfs;
+}
+
+// The addresses that make an interface contribute: none while its device is not there and running.
+std::vector<DeviceModel::Address> DeviceModel::ownAddresses(const Vrf& vrf,
+                                                            const Intf& intf) const {
+    const std::string netns = vrf == "default" ? "default" : statuses.at(vrf).netns;
+    const auto present = devices.find(netns);
+    if (present == devices.end() || !present->second.contains(intf) || !present->second.at(intf)) {
+        return {};
+    }
+    std::vector<std::string> texts;
+    if (ipv4.contains(vrf) && ipv4.at(vrf).contains(intf)) {
+        const Ipv4& status = ipv4.at(vrf).at(intf);
+        if (!status.primary.empty()) {
+            texts.push_back(status.primary);
+        }
+        for (const auto& [address, inUse] : status.secondaries) {
+            if (inUse) {
+                texts.push_back(address);
+            }
+        }
+    }
+    if (ipv6.contains(vrf) && ipv6.at(vrf).contains(intf)) {
+        for (const auto& [address, active] : ipv6.at(vrf).at(intf)) {
+            if (active) {
+                texts.push_back(address);
+            }
+        }
+    }
+    std::vector<Address> addresses;
+    for (const std::string& text : texts) {
+        const Address address = parsed(text);
+        const bool linkLocal6 = address.af() == AddressFamily::ipv6 && address.isLinkLocal();
+        if (!address.isZero() && !linkLocal6) {
+            addresses.push_back(address);
+        }
+    }
+    return addresses;
+}
+
+DeviceModel::Contributors DeviceModel::localContributors(const Vrf& vrf) const {
+    Contributors contributors;
+    const auto add = [&](const Lanx::IpGenPrefix& prefix, const Intf& intf, const Address& address,
+                         bool isVirtual, unsigned type) {
+        if (prefix.len() != 0) {
+            contributors[prefix].insert({intf, address, local, isVirtual, type});
+        }
+    };
+    for (const Intf& intf : interfaces(vrf)) {
+        for (const Address& address : ownAddresses(vrf, intf)) {
+            const bool host = address.len() == address.addr().bits();
+            if (!host) {
+                add(address.subnet(), intf, address, false, 11);
+            }
+            add(address.hostPrefix(), intf, address, false, host ? 2 : 1);
+            if (address.af() == AddressFamily::ipv4 && address.len() <= 30) {
+                const auto v4 = Lanx::IpAddrWithMask::fromString(address.toString());
+                add(Lanx::IpPrefix::host(v4.networkAddr()), intf, address, false, 3);
+                add(Lanx::IpPrefix::host(v4.broadcastAddr()), intf, address, false, 4);
+            }
+        }
+    }
+    for (const auto& [key, intfs] : virtualIps) {
+        const Address address = parsed(key.second);
+        if (key.first != vrf || address.isZero() || address.isLinkLocal()) {
+            continue;
+        }
+        for (const auto& [intf, carried] : intfs) {
+            if (carried) {
+                add(address.hostPrefix(), intf, address, true, 1);
+                if (subnetRoutes && address.af() == AddressFamily::ipv4 && address.len() < 32) {
+                    add(address.subnet(), intf, address, true, 11);
+                }
+            }
+        }
+    }
+    return contributors;
+}
+
+bool DeviceModel::countsForLeaks(const Vrf& source, const Contributor& contributor) const {
+    if (contributor.type != 11) {
+        return false;
+    }
+    for (const Address& own : ownAddresses(source, contributor.intf)) {
+        if (own.af() == contributor.address.af()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void DeviceModel::addLeaked(const Vrf& vrf, Contributors& contributors) const {
+    for (const auto& [sourceId, prefix, destId] : leaks) {
+        if (destId != ids.at(vrf)) {
+            continue;
+        }
+        for (const auto& [source, id] : ids) {
+            if (id != sourceId || !hasContainer(source)) {
+                continue;
+            }
+            const Contributors ofSource = localContributors(source);
+            const auto found = ofSource.find(Lanx::IpGenPrefix::fromString(prefix));
+            if (found == ofSource.end()) {
+                continue;
+            }
+            for (const Contributor& contributor : found->second) {
+                if (countsForLeaks(source, contributor)) {
+                    contributors[contributor.address.hostPrefix()].insert(
+                        {contributor.intf, contributor.address, sourceId, false, 1});
+                }
+            }
+        }
+    }
+}
+
+std::vector<RouteRow> DeviceModel::routes(const Vrf& vrf) const {
+    Contributors contributors = localContributors(vrf);
+    addLeaked(vrf, contributors);
+    std::vector<RouteRow> rows;
+    for (const auto& [prefix, ofPrefix] : contributors) {
+        const Contributor& winner = *ofPrefix.begin();
+        rows.push_back({prefix.toString(), winner.type, winner.intf,
+                        viaOf(winner.type, winner.isVirtual),
+                        winner.sourceVrf == local ? "" : std::to_string(winner.sourceVrf)});
+    }
+    return rows;
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,296 @@
+#include "tests/library/RandomDevice.h"
+
+#include <utility>
+
+namespace Routing::DirectNet {
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr unsigned ids = 6;
+const Texts vrfs{"default", "A", "B", "C"};
+const Texts intfs{"Et1", "Et10", "Et2", "Lo0", "Vl5"};
+const Texts namespaces{"default", "ns1", "ns2"};
+const Texts ipv4Addresses{"10.0.0.1/24",    "10.0.0.2/24", "10.0.0.1/25", "10.0.0.1/16",
+                          "10.0.0.0/31",    "10.0.0.1/31", "10.0.0.1/32", "10.0.0.6/32",
+                          "10.0.0.5/30",    "10.0.0.6/30", "10.0.0.4/30", "10.0.0.255/24",
+                          "169.254.1.1/24", "10.0.0.9/0",  "0.0.0.0/24"};
+const Texts ipv6Addresses{"2001:db8::1/64",     "2001:db8::2/64", "2001:db8::1/128",
+                          "2001:db8::1/127",    "fe80::1/64",     "::/64",
+                          "2001:db8:0:1::1/48", "2001:db8::2/0"};
+const Texts virtualAddresses{
+    "10.0.0.1/24", "10.0.0.2/24", "10.0.0.100/24",  "10.0.0.1/32", "10.0.0.6/30", "10.0.0.0/31",
+    "10.0.0.7/0",  "0.0.0.0/24",  "169.254.1.1/24", "2001:db8::1", "2001:db8::9", "fe80::9",
+    "::"};
+const Texts leakedPrefixes{"10.0.0.0/24",    "10.0.0.0/24",   "10.0.0.0/25",   "10.0.0.0/16",
+                           "10.0.0.0/31",    "10.0.0.4/30",   "10.0.0.1/32",   "169.254.1.0/24",
+                           "2001:db8::/64",  "2001:db8::/64", "2001:db8::/48", "2001:db8::/127",
+                           "2001:db8::1/128"};
+
+} // namespace
+
+const std::string& RandomDevice::oneOf(const Texts& texts) {
+    return texts[below(static_cast<std::uint32_t>(texts.size()))];
+}
+
+std::string RandomDevice::vrf() { return oneOf(vrfs); }
+
+std::string RandomDevice::intf() { return oneOf(intfs); }
+
+void RandomDevice::step() {
+    using Change = void (RandomDevice::*)();
+    static const std::vector<std::pair<Change, int>> weights{
+        {&RandomDevice::changeVrfId, 10},     {&RandomDevice::changeVrfStatus, 10},
+        {&RandomDevice::replaceVrfMap, 1},    {&RandomDevice::changeDevice, 16},
+        {&RandomDevice::changePrimary, 22},   {&RandomDevice::changeSecondary, 18},
+        {&RandomDevice::promoteSecondary, 4}, {&RandomDevice::changeIpv6, 16},
+        {&RandomDevice::removeInterface, 4},  {&RandomDevice::removeFamily, 1},
+        {&RandomDevice::changeVirtualIp, 18}, {&RandomDevice::removeVirtualIp, 4},
+        {&RandomDevice::changeLeak, 22},      {&RandomDevice::removeLeaks, 1},
+        {&RandomDevice::changeRibWaits, 4},   {&RandomDevice::restart, 1}};
+    static const std::vector<Change> changes = [] {
+        std::vector<Change> all;
+        for (const auto& [change, weight] : weights) {
+            all.insert(all.end(), static_cast<std::size_t>(weight), change);
+        }
+        return all;
+    }();
+    (this->*changes[below(static_cast<std::uint32_t>(changes.size()))])();
+    letTimePass();
+}
+
+void RandomDevice::changeVrfId() {
+    const std::string name = vrf();
+    if (model_.ids.erase(name) != 0) {
+        note("vrfIdDel " + name);
+        harness_.vrfIdDel(name);
+    }
+    if (oneIn(4)) {
+        return;
+    }
+    unsigned id = 1 + below(ids);
+    for (const auto& [other, taken] : model_.ids) {
+        if (taken == id) {
+            return;
+        }
+    }
+    note("vrfId " + name + " " + std::to_string(id));
+    model_.ids[name] = id;
+    harness_.vrfId(name, id);
+}
+
+void RandomDevice::changeVrfStatus() {
+    const std::string name = vrf();
+    const std::string netns = oneOf(namespaces);
+    const auto present = model_.statuses.find(name);
+    if (present != model_.statuses.end() && (oneIn(4) || present->second.netns != netns)) {
+        note("vrfStatusDel " + name);
+        model_.statuses.erase(name);
+        harness_.vrfStatusDel(name);
+        if (oneIn(2)) {
+            return;
+        }
+    }
+    const bool active = !oneIn(4);
+    note("vrfStatus " + name + (active ? " active " : " inactive ") + netns);
+    model_.statuses[name] = {active, netns};
+    harness_.vrfStatus(name, active, netns);
+}
+
+// The map may be replaced by one that lacks a VRF.
+void RandomDevice::replaceVrfMap() {
+    const std::string lacking = vrf();
+    note("replaceVrfMap without " + lacking);
+    model_.ids.erase(lacking);
+    const auto map = Orb::makePtr<::Vrf::VrfIdMap::NameToIdMap>();
+    for (const auto& [name, id] : model_.ids) {
+        map->vrfIdIs(L3::VrfName(name), ::Vrf::VrfIdMap::VrfId(id));
+    }
+    harness_.nameToIdMapWrapper->nameToIdMapIs(map);
+}
+
+void RandomDevice::changeDevice() {
+    const std::string netns = oneOf(namespaces);
+    const std::string name = intf();
+    if (oneIn(6)) {
+        note("deviceDel " + netns + " " + name);
+        model_.devices[netns].erase(name);
+        harness_.deviceDel(netns, name);
+        return;
+    }
+    const bool running = !oneIn(5);
+    note("device " + netns + " " + name + (running ? " running" : " not running"));
+    model_.devices[netns][name] = running;
+    harness_.device(netns, name, running);
+}
+
+void RandomDevice::changePrimary() {
+    const std::string name = vrf();
+    const std::string on = intf();
+    DeviceModel::Ipv4& status = model_.ipv4[name][on];
+    std::string address = oneIn(5) ? "0.0.0.0/0" : oneOf(ipv4Addresses);
+    if (status.secondaries.contains(address)) {
+        address = "0.0.0.0/0";
+    }
+    note("address " + name + " " + on + " " + address);
+    status.primary = address;
+    harness_.address(name, on, address);
+}
+
+void RandomDevice::changeSecondary() {
+    const std::string name = vrf();
+    const std::string on = intf();
+    DeviceModel::Ipv4& status = model_.ipv4[name][on];
+    const std::string address = oneOf(ipv4Addresses);
+    if (status.primary == address) {
+        return;
+    }
+    if (oneIn(3)) {
+        note("secondaryDel " + name + " " + on + " " + address);
+        status.secondaries.erase(address);
+        harness_.secondaryDel(name, on, address);
+        return;
+    }
+    const bool inUse = !oneIn(4);
+    note("secondary " + name + " " + on + " " + address + (inUse ? " true" : " false"));
+    status.secondaries[address] = inUse;
+    harness_.secondary(name, on, address, inUse);
+}
+
+void RandomDevice::promoteSecondary() {
+    const std::string name = vrf();
+    const std::string on = intf();
+    DeviceModel::Ipv4& status = model_.ipv4[name][on];
+    if (status.secondaries.empty()) {
+        return;
+    }
+    const std::string address = status.secondaries.begin()->first;
+    note("promote " + name + " " + on + " " + address);
+    status.secondaries.erase(address);
+    harness_.secondaryDel(name, on, address);
+    status.primary = address;
+    harness_.address(name, on, address);
+}
+
+void RandomDevice::changeIpv6() {
+    const std::string name = vrf();
+    const std::string on = intf();
+    const std::string address = oneOf(ipv6Addresses);
+    if (oneIn(3)) {
+        note("address6Del " + name + " " + on + " " + address);
+        model_.ipv6[name][on].erase(address);
+        harness_.address6Del(name, on, address);
+        return;
+    }
+    const bool active = !oneIn(4);
+    note("address6 " + name + " " + on + " " + address + (active ? " true" : " false"));
+    model_.ipv6[name][on][address] = active;
+    harness_.address6(name, on, address, active);
+}
+
+void RandomDevice::removeInterface() {
+    const std::string name = vrf();
+    const std::string on = intf();
+    note("interfaceDel " + name + " " + on);
+    if (oneIn(2)) {
+        model_.ipv4[name].erase(on);
+        harness_.ipv4Del(name, on);
+    } else {
+        model_.ipv6[name].erase(on);
+        harness_.ipv6Del(name, on);
+    }
+}
+
+void RandomDevice::removeFamily() {
+    const std::string name = vrf();
+    note("familyDel " + name);
+    if (oneIn(2)) {
+        model_.ipv4.erase(name);
+        harness_.ipv4Del(name);
+    } else {
+        model_.ipv6.erase(name);
+        harness_.ipv6Del(name);
+    }
+}
+
+void RandomDevice::changeVirtualIp() {
+    if (oneIn(10)) {
+        model_.subnetRoutes = !model_.subnetRoutes;
+        note(model_.subnetRoutes ? "subnetRoutes true" : "subnetRoutes false");
+        harness_.subnetRoutes(model_.subnetRoutes);
+        return;
+    }
+    const std::string name = vrf();
+    const std::string address = oneOf(virtualAddresses);
+    const std::string on = intf();
+    if (oneIn(3)) {
+        note("virtualIpDel " + name + " " + address + " " + on);
+        model_.virtualIps[{name, address}].erase(on);
+        harness_.virtualIpDel(name, address, on);
+        return;
+    }
+    const bool carried = !oneIn(6);
+    note("virtualIp " + name + " " + address + " " + on + (carried ? " true" : " false"));
+    model_.virtualIps[{name, address}][on] = carried;
+    harness_.virtualIp(name, address, on, carried);
+}
+
+void RandomDevice::removeVirtualIp() {
+    const std::string name = vrf();
+    const std::string address = oneOf(virtualAddresses);
+    note("virtualIpDel " + name + " " + address);
+    model_.virtualIps.erase({name, address});
+    harness_.virtualIpDel(name, address);
+}
+
+// The ids need not be those of any VRF, and a VRF may leak to itself.
+void RandomDevice::changeLeak() {
+    const unsigned source = 1 + below(ids);
+    const unsigned dest = 1 + below(ids);
+    const std::string prefix = oneOf(leakedPrefixes);
+    const std::string text = std::to_string(source) + " " + prefix + " " + std::to_string(dest);
+    if (model_.leaks.erase({source, prefix, dest}) != 0) {
+        note("leakDel " + text);
+        harness_.leakDel(source, prefix, dest);
+    } else {
+        note("leak " + text);
+        model_.leaks.insert({source, prefix, dest});
+        harness_.leak(source, prefix, dest);
+    }
+}
+
+void RandomDevice::removeLeaks() {
+    const unsigned source = 1 + below(ids);
+    note("leakDel " + std::to_string(source));
+    std::erase_if(model_.leaks, [&](const auto& leak) { return std::get<0>(leak) == source; });
+    harness_.leakDel(source);
+}
+
+void RandomDevice::changeRibWaits() {
+    const std::string name = vrf();
+    const bool waits = !oneIn(3);
+    note((waits ? "ribWaits " : "ribWaitsDel ") + name);
+    harness_.ribWaits(name, waits);
+    if (waits) {
+        model_.ribWaits.insert(name);
+    } else {
+        model_.ribWaits.erase(name);
+    }
+}
+
+void RandomDevice::restart() {
+    note("restart");
+    harness_.stop();
+    harness_.start();
+}
+
+void RandomDevice::letTimePass() {
+    if (oneIn(2)) {
+        const double seconds = below(11) / 100.0;
+        note("run " + std::to_string(seconds));
+        harness_.run(seconds);
+    }
+}
+
+} // namespace Routing::DirectNet

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tests/library/DeviceModel.h"
+#include "tests/support/LibraryHarness.h"
+
+namespace Routing::DirectNet {
+
+/// Changes a device at random, in the library and in the model alike. There are few names of
+/// everything, so that changes meet.
+class RandomDevice {
+  public:
+    RandomDevice(LibraryHarness& harness, std::uint32_t seed) : harness_(harness), random_(seed) {}
+
+    const DeviceModel& model() const { return model_; }
+
+    /// One change, and now and then some time after it.
+    void step();
+
+    /// The changes so far, one a line.
+    const std::string& log() const { return log_; }
+
+  private:
+    using Texts = std::vector<std::string>;
+
+    std::uint32_t below(std::uint32_t n) { return static_cast<std::uint32_t>(random_()) % n; }
+    bool oneIn(std::uint32_t n) { return below(n) == 0; }
+    const std::string& oneOf(const Texts& texts);
+    std::string vrf();
+    std::string intf();
+    void note(const std::string& what) { log_ += what + '\n'; }
+
+    void changeVrfId();
+    void changeVrfStatus();
+    void replaceVrfMap();
+    void changeDevice();
+    void changePrimary();
+    void changeSecondary();
+    void promoteSecondary();
+    void changeIpv6();
+    void removeInterface();
+    void removeFamily();
+    void changeVirtualIp();
+    void removeVirtualIp();
+    void changeLeak();
+    void removeLeaks();
+    void changeRibWaits();
+    void restart();
+    void letTimePass();
+
+    LibraryHarness& harness_;
+    std::mt19937 random_;
+    DeviceModel model_;
+    std::string log_;
+};
+
+} // namespace Routing::DirectNet

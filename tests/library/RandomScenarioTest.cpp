@@ -1,0 +1,51 @@
+#include <gtest/gtest.h>
+
+#include "platform/routing/ProtoVrfStatus.h"
+#include "tests/library/RandomDevice.h"
+
+namespace Routing::DirectNet {
+namespace {
+
+constexpr std::uint32_t scenarios = 500;
+constexpr int patches = 150;
+
+/// The agent at rest shows what the device says, and nothing else.
+void expectAgreement(LibraryHarness& harness, const DeviceModel& model) {
+    harness.settle();
+    ASSERT_EQ(harness.root().containerSm().size(), model.vrfsWithContainer().size());
+    for (const std::string& vrf : model.vrfsWithContainer()) {
+        EXPECT_TRUE(hasRoutes(harness, vrf, model.routes(vrf)));
+        const VrfReadyStatus& ready = *harness.container(vrf).vrfReadyStatus();
+        EXPECT_TRUE(ready.v4DirectNetsReady() && ready.v6DirectNetsReady()) << vrf;
+        if (model.ribWaits.contains(vrf)) {
+            ASSERT_NE(harness.ribStatus(vrf), nullptr) << vrf;
+            EXPECT_TRUE(harness.ribStatus(vrf)->ready()) << vrf;
+        }
+    }
+    EXPECT_EQ(harness.protoStatusDir->entity().size(), model.ribWaits.size());
+}
+
+class RandomScenarioTest : public testing::TestWithParam<std::uint32_t> {};
+
+TEST_P(RandomScenarioTest, StateDependsOnTheHistoryOrOutlivesTheVrfs) {
+    const std::uint32_t first = GetParam() * (scenarios / 10);
+    for (std::uint32_t seed = first; seed < first + scenarios / 10; ++seed) {
+        LibraryHarness harness;
+        RandomDevice device(harness, seed);
+        for (int i = 0; i < patches; ++i) {
+            device.step();
+            if (i % 30 == 17) {
+                expectAgreement(harness, device.model());
+            }
+        }
+        expectAgreement(harness, device.model());
+        harness.removeVrfs();
+        EXPECT_EQ(harness.leftovers(), "");
+        ASSERT_FALSE(HasFailure()) << "seed " << seed << '\n' << device.log();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomScenarioTest, testing::Range(0U, 10U));
+
+} // namespace
+} // namespace Routing::DirectNet

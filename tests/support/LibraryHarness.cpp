@@ -1,0 +1,435 @@
+#include "tests/support/LibraryHarness.h"
+
+#include <algorithm>
+#include <sstream>
+
+#include "platform/orb/AllocTrackTypeInfo.h"
+#include "platform/orb/TypeNode.h"
+#include "platform/orb/TypeRegistry.h"
+#include "platform/routing/ProtoVrfStatus.h"
+
+namespace Routing::DirectNet {
+
+namespace {
+
+using Lanx::AddressFamily;
+using Lanx::IntfId;
+using Vrf::VrfIdMap::VrfId;
+
+constexpr double longEnough = 1000; ///< seconds after which an agent must have come to rest
+
+Lanx::IpAddrWithMask ipv4Address(const std::string& text) {
+    return Lanx::IpAddrWithMask::fromString(text);
+}
+
+Lanx::Ip6AddrWithMask ipv6Address(const std::string& text) {
+    return Lanx::Ip6AddrWithMask::fromString(text);
+}
+
+bool isIpv6(const std::string& text) { return text.find(':') != std::string::npos; }
+
+VirtualIp::VrfIpWithMaskPair key4(const std::string& vrf, const std::string& address) {
+    return {L3::VrfName(vrf), ipv4Address(address)};
+}
+
+VirtualIp::VrfIpPair key6(const std::string& vrf, const std::string& address) {
+    return {L3::VrfName(vrf), Lanx::Ip6Addr::fromString(address)};
+}
+
+Orb::String kniPath(const std::string& netns) {
+    return Orb::format("kni/ns/%s/status", netns.c_str());
+}
+
+std::string usualVia(unsigned type) {
+    switch (type) {
+    case 11:
+        return "connected";
+    case 3:
+        return "receive-broadcast";
+    case 4:
+        return "directed-broadcast";
+    default:
+        return "receive";
+    }
+}
+
+} // namespace
+
+std::string RouteRow::text() const {
+    return prefix + " " + std::to_string(type) + " " + intf + " "
+           + (via.empty() ? usualVia(type) : via) + (sourceVrf.empty() ? "" : " from " + sourceVrf);
+}
+
+LibraryHarness::LibraryHarness(Options options)
+    : grState(Orb::makePtr<GrState>(GrState::Arguments{options.gracefulRestart})) {
+    nameToIdMapWrapper->nameToIdMapIs(Orb::makePtr<Vrf::VrfIdMap::NameToIdMap>());
+    if (options.started) {
+        start();
+    }
+}
+
+LibraryHarness::~LibraryHarness() {
+    if (root_ != nullptr) {
+        stop();
+    }
+}
+
+void LibraryHarness::start() {
+    livingAtStart_ = livingObjects();
+    root_ = RootSm::RootSmIs(entityManager, scheduler, viaSetConfig, ipStatus, ip6Status,
+                             virtualIpStatus, virtualIp6Status, virtualIpAsReceiveRoute,
+                             nameToIdMapWrapper, allVrfStatusLocal, allIntfStatusDir,
+                             allIntfStatusLocalDir, allVrfRibReady, protoStatusDir, grState);
+}
+
+void LibraryHarness::stop() {
+    root_->handleDelete();
+    root_ = nullptr;
+    EXPECT_EQ(livingObjects(), livingAtStart_);
+}
+
+void LibraryHarness::vrf(const std::string& name, unsigned id, const std::string& netns) {
+    if (name != "default") {
+        vrfStatus(name, true, netns);
+    }
+    vrfId(name, id);
+}
+
+void LibraryHarness::vrfId(const std::string& name, unsigned id) {
+    nameToIdMapWrapper->nameToIdMap()->vrfIdIs(L3::VrfName(name), VrfId(id));
+}
+
+void LibraryHarness::vrfIdDel(const std::string& name) {
+    nameToIdMapWrapper->nameToIdMap()->vrfIdDel(L3::VrfName(name));
+}
+
+void LibraryHarness::vrfStatus(const std::string& name, bool active, const std::string& netns) {
+    Ip::VrfStatusLocal* status = allVrfStatusLocal->vrfIs(L3::VrfName(name));
+    status->netNsIs(Lanx::NamespaceName(netns));
+    status->stateIs(active ? Ip::VrfState::active : Ip::VrfState::initializing);
+}
+
+void LibraryHarness::vrfStatusDel(const std::string& name) {
+    allVrfStatusLocal->vrfDel(L3::VrfName(name));
+}
+
+void LibraryHarness::removeVrfs() {
+    nameToIdMapWrapper->nameToIdMap()->vrfIdDelAll();
+    allVrfStatusLocal->vrfDelAll();
+}
+
+template <typename T>
+Orb::Ptr<T> LibraryHarness::table(const Orb::String& path) {
+    return Orb::Ptr<T>(
+        static_cast<T*>(entityManager->findOrCreate(path, T::fwkType().name()).get()));
+}
+
+void LibraryHarness::device(const std::string& netns, const std::string& intf, bool running) {
+    table<KernelNetInfo::Status>(kniPath(netns))
+        ->deviceIs(IntfId(intf), KernelNetInfo::Device(intf, running));
+}
+
+void LibraryHarness::deviceDel(const std::string& netns, const std::string& intf) {
+    table<KernelNetInfo::Status>(kniPath(netns))->deviceDel(IntfId(intf));
+}
+
+Ip::IpIntfStatus& LibraryHarness::ipv4(const std::string& vrf, const std::string& intf) {
+    return *ipStatus->vrfIpIntfStatusIs(L3::VrfName(vrf))->ipIntfStatusIs(IntfId(intf));
+}
+
+void LibraryHarness::address(const std::string& vrf, const std::string& intf,
+                             const std::string& address) {
+    ipv4(vrf, intf).activeAddrWithMaskIs(ipv4Address(address));
+}
+
+void LibraryHarness::secondary(const std::string& vrf, const std::string& intf,
+                               const std::string& address, bool inUse) {
+    ipv4(vrf, intf).activeSecondaryWithMaskIs(ipv4Address(address), inUse);
+}
+
+void LibraryHarness::secondaryDel(const std::string& vrf, const std::string& intf,
+                                  const std::string& address) {
+    ipv4(vrf, intf).activeSecondaryWithMaskDel(ipv4Address(address));
+}
+
+void LibraryHarness::unnumbered(const std::string& vrf, const std::string& intf,
+                                const std::string& from) {
+    ipv4(vrf, intf).unnumberedIntfIdIs(IntfId(from));
+}
+
+void LibraryHarness::directedBroadcast(const std::string& vrf, const std::string& intf,
+                                       bool enabled) {
+    ipv4(vrf, intf).directedBroadcastIs(enabled);
+}
+
+void LibraryHarness::ipv4Del(const std::string& vrf, const std::string& intf) {
+    ipStatus->vrfIpIntfStatusIs(L3::VrfName(vrf))->ipIntfStatusDel(IntfId(intf));
+}
+
+void LibraryHarness::ipv4Del(const std::string& vrf) {
+    ipStatus->vrfIpIntfStatusDel(L3::VrfName(vrf));
+}
+
+void LibraryHarness::address6(const std::string& vrf, const std::string& intf,
+                              const std::string& address, bool active) {
+    ip6Status->vrfIp6IntfStatusIs(L3::VrfName(vrf))
+        ->intfStatusIs(IntfId(intf))
+        ->addrIs(ipv6Address(address), Ip6::AddressInfo{active});
+}
+
+void LibraryHarness::address6Del(const std::string& vrf, const std::string& intf,
+                                 const std::string& address) {
+    ip6Status->vrfIp6IntfStatusIs(L3::VrfName(vrf))
+        ->intfStatusIs(IntfId(intf))
+        ->addrDel(ipv6Address(address));
+}
+
+void LibraryHarness::ipv6Del(const std::string& vrf, const std::string& intf) {
+    ip6Status->vrfIp6IntfStatusIs(L3::VrfName(vrf))->intfStatusDel(IntfId(intf));
+}
+
+void LibraryHarness::ipv6Del(const std::string& vrf) {
+    ip6Status->vrfIp6IntfStatusDel(L3::VrfName(vrf));
+}
+
+void LibraryHarness::virtualIp(const std::string& vrf, const std::string& address,
+                               const std::string& intf, bool carried) {
+    if (isIpv6(address)) {
+        virtualIp6Status->virtualIp6IntfStatusIs(key6(vrf, address))
+            ->intfIdIs(IntfId(intf), carried);
+    } else {
+        virtualIpStatus->virtualIpIntfStatusIs(key4(vrf, address))->intfIdIs(IntfId(intf), carried);
+    }
+}
+
+void LibraryHarness::virtualIpDel(const std::string& vrf, const std::string& address,
+                                  const std::string& intf) {
+    if (isIpv6(address)) {
+        virtualIp6Status->virtualIp6IntfStatusIs(key6(vrf, address))->intfIdDel(IntfId(intf));
+    } else {
+        virtualIpStatus->virtualIpIntfStatusIs(key4(vrf, address))->intfIdDel(IntfId(intf));
+    }
+}
+
+void LibraryHarness::virtualIpDel(const std::string& vrf, const std::string& address) {
+    if (isIpv6(address)) {
+        virtualIp6Status->virtualIp6IntfStatusDel(key6(vrf, address));
+    } else {
+        virtualIpStatus->virtualIpIntfStatusDel(key4(vrf, address));
+    }
+}
+
+RouteLeakedFromVrf* LibraryHarness::leaksFrom(unsigned source, const std::string& prefix) {
+    const char* path =
+        isIpv6(prefix) ? "routing6/directNetLeakStatus" : "routing/directNetLeakStatus";
+    return table<DirectNetLeakStatus>(path)->leakedRouteBySourceVrfIs(VrfId(source));
+}
+
+void LibraryHarness::leak(unsigned source, const std::string& prefix, unsigned dest) {
+    leaksFrom(source, prefix)->destVrfIdIs(Lanx::IpGenPrefix::fromString(prefix), VrfId(dest));
+}
+
+void LibraryHarness::leakDel(unsigned source, const std::string& prefix, unsigned dest) {
+    leaksFrom(source, prefix)->destVrfIdDel(Lanx::IpGenPrefix::fromString(prefix), VrfId(dest));
+}
+
+void LibraryHarness::leakDel(unsigned source) {
+    for (const char* path : {"routing/directNetLeakStatus", "routing6/directNetLeakStatus"}) {
+        table<DirectNetLeakStatus>(path)->leakedRouteBySourceVrfDel(VrfId(source));
+    }
+}
+
+void LibraryHarness::ribWaits(const std::string& vrf, bool waits) {
+    if (waits) {
+        allVrfRibReady->vrfIs(L3::VrfName(vrf), true);
+    } else {
+        allVrfRibReady->vrfDel(L3::VrfName(vrf));
+    }
+}
+
+Rib::ProtoVrfStatus* LibraryHarness::ribStatus(const std::string& vrf) const {
+    return dynamic_cast<Rib::ProtoVrfStatus*>(protoStatusDir->entity(Orb::Name(vrf)));
+}
+
+void LibraryHarness::run(double seconds) {
+    const double end = clock->now() + seconds;
+    for (double next = clock->nextWakeup(); next <= end; next = clock->nextWakeup()) {
+        clock->advanceTo(next);
+        clock->runDue();
+    }
+    clock->advanceTo(end);
+}
+
+void LibraryHarness::settle() {
+    const double end = clock->now() + longEnough;
+    while (clock->nextWakeup() != Orb::Clock::never) {
+        ASSERT_LT(clock->nextWakeup(), end) << "the agent does not come to rest";
+        clock->advanceTo(clock->nextWakeup());
+        clock->runDue();
+    }
+}
+
+ContainerSm& LibraryHarness::container(const std::string& vrf) const {
+    ContainerSm* container = root_->containerSm(L3::VrfName(vrf));
+    if (container == nullptr) {
+        throw Orb::Error("no container of VRF " + vrf);
+    }
+    return *container;
+}
+
+std::size_t LibraryHarness::vias() const {
+    return root_->ipv4AllVrfViaConfig()->size() + root_->ipv6AllVrfViaConfig()->size();
+}
+
+std::vector<std::string> LibraryHarness::routes(const std::string& vrf) const {
+    std::vector<std::string> lines;
+    const VrfId id = container(vrf).vrfId();
+    for (const auto& config : {root_->ipv4AllVrfRouteConfig(), root_->ipv6AllVrfRouteConfig()}) {
+        if (const auto* routes = config->routes(id)) {
+            for (const Rib::Route& route : *routes) {
+                lines.push_back(text(route));
+            }
+        }
+    }
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+std::vector<std::string> LibraryHarness::text(const std::vector<RouteRow>& rows) {
+    std::vector<std::string> lines;
+    for (const RouteRow& row : rows) {
+        lines.push_back(row.text());
+    }
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+// Read from the written tables alone, as the routing information base does: route, via set, via.
+std::string LibraryHarness::text(const Rib::Route& route) const {
+    const bool ipv4 = route.key().prefix().af() == AddressFamily::ipv4;
+    const auto& vias = ipv4 ? root_->ipv4AllVrfViaConfig() : root_->ipv6AllVrfViaConfig();
+    RouteRow row;
+    row.prefix = route.key().prefix().toString();
+    row.type = static_cast<unsigned>(route.routeType());
+    row.intf = row.via = "dangling";
+    const auto* viaSet = viaSetConfig->viaSetCollection()->viaSet(route.viaSetKey());
+    if (viaSet != nullptr && viaSet->viaKey().size() == 1
+        && viaSet->familyCode() == (ipv4 ? 2 : 4)) {
+        if (const Rib::Via via = vias->via(viaSet->viaKey().front()); via != Rib::Via()) {
+            row.intf = via.intfId().name();
+            row.via = viaName(route, via.intfId());
+        }
+    }
+    if (route.srcVrfId() != VrfId::invalid()) {
+        row.sourceVrf = std::to_string(route.srcVrfId().value());
+    }
+    return row.text();
+}
+
+std::string LibraryHarness::viaName(const Rib::Route& route, IntfId intfId) const {
+    const bool leaked = route.srcVrfId() != VrfId::invalid();
+    const auto vrfId = leaked ? route.srcVrfId() : route.key().vrfId();
+    const AddressFamily af = route.key().prefix().af();
+    for (const auto& container : root_->containerSm()) {
+        if (container->vrfId() != vrfId) {
+            continue;
+        }
+        const auto& own = container->intfBacklog()->intfViaSetKeyStatusFromAf(af);
+        const auto& ofVirtualIps = af == AddressFamily::ipv4
+                                       ? container->vrfVirtualIpStatusSm()->ivskStatus()
+                                       : container->vrfVirtualIp6StatusSm()->ivskStatus();
+        for (const auto& status : {own, ofVirtualIps}) {
+            const IntfViaSetKey keys = status->intfViaSetKey(intfId);
+            const std::string suffix = status == own ? "" : "-virtual";
+            if (route.viaSetKey() == keys.viaSetKey()) {
+                return "connected" + suffix;
+            }
+            if (route.viaSetKey() == keys.rxViaSetKey()) {
+                return "receive" + suffix;
+            }
+            if (route.viaSetKey() == keys.rxBcastViaSetKey()) {
+                return "receive-broadcast" + suffix;
+            }
+            if (route.viaSetKey() == keys.directedBcastViaSetKey()) {
+                return "directed-broadcast" + suffix;
+            }
+        }
+    }
+    return "unknown";
+}
+
+std::map<std::string, std::size_t> LibraryHarness::livingObjects() {
+    std::map<std::string, std::size_t> living;
+    for (const Orb::TypeNode* type : Orb::TypeRegistry::instance().typeNodes()) {
+        // GrState and what the device publishes are the harness's own.
+        if (type->name().find("DirectNet::") != std::string_view::npos
+            && type->name().find("GrState") == std::string_view::npos
+            && Orb::AllocTrackTypeInfo::living(*type) != 0) {
+            living[std::string(type->name())] = Orb::AllocTrackTypeInfo::living(*type);
+        }
+    }
+    return living;
+}
+
+std::string LibraryHarness::leftovers() {
+    settle();
+    std::ostringstream left;
+    const auto count = [&left](const char* what, std::size_t n) {
+        if (n != 0) {
+            left << n << ' ' << what << '\n';
+        }
+    };
+    count("vias", vias());
+    count("via sets", viaSets());
+    count("routes",
+          root_->ipv4AllVrfRouteConfig()->size() + root_->ipv6AllVrfRouteConfig()->size());
+    count("containers", root_->containerSm().size());
+    count("backlogs", root_->intfBacklogByVrf()->intfBacklog().size());
+    count("readiness records", root_->allVrfReadyStatus()->vrfReadyStatus().size());
+    count("interface status managers", root_->intfStatusManagerRoot()->intfStatusManagers());
+    for (const char* netns : {"default", "ns1", "ns2"}) {
+        count("kernel status mounts", entityManager->mounts(kniPath(netns)));
+    }
+    // A table outlives its VRF only while it holds a virtual address.
+    std::map<std::string, std::size_t> shared{{"AllVrfReadyStatus", 1},  {"AllVrfRibReadySm", 1},
+                                              {"IntfBacklogByVrf", 1},   {"IntfViaSetConfig", 1},
+                                              {"ReceiveRouteLeakSm", 1}, {"RootSm", 1},
+                                              {"VrfNameSet", 1}};
+    for (const auto& [name, n] : livingObjects()) {
+        const std::string shortName = name.substr(std::string("Routing::DirectNet::").size());
+        if (shortName.starts_with("Ipv")
+            && shortName.find("::VrfVirtualIpStatusSm") == std::string::npos) {
+            continue;
+        }
+        count(shortName.c_str(), n - std::min(n, shared[shortName]));
+    }
+    for (const auto& table : root_->allVrfVirtualIpStatus()->vrfVirtualIpStatus()) {
+        count("empty virtual IP table", table->virtualIp().empty() ? 1 : 0);
+    }
+    for (const auto& table : root_->allVrfVirtualIp6Status()->vrfVirtualIpStatus()) {
+        count("empty virtual IPv6 table", table->virtualIp().empty() ? 1 : 0);
+    }
+    return left.str();
+}
+
+testing::AssertionResult hasRoutes(const LibraryHarness& harness, const std::string& vrf,
+                                   const std::vector<RouteRow>& rows) {
+    const std::vector<std::string> wanted = LibraryHarness::text(rows);
+    const std::vector<std::string> written = harness.routes(vrf);
+    if (wanted == written) {
+        return testing::AssertionSuccess();
+    }
+    testing::AssertionResult failure = testing::AssertionFailure() << "VRF " << vrf;
+    const auto list = [&failure](const char* sign, const auto& from, const auto& without) {
+        for (const std::string& line : from) {
+            if (!std::binary_search(without.begin(), without.end(), line)) {
+                failure << '\n' << sign << line;
+            }
+        }
+    };
+    list("  missing: ", wanted, written);
+    list("  besides: ", written, wanted);
+    return failure;
+}
+
+} // namespace Routing::DirectNet
