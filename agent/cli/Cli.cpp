@@ -46,6 +46,14 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
     return command;
 }
 
+void addSocketOption(CLI::App& command, std::string& path) {
+    command
+        .add_option("--socket", path,
+                    "Where the agent listens; by default /run/directnet.sock for root, else "
+                    "directnet.sock in the user's runtime folder")
+        ->option_text("PATH");
+}
+
 int runCommandLine(int argc, const char* const* argv) {
     std::ios::sync_with_stdio(false);
     CLI::App app("Connected-route agent");
@@ -53,6 +61,9 @@ int runCommandLine(int argc, const char* const* argv) {
     app.set_version_flag("--version", DIRECTNET_VERSION);
     app.require_subcommand(1);
     registerRun(app);
+    registerShow(app);
+    registerWatch(app);
+    registerTrace(app);
     registerReplay(app);
     registerRinglog(app);
     registerVipLog(app);

@@ -8,11 +8,17 @@ namespace Agent {
 /// Adds a command with the options that every command has.
 CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& description);
 
+/// Adds the option that says where the running agent listens.
+void addSocketOption(CLI::App& command, std::string& path);
+
 /// One function per command, each in a source of its own: adds the command to the program. Its work
 /// is done while the command line is parsed; it throws BadInputError and FailureError.
 void registerReplay(CLI::App& app);
 void registerRinglog(CLI::App& app);
 void registerVipLog(CLI::App& app);
 void registerRun(CLI::App& app);
+void registerShow(CLI::App& app);
+void registerWatch(CLI::App& app);
+void registerTrace(CLI::App& app);
 
 } // namespace Agent

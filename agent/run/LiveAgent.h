@@ -1,0 +1,85 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "agent/device/AgentRoot.h"
+#include "agent/device/DeviceInputs.h"
+#include "agent/run/ConfigFile.h"
+#include "agent/run/LiveDevice.h"
+#include "agent/run/OutputQueue.h"
+#include "agent/run/RouteFeed.h"
+#include "agent/run/Signals.h"
+#include "agent/show/RouteLookup.h"
+#include "agent/show/StatePrinter.h"
+#include "agent/socket/SocketServer.h"
+#include "platform/orb/ActivityManager.h"
+#include "platform/orb/RealClock.h"
+
+namespace Agent {
+
+/// The agent, live on this machine: the library's root, fed by the kernel and the configuration
+/// file, in an event loop of its own. SIGINT and SIGTERM stop it, as does SIGHUP unless there is a
+/// configuration file, which is then read again.
+///
+/// One agent thread, no locks.
+class LiveAgent {
+  public:
+    struct Options {
+        std::vector<VrfOption> vrfs;
+        std::string configFile; // empty for none
+    };
+
+    /// Where the agent can be asked: at `path`, or where it is by default. At the default place it
+    /// does without, and says so, if it cannot listen there.
+    struct Listening {
+        std::string path;
+        bool isDefault = false;
+    };
+
+    /// Throws BadInputError for a bad configuration file, FailureError and Orb::Error when the
+    /// device cannot be followed.
+    explicit LiveAgent(const Options& options);
+    LiveAgent(const LiveAgent&) = delete;
+    LiveAgent& operator=(const LiveAgent&) = delete;
+    ~LiveAgent();
+
+    /// Lets clients ask the agent, from now on. Throws FailureError.
+    void listen(const Listening& where);
+
+    /// Runs until all that is there has been learned and turned into routes, then prints the state.
+    /// Prints nothing when it is stopped before.
+    void runOnce(StatePrinter& printer);
+
+    /// Prints each route that comes, changes or goes on standard output, as it happens, until the
+    /// agent is stopped. The stop itself prints nothing. Throws FailureError when the output takes
+    /// no more.
+    void follow(bool json);
+
+  private:
+    void onSignal(int signal);
+    void reload();
+    void onChange(const RouteFeed::Change& change);
+    void turn();
+    bool isComplete() const;
+
+    Orb::Ptr<Orb::Clock> clock_ = Orb::makePtr<Orb::RealClock>();
+    Orb::ActivityManager activityManager_{clock_};
+    std::string configFile_;
+    bool stopped_ = false;
+    bool json_ = false;
+    bool verifying_ = false;
+    Signals signals_;
+    std::optional<DeviceInputs> inputs_;
+    std::optional<AgentRoot> root_;
+    std::optional<RouteLookup> lookup_;
+    std::optional<RouteFeed> feed_;
+    std::optional<LiveDevice> device_;
+    std::optional<SocketServer> server_;
+    OutputQueue* output_ = nullptr; // while changes are printed
+    std::string line_;
+};
+
+} // namespace Agent

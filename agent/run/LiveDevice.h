@@ -1,0 +1,76 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "agent/device/DeviceInputs.h"
+#include "agent/linux/NamespaceWatch.h"
+#include "agent/run/NamespaceFollower.h"
+#include "agent/run/VrfIds.h"
+#include "agent/run/VrfOption.h"
+#include "agent/run/Watcher.h"
+
+namespace Agent {
+
+/// The device that a live agent runs on: keeps the inputs in line with what the kernel and the
+/// configuration say.
+///
+/// The VRF "default" is the namespace that the agent was started in; further VRFs are named
+/// namespaces, there while the namespace is. A VRF is published together with all that was learned
+/// of it at first, so that it is not ready before its addresses are known.
+///
+/// Trouble with what the kernel says concerns nothing else and is reported; the device goes on.
+///
+/// One agent thread, no locks. The inputs must outlive it.
+class LiveDevice {
+  public:
+    using Report = std::function<void(const std::string& message)>;
+
+    /// Throws Orb::Error if the default namespace or the folder of the named ones cannot be
+    /// followed, DocumentError if the configuration contradicts itself.
+    LiveDevice(DeviceInputs& inputs, Orb::Ptr<Orb::Clock> clock, std::vector<VrfOption> vrfs,
+               const nlohmann::json& config, Report report);
+    LiveDevice(const LiveDevice&) = delete;
+    LiveDevice& operator=(const LiveDevice&) = delete;
+    ~LiveDevice() = default;
+
+    /// Replaces the configuration, a normalized document, and applies the difference. Throws
+    /// DocumentError, with nothing changed, for one that contradicts itself or what runs.
+    void configure(const nlohmann::json& config);
+
+    /// Whether every VRF whose namespace is there has been published.
+    bool isLearned() const;
+    /// Whether the inputs are what a fresh start would give, as far as is known.
+    bool isSettled() const;
+
+    /// The VRFs whose namespaces are there.
+    std::vector<L3::VrfName> vrfs() const;
+
+  private:
+    void onNamespaces();
+    void handle(const Linux::NamespaceWatch::Change& change);
+    void follow(const VrfOption& vrf);
+    void unfollow(const VrfOption& vrf);
+    void apply(NamespaceFollower& follower, nlohmann::json patch);
+    void publish(const NamespaceFollower& follower, nlohmann::json& patch);
+    void applyOrReport(const nlohmann::json& patch);
+
+    DeviceInputs& inputs_;
+    Orb::Ptr<Orb::Clock> clock_;
+    std::vector<VrfOption> options_;
+    nlohmann::json config_ = nlohmann::json::object();
+    Report report_;
+    VrfIds ids_;
+    std::set<L3::VrfName> published_;
+    std::map<L3::VrfName, std::unique_ptr<NamespaceFollower>> followers_;
+    std::optional<Linux::NamespaceWatch> watch_;
+    std::optional<Watcher> watcher_;
+};
+
+} // namespace Agent

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <unordered_map>
+
+#include "agent/device/DeviceInputs.h"
+#include "directnet/root/RootSm.h"
+#include "platform/orb/HashMap2018.h"
+#include "platform/routing/RouteConfig.h"
+
+namespace Agent {
+
+/// Tells of each route that comes, changes or goes, while that happens. Remembers which routes
+/// there are. The listener must not change anything that the library works with. The root and the
+/// inputs must outlive the feed.
+class RouteFeed {
+  public:
+    enum class Kind { comes, changes, goes };
+    struct Change {
+        Kind kind;
+        const L3::VrfName& vrf;
+        const Routing::Rib::RouteKey& key;
+        const Routing::Rib::Route& route; // the default one when it goes
+    };
+    using Listener = std::function<void(const Change& change)>;
+
+    RouteFeed(const Routing::DirectNet::RootSm& root, const DeviceInputs& inputs,
+              Listener listener);
+    RouteFeed(const RouteFeed&) = delete;
+    RouteFeed& operator=(const RouteFeed&) = delete;
+    ~RouteFeed();
+
+  private:
+    using RouteConfig = Routing::Rib::RouteConfig;
+    using RouteKey = Routing::Rib::RouteKey;
+    using VrfId = Vrf::VrfIdMap::VrfId;
+
+    class TableReactor : public RouteConfig::NotifieeConst {
+      public:
+        TableReactor(RouteFeed& owner, Orb::Ptr<const RouteConfig> routes);
+        void onAttribute(Orb::AttributeId id, const void* key) override;
+
+      private:
+        RouteFeed& owner_;
+    };
+    struct Self {
+        const RouteKey& operator()(const RouteKey& key) const { return key; }
+    };
+
+    void handle(const RouteConfig& routes, const RouteKey& key);
+    const L3::VrfName& vrfName(VrfId id);
+
+    const DeviceInputs& inputs_;
+    Listener listener_;
+    Orb::HashMap2018<RouteKey, Self> known_;
+    /// By id, the VRF that had it last: a VRF's id is gone before its routes are.
+    std::unordered_map<VrfId::Number, L3::VrfName> vrfNames_;
+    Orb::Ptr<TableReactor> ipv4_;
+    Orb::Ptr<TableReactor> ipv6_;
+};
+
+} // namespace Agent

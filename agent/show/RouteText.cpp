@@ -1,0 +1,53 @@
+#include "agent/show/RouteText.h"
+
+#include "agent/show/JsonString.h"
+
+namespace Agent {
+
+using Routing::Fib::RouteType;
+
+std::string routeTypeText(RouteType type) {
+    switch (type) {
+    case RouteType::receive:
+        return "1 receive";
+    case RouteType::attachedHost:
+        return "2 attached-host";
+    case RouteType::receiveBroadcast:
+        return "3 receive-broadcast";
+    case RouteType::dropDirectedBroadcast:
+        return "4 drop-broadcast";
+    case RouteType::connected:
+        return "11 connected";
+    case RouteType::unset:
+        break;
+    }
+    return std::to_string(static_cast<unsigned>(type));
+}
+
+void appendRouteMembers(std::string& out, const Routing::Rib::Route& route,
+                        const StateView::Target& target) {
+    out += "\"type\":";
+    out += std::to_string(static_cast<unsigned>(route.routeType()));
+    out += ",\"intf\":";
+    if (target.intfId) {
+        appendJsonString(out, target.intfId->name());
+    } else {
+        out += "null";
+    }
+    out += ",\"via\":";
+    if (target.via.empty()) {
+        out += "null";
+    } else {
+        appendJsonString(out, target.via);
+    }
+    if (target.leaked) {
+        out += ",\"sourceVrf\":";
+        if (target.sourceVrf != nullptr) {
+            appendJsonString(out, target.sourceVrf->value());
+        } else {
+            out += "null";
+        }
+    }
+}
+
+} // namespace Agent

@@ -1,0 +1,31 @@
+#include "agent/socket/SocketAddress.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "agent/Errors.h"
+
+namespace Agent {
+
+std::string defaultSocketPath() {
+    if (::geteuid() == 0) {
+        return "/run/directnet.sock";
+    }
+    const char* folder = std::getenv("XDG_RUNTIME_DIR");
+    return folder == nullptr || *folder == '\0' ? "" : std::string(folder) + "/directnet.sock";
+}
+
+sockaddr_un socketAddress(const std::string& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.empty() || path.size() >= sizeof address.sun_path) {
+        throw FailureError(path + ": no path for a socket: must have 1 to "
+                           + std::to_string(sizeof address.sun_path - 1) + " bytes");
+    }
+    std::copy(path.begin(), path.end(), address.sun_path);
+    return address;
+}
+
+} // namespace Agent

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace Agent {
+
+/// A table for people: columns as wide as their widest cell, under a header.
+class TextTable {
+  public:
+    using Row = std::vector<std::string>;
+
+    explicit TextTable(Row header) { rowIs(std::move(header)); }
+
+    /// As many cells as the header has; made printable.
+    void rowIs(Row row);
+    void print(std::ostream& out, const std::string& indent) const;
+
+  private:
+    std::vector<Row> rows_;
+    std::vector<std::size_t> widths_;
+};
+
+} // namespace Agent
