@@ -43,9 +43,8 @@ class IntfBacklog : public Orb::Entity {
     /// nothing changed. A prefix of length 0 or of no family is ignored on purpose: it never
     /// becomes a connected route.
     void addToIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
-                              const Lanx::IpGenAddrWithMask& addrWithMask,
-                              Fib::RouteType routeType, Rib::ViaSetKey viaSetKey,
-                              VrfId sourceVrfId, bool isVirtual);
+                              const Lanx::IpGenAddrWithMask& addrWithMask, Fib::RouteType routeType,
+                              Rib::ViaSetKey viaSetKey, VrfId sourceVrfId, bool isVirtual);
 
     /// Takes a contributor away. One that is not there leaves no trace and queues nothing.
     void delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
@@ -56,9 +55,17 @@ class IntfBacklog : public Orb::Entity {
 
     void backlogEmptyInc(std::uint32_t n) { backlogEmptyIs(backlogEmpty() + n); }
 
+    /// The VRF is being taken down: its via sets are gone, while its contributors are yet to be
+    /// withdrawn. Nothing may refer to them anew.
+    bool closing() const { return closing_; }
+    void closingIs(bool closing) { closing_ = closing; }
+
     friend std::ostream& operator<<(std::ostream& out, const IntfBacklog& backlog) {
         return out << backlog.vrfName();
     }
+
+  private:
+    bool closing_ = false;
 };
 
 inline Orb::Ptr<IntfBacklog> intfBacklogFactory(const L3::VrfName& vrfName,

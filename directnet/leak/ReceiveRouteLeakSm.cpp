@@ -148,11 +148,11 @@ void ReceiveRouteLeakSm::addLeakedReceiveRoute(Lanx::IntfId intfId,
                                                const Lanx::IpGenAddrWithMask& addrWithMask,
                                                VrfId sourceVrfId, VrfId destVrfId) {
     const Lanx::IpGenPrefix prefix = addrWithMask.hostPrefix();
-    DIRECTNET_TRACE(8, "adding source vrf=", sourceVrfId, " intf=", intfId,
-                    " dest vrf=", destVrfId, " address=", addrWithMask, " prefix=", prefix);
+    DIRECTNET_TRACE(8, "adding source vrf=", sourceVrfId, " intf=", intfId, " dest vrf=", destVrfId,
+                    " address=", addrWithMask, " prefix=", prefix);
     const Orb::Ptr<IntfBacklog> source(intfBacklogByVrf()->intfBacklog(sourceVrfId));
     const Orb::Ptr<IntfBacklog> dest(intfBacklogByVrf()->intfBacklog(destVrfId));
-    if (source == nullptr || dest == nullptr
+    if (source == nullptr || dest == nullptr || source->closing()
         || hasLeaked(*dest, leakedContributor(intfId, addrWithMask, sourceVrfId))) {
         return;
     }

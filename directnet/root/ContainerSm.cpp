@@ -84,8 +84,8 @@ Orb::String ContainerSm::kniPath() const {
 }
 
 void ContainerSm::doKniInit() {
-    DIRECTNET_TRACE(8, "Mounting kniStatus and initializing KernelIntfStatusManager for vrf : ",
-                    *this);
+    DIRECTNET_TRACE(
+        8, "Mounting kniStatus and initializing KernelIntfStatusManager for vrf : ", *this);
     if (vrfName() == L3::VrfName::defaultVrf()) {
         netNsIs(Lanx::NamespaceName::defaultNamespace());
     } else if (const Ip::VrfStatusLocal* status = allVrfStatusLocal()->vrf(vrfName())) {
@@ -102,8 +102,8 @@ void ContainerSm::doKniInit() {
 }
 
 void ContainerSm::doKniDelete() {
-    DIRECTNET_TRACE(8, "Unmounting kniStatus and deleting KernelIntfStatusManager for vrf : ",
-                    *this);
+    DIRECTNET_TRACE(8,
+                    "Unmounting kniStatus and deleting KernelIntfStatusManager for vrf : ", *this);
     if (kernelIntfStatusDir() == nullptr) {
         return;
     }
@@ -121,6 +121,7 @@ void ContainerSm::clearState() {
 void ContainerSm::doCleanup() {
     DIRECTNET_TRACE(8, "vrfName=", vrfName());
     DIRECTNET_TRACE(8, "Cleaning up ContainerSm for vrf ", *this);
+    intfBacklog()->closingIs(true);
     doKniDelete();
     doReleaseViaSetKeys();
     clearState();

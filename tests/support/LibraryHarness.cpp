@@ -391,10 +391,15 @@ std::string LibraryHarness::leftovers() {
         count("kernel status mounts", entityManager->mounts(kniPath(netns)));
     }
     // A table outlives its VRF only while it holds a virtual address.
-    std::map<std::string, std::size_t> shared{{"AllVrfReadyStatus", 1},  {"AllVrfRibReadySm", 1},
-                                              {"IntfBacklogByVrf", 1},   {"IntfViaSetConfig", 1},
-                                              {"ReceiveRouteLeakSm", 1}, {"RootSm", 1},
-                                              {"VrfNameSet", 1}};
+    std::map<std::string, std::size_t> shared{
+        {"AllVrfReadyStatus", 1},
+        {"AllVrfRibReadySm", 1},
+        {"IntfBacklogByVrf", 1},
+        {"IntfViaSetConfig", 1},
+        {"ReceiveRouteLeakSm", 1},
+        {"RootSm", 1},
+        {"RootSm::VrfStatusLocalSm", allVrfStatusLocal->vrf().size()},
+        {"VrfNameSet", 1}};
     for (const auto& [name, n] : livingObjects()) {
         const std::string shortName = name.substr(std::string("Routing::DirectNet::").size());
         if (shortName.starts_with("Ipv")

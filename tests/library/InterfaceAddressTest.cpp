@@ -1,0 +1,289 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/support/LibraryHarness.h"
+
+namespace Routing::DirectNet {
+namespace {
+
+const std::vector<RouteRow> none;
+
+std::vector<RouteRow> operator+(std::vector<RouteRow> rows, const std::vector<RouteRow>& more) {
+    rows.insert(rows.end(), more.begin(), more.end());
+    return rows;
+}
+
+/// What 10.N.0.1/24 on Et1 yields.
+std::vector<RouteRow> setOf(int n, bool directedBroadcast = false) {
+    const std::string net = "10." + std::to_string(n) + ".0.";
+    return {{net + "0/24", 11, "Et1"},
+            {net + "1/32", 1, "Et1"},
+            {net + "0/32", 3, "Et1"},
+            {net + "255/32", directedBroadcast ? 3U : 4U, "Et1", "directed-broadcast"}};
+}
+
+std::string addressOf(int n) { return "10." + std::to_string(n) + ".0.1/24"; }
+
+class InterfaceAddressTest : public testing::Test {
+  protected:
+    InterfaceAddressTest() {
+        harness.vrfId("default", 0);
+        harness.device("default", "Et1");
+        harness.device("default", "Et2");
+    }
+    void expectNothingLeft() {
+        harness.removeVrfs();
+        EXPECT_EQ(harness.leftovers(), "");
+    }
+    void primary(const std::string& address) { harness.address("default", "Et1", address); }
+    void secondary(const std::string& address, bool inUse = true) {
+        harness.secondary("default", "Et1", address, inUse);
+    }
+    void expectRoutes(const std::vector<RouteRow>& rows) {
+        harness.settle();
+        EXPECT_TRUE(hasRoutes(harness, "default", rows));
+    }
+
+    LibraryHarness harness;
+};
+
+TEST_F(InterfaceAddressTest, AddressYieldsOtherRoutesThanItsLengthCallsFor) {
+    const std::vector<std::pair<std::string, std::vector<RouteRow>>> cases{
+        {"10.1.1.5/24",
+         {{"10.1.1.0/24", 11, "Et1"},
+          {"10.1.1.5/32", 1, "Et1"},
+          {"10.1.1.0/32", 3, "Et1"},
+          {"10.1.1.255/32", 4, "Et1"}}},
+        {"10.1.1.5/30",
+         {{"10.1.1.4/30", 11, "Et1"},
+          {"10.1.1.5/32", 1, "Et1"},
+          {"10.1.1.4/32", 3, "Et1"},
+          {"10.1.1.7/32", 4, "Et1"}}},
+        {"10.1.1.5/31", {{"10.1.1.4/31", 11, "Et1"}, {"10.1.1.5/32", 1, "Et1"}}},
+        {"10.1.1.5/32", {{"10.1.1.5/32", 2, "Et1"}}},
+        {"10.1.1.0/24", // the address is the network's: the host route's type is the smaller
+         {{"10.1.1.0/24", 11, "Et1"}, {"10.1.1.0/32", 1, "Et1"}, {"10.1.1.255/32", 4, "Et1"}}},
+        {"10.1.1.5/0",
+         {{"10.1.1.5/32", 1, "Et1"}, {"0.0.0.0/32", 3, "Et1"}, {"255.255.255.255/32", 4, "Et1"}}},
+        {"0.0.0.0/24", {}},
+        {"0.0.0.0/32", {}},
+        {"169.254.0.1/32", {{"169.254.0.1/32", 2, "Et1"}}}};
+    for (const auto& [address, rows] : cases) {
+        SCOPED_TRACE(address);
+        primary(address);
+        expectRoutes(rows);
+        primary("0.0.0.0/0");
+        expectRoutes({});
+        EXPECT_EQ(harness.viaSets(), 0U);
+        secondary(address);
+        expectRoutes(rows);
+        harness.secondaryDel("default", "Et1", address);
+        expectRoutes({});
+        EXPECT_EQ(harness.viaSets(), 0U);
+    }
+}
+
+TEST_F(InterfaceAddressTest, Ipv6AddressYieldsOtherRoutesThanItsLengthCallsFor) {
+    const std::vector<std::pair<std::string, std::vector<RouteRow>>> cases{
+        {"2001:db8::1/64", {{"2001:db8::/64", 11, "Et1"}, {"2001:db8::1/128", 1, "Et1"}}},
+        {"2001:db8::1/127", {{"2001:db8::/127", 11, "Et1"}, {"2001:db8::1/128", 1, "Et1"}}},
+        {"2001:db8::1/128", {{"2001:db8::1/128", 2, "Et1"}}},
+        {"2001:db8::1/0", {{"2001:db8::1/128", 1, "Et1"}}},
+        {"febf::1/64", {}},
+        {"fec0::1/128", {{"fec0::1/128", 2, "Et1"}}},
+        {"::/64", {}}};
+    for (const auto& [address, rows] : cases) {
+        SCOPED_TRACE(address);
+        harness.address6("default", "Et1", address);
+        expectRoutes(rows);
+        EXPECT_EQ(harness.vias(), rows.empty() ? 0U : 1U);
+        EXPECT_EQ(harness.viaSets(), rows.empty() ? 0U : 2U);
+        harness.address6("default", "Et1", address, false); // still listed
+        expectRoutes({});
+        EXPECT_EQ(harness.viaSets(), 0U);
+    }
+    expectNothingLeft();
+}
+
+TEST_F(InterfaceAddressTest, Ipv6AddressInfoThatChangesTakesAnotherReference) {
+    const Lanx::IntfId et1("Et1");
+    const auto address = Lanx::Ip6AddrWithMask::fromString("2001:db8::1/128");
+    harness.address6("default", "Et1", "2001:db8::2/128", false); // the default info at first
+    harness.address6("default", "Et1", "2001:db8::1/128");
+    Ip6::IntfStatus& status =
+        *harness.ip6Status->vrfIp6IntfStatus(L3::VrfName::defaultVrf())->intfStatus(et1);
+    for (const std::uint32_t lifetime : {10U, 20U, 0U}) {
+        status.addrIs(address, Ip6::AddressInfo{true, lifetime});
+        expectRoutes({{"2001:db8::1/128", 2, "Et1"}});
+    }
+    status.addrIs(address, Ip6::AddressInfo{false, 10}); // not the default, so still in use
+    expectRoutes({{"2001:db8::1/128", 2, "Et1"}});
+    status.addrDel(address);
+    expectRoutes({});
+    EXPECT_EQ(harness.viaSets(), 0U);
+    expectNothingLeft();
+}
+
+TEST_F(InterfaceAddressTest, ChangeOfThePrimaryLeavesTheOldOneOrItsLength) {
+    const std::vector<std::pair<std::string, std::string>> changes{{"10.0.0.1/24", "10.0.0.1/25"},
+                                                                   {"10.0.0.1/32", "10.0.0.1/24"},
+                                                                   {"10.0.0.1/24", "10.0.0.2/24"},
+                                                                   {"10.0.0.1/31", "10.0.0.0/31"}};
+    for (const auto& [before, after] : changes) {
+        primary(after);
+        harness.settle();
+        const auto fresh = harness.routes("default");
+        primary(before);
+        harness.settle();
+        primary(after);
+        harness.settle();
+        EXPECT_EQ(harness.routes("default"), fresh) << before << " to " << after;
+    }
+    EXPECT_EQ(harness.viaSets(), 4U);
+    expectNothingLeft();
+}
+
+// Every sequence of four changes of one secondary, then the interface goes in one way or another.
+TEST_F(InterfaceAddressTest, SecondaryFalseOrRemovedTakesWhatItNeverHeld) {
+    const std::vector<std::function<void()>> ends{
+        [this] { harness.ipv4Del("default", "Et1"); }, [this] { harness.ipv4Del("default"); },
+        [this] { harness.deviceDel("default", "Et1"); },
+        [this] { harness.device("default", "Et1", false); }};
+    for (int sequence = 0; sequence < 81; ++sequence) {
+        for (std::size_t end = 0; end < ends.size(); ++end) {
+            primary(addressOf(1));
+            bool used = false;
+            for (int i = 0, rest = sequence; i < 4; ++i, rest /= 3) {
+                used = rest % 3 == 1;
+                if (rest % 3 == 2) {
+                    harness.secondaryDel("default", "Et1", addressOf(2));
+                } else {
+                    secondary(addressOf(2), used);
+                }
+                if (i == 1) {
+                    harness.settle();
+                }
+            }
+            expectRoutes(setOf(1) + (used ? setOf(2) : none));
+            ends[end]();
+            expectRoutes({});
+            ASSERT_EQ(harness.viaSets(), 0U) << sequence << " end " << end;
+            ASSERT_EQ(harness.vias(), 0U) << sequence << " end " << end;
+            harness.ipv4Del("default");
+            harness.device("default", "Et1");
+        }
+    }
+    expectNothingLeft();
+}
+
+TEST_F(InterfaceAddressTest, UnnumberedInterfaceContributesItsPrimaryOrLosesItsSecondaries) {
+    harness.unnumbered("default", "Et1", "Lo0");
+    primary(addressOf(1));
+    secondary(addressOf(2));
+    expectRoutes(setOf(2));
+    primary(addressOf(3)); // what was not added is not withdrawn
+    expectRoutes(setOf(2));
+    harness.unnumbered("default", "Et1", "");
+    expectRoutes(setOf(2)); // only the address is watched
+    primary(addressOf(4));
+    expectRoutes(setOf(2) + setOf(4));
+    harness.unnumbered("default", "Et1", "Lo0");
+    expectRoutes(setOf(2) + setOf(4));
+    primary(addressOf(5)); // withdraws what the numbered interface had added
+    expectRoutes(setOf(2));
+    harness.deviceDel("default", "Et1");
+    expectRoutes({});
+    EXPECT_EQ(harness.viaSets(), 0U);
+    expectNothingLeft();
+}
+
+TEST_F(InterfaceAddressTest, DirectedBroadcastChangesMoreThanTheTypeOrMissesASecondary) {
+    primary(addressOf(1));
+    secondary(addressOf(2));
+    harness.directedBroadcast("default", "Et1", true);
+    expectRoutes(setOf(1, true) + setOf(2, true));
+    secondary(addressOf(3));
+    expectRoutes(setOf(1, true) + setOf(2, true) + setOf(3, true));
+    harness.directedBroadcast("default", "Et1", false);
+    expectRoutes(setOf(1) + setOf(2) + setOf(3));
+    primary("10.9.0.1/31");
+    harness.directedBroadcast("default", "Et1", true);
+    expectRoutes(setOf(2, true) + setOf(3, true)
+                 + std::vector<RouteRow>{{"10.9.0.0/31", 11, "Et1"}, {"10.9.0.1/32", 1, "Et1"}});
+    expectNothingLeft();
+}
+
+// The flag is applied without a filter: to an unnumbered primary, and to a secondary not in use.
+// What comes of it has no reference and must go all the same.
+TEST_F(InterfaceAddressTest, UnfilteredDirectedBroadcastLeavesRoutesBehind) {
+    harness.unnumbered("default", "Et1", "Lo0");
+    primary(addressOf(1));
+    secondary(addressOf(2), false);
+    harness.directedBroadcast("default", "Et1", true);
+    const auto broadcastOnly = [](int n) {
+        const std::string net = "10." + std::to_string(n) + ".0.";
+        return std::vector<RouteRow>{{net + "0/32", 3, "Et1"},
+                                     {net + "255/32", 3, "Et1", "directed-broadcast"}};
+    };
+    expectRoutes(broadcastOnly(1) + broadcastOnly(2));
+    harness.removeVrfs();
+    EXPECT_EQ(harness.leftovers(), "");
+    harness.vrfId("default", 0);
+    harness.directedBroadcast("default", "Et1", false);
+    harness.secondaryDel("default", "Et1", addressOf(2));
+    expectRoutes({{"10.1.0.0/32", 3, "Et1"}, {"10.1.0.255/32", 4, "Et1"}});
+    expectNothingLeft();
+}
+
+TEST_F(InterfaceAddressTest, SharedSubnetDependsOnWhoCameFirstOrDiesWithItsWinner) {
+    for (const bool lowFirst : {true, false}) {
+        harness.address("default", lowFirst ? "Et1" : "Et2",
+                        lowFirst ? "10.0.0.1/24" : "10.0.0.2/24");
+        harness.address("default", lowFirst ? "Et2" : "Et1",
+                        lowFirst ? "10.0.0.2/24" : "10.0.0.1/24");
+        expectRoutes({{"10.0.0.0/24", 11, "Et1"},
+                      {"10.0.0.0/32", 3, "Et1"},
+                      {"10.0.0.255/32", 4, "Et1"},
+                      {"10.0.0.1/32", 1, "Et1"},
+                      {"10.0.0.2/32", 1, "Et2"}});
+        EXPECT_EQ(harness.viaSets(), 8U);
+        harness.device("default", "Et1", false);
+        expectRoutes({{"10.0.0.0/24", 11, "Et2"},
+                      {"10.0.0.0/32", 3, "Et2"},
+                      {"10.0.0.255/32", 4, "Et2"},
+                      {"10.0.0.2/32", 1, "Et2"}});
+        EXPECT_EQ(harness.viaSets(), 4U);
+        harness.ipv4Del("default");
+        harness.device("default", "Et1");
+        expectRoutes({});
+    }
+}
+
+TEST_F(InterfaceAddressTest, ViaSetsGoBeforeTheRoutesThatUseThem) {
+    primary("10.0.0.1/24");
+    harness.settle();
+    primary("0.0.0.0/0");
+    EXPECT_TRUE(hasRoutes(harness, "default",
+                          {{"10.0.0.0/24", 11, "Et1"},
+                           {"10.0.0.1/32", 1, "Et1"},
+                           {"10.0.0.0/32", 3, "Et1"},
+                           {"10.0.0.255/32", 4, "Et1"}})); // with a via behind each
+    expectRoutes({});
+    EXPECT_EQ(harness.viaSets(), 0U);
+    // Gone and back before the drain: the old via sets serve on.
+    primary("10.0.0.1/32");
+    harness.settle();
+    const auto keys =
+        harness.backlog("default").intfViaSetKeyStatus4()->intfViaSetKey(Lanx::IntfId("Et1"));
+    primary("0.0.0.0/0");
+    primary("10.0.0.1/32");
+    expectRoutes({{"10.0.0.1/32", 2, "Et1"}});
+    EXPECT_EQ(harness.backlog("default").intfViaSetKeyStatus4()->intfViaSetKey(Lanx::IntfId("Et1")),
+              keys);
+}
+
+} // namespace
+} // namespace Routing::DirectNet

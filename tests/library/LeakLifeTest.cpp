@@ -1,0 +1,280 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/library/DeviceModel.h"
+#include "tests/support/LibraryHarness.h"
+
+namespace Routing::DirectNet {
+namespace {
+
+/// VRF A, id 1, leaks 10.0.0.0/24 into VRF B, id 2, as far as each of them is there.
+class LeakLifeTest : public testing::Test {
+  protected:
+    void addSource() { harness.vrf("A", 1); }
+    void addDest() { harness.vrf("B", 2); }
+    void addLeak() { harness.leak(1, "10.0.0.0/24", 2); }
+    void addInterface() {
+        harness.device("default", "Et1");
+        harness.address("A", "Et1", "10.0.0.1/24");
+    }
+    void addTwin() { harness.virtualIp("A", "10.0.0.1/24", "Et1"); }
+
+    void expectNothingLeft() {
+        harness.removeVrfs();
+        EXPECT_EQ(harness.leftovers(), "");
+    }
+
+    LibraryHarness harness;
+    const std::vector<RouteRow> leaked{{"10.0.0.1/32", 1, "Et1", "", "1"}};
+};
+
+TEST_F(LeakLifeTest, ReviewPendingWhenItsSourceGoesMeetsViaSetsThatAreGone) {
+    harness.subnetRoutes(true);
+    for (const bool withSecond : {false, true}) {
+        addSource();
+        addInterface();
+        addTwin();
+        harness.virtualIp("A", "10.0.0.9/24", "Et1");
+        if (withSecond) {
+            harness.secondary("A", "Et1", "10.0.1.1/24");
+        }
+        addLeak();
+        harness.settle();
+        addDest();
+        harness.vrfIdDel("A");
+        harness.settle();
+        EXPECT_ROUTES(harness, "B", {});
+        harness.vrfIdDel("B");
+        EXPECT_EQ(harness.leftovers(), "");
+    }
+}
+
+// Every way in which five things come, each with every way in which they go, against the model.
+TEST_F(LeakLifeTest, RoutesDependOnTheOrderInWhichThingsComeAndGo) {
+    struct Thing {
+        std::function<void(DeviceModel&)> comes, goes;
+    };
+    harness.device("default", "Et1");
+    harness.subnetRoutes(true);
+    DeviceModel device;
+    device.devices["default"]["Et1"] = true;
+    device.subnetRoutes = true;
+    const auto vrf = [this](const char* name, unsigned id) {
+        return Thing{[this, name, id](DeviceModel& m) {
+                         m.ids[name] = id;
+                         m.statuses[name] = {true, "default"};
+                         harness.vrf(name, id);
+                     },
+                     [this, name](DeviceModel& m) {
+                         m.ids.erase(name);
+                         harness.vrfIdDel(name);
+                     }};
+    };
+    const std::array<Thing, 5> things{vrf("A", 1), vrf("B", 2),
+                                      Thing{[this](DeviceModel& m) {
+                                                m.leaks.insert({1, "10.0.0.0/24", 2});
+                                                addLeak();
+                                            },
+                                            [this](DeviceModel& m) {
+                                                m.leaks.clear();
+                                                harness.leakDel(1, "10.0.0.0/24", 2);
+                                            }},
+                                      Thing{[this](DeviceModel& m) {
+                                                m.ipv4["A"]["Et1"].primary = "10.0.0.1/24";
+                                                harness.address("A", "Et1", "10.0.0.1/24");
+                                            },
+                                            [this](DeviceModel& m) {
+                                                m.ipv4["A"].erase("Et1");
+                                                harness.ipv4Del("A", "Et1");
+                                            }},
+                                      Thing{[this](DeviceModel& m) {
+                                                m.virtualIps[{"A", "10.0.0.1/24"}]["Et1"] = true;
+                                                addTwin();
+                                            },
+                                            [this](DeviceModel& m) {
+                                                m.virtualIps.clear();
+                                                harness.virtualIpDel("A", "10.0.0.1/24");
+                                            }}};
+    const auto check = [&] {
+        for (const std::string& name : device.vrfsWithContainer()) {
+            EXPECT_TRUE(hasRoutes(harness, name, device.routes(name)));
+        }
+    };
+    std::array<std::size_t, 5> order{0, 1, 2, 3, 4};
+    do {
+        for (const bool settled : {false, true}) {
+            for (std::size_t first = 0; first < order.size(); ++first) {
+                for (const std::size_t i : order) {
+                    things[i].comes(device);
+                    if (settled) {
+                        harness.settle();
+                    }
+                }
+                harness.settle();
+                check();
+                // Away in the order of coming, begun at each place.
+                for (std::size_t i = 0; i < order.size(); ++i) {
+                    things[order[(first + i) % order.size()]].goes(device);
+                    if (settled) {
+                        harness.settle();
+                        check();
+                    }
+                }
+                EXPECT_EQ(harness.leftovers(), "");
+            }
+        }
+        ASSERT_FALSE(HasFailure()) << testing::PrintToString(order);
+    } while (std::next_permutation(order.begin(), order.end()));
+}
+
+TEST_F(LeakLifeTest, DestinationThatComesBackWithTheInterfaceUnchangedStaysWithout) {
+    addSource();
+    addDest();
+    addInterface();
+    addLeak();
+    harness.settle();
+    EXPECT_TRUE(hasRoutes(harness, "B", leaked));
+    for (const unsigned id : {2U, 3U, 2U}) { // gone and back, another id, and the old one again
+        harness.vrfIdDel("B");
+        harness.settle();
+        harness.vrfId("B", id);
+        harness.settle();
+        EXPECT_TRUE(hasRoutes(harness, "B", id == 2 ? leaked : std::vector<RouteRow>{}));
+    }
+    harness.vrfIdDel("A");
+    harness.settle();
+    EXPECT_ROUTES(harness, "B", {});
+    harness.vrfId("A", 1);
+    harness.settle();
+    EXPECT_TRUE(hasRoutes(harness, "B", leaked));
+    expectNothingLeft();
+}
+
+TEST_F(LeakLifeTest, OneChangeCountsOncePerReactorThatSeesIt) {
+    addSource();
+    addDest();
+    addLeak();
+    addInterface();
+    const auto references = [this] {
+        return harness.backlog("A").intfViaSetKeyStatus4()->vskRefcountByIntfId(
+            Lanx::IntfId("Et1"));
+    };
+    harness.settle();
+    const std::uint32_t held = references();
+    harness.root().receiveRouteLeakSm()->scheduleReview();
+    harness.settle();
+    addInterface();
+    harness.address("A", "Et1", "10.0.0.1/24");
+    harness.settle();
+    EXPECT_EQ(references(), held);
+    harness.leakDel(1, "10.0.0.0/24", 2);
+    EXPECT_EQ(references(), held - 1);
+    harness.root().receiveRouteLeakSm()->scheduleReview();
+    harness.settle();
+    EXPECT_EQ(references(), held - 1);
+    expectNothingLeft();
+}
+
+// What is leaked to a VRF, and what is no subnet, goes no further.
+TEST_F(LeakLifeTest, LeakedAndHostRoutesAreLeakedOn) {
+    addSource();
+    addDest();
+    harness.vrf("C", 3);
+    addInterface();
+    addLeak();
+    harness.leak(2, "10.0.0.1/32", 3);
+    harness.leak(1, "10.0.0.1/32", 3);
+    harness.leak(1, "10.0.0.0/32", 3);
+    harness.settle();
+    EXPECT_TRUE(hasRoutes(harness, "B", leaked));
+    EXPECT_ROUTES(harness, "C", {});
+    expectNothingLeft();
+}
+
+/// A review that yields after every prefix.
+class LeakReviewTest : public LeakLifeTest {
+  protected:
+    LeakReviewTest() {
+        harness.scheduler->yieldPolicyIs([](const Kiln::TaskRun&) { return true; });
+        addSource();
+        addInterface();
+        for (int i = 0; i < prefixes; ++i) {
+            const std::string net = "10.1." + std::to_string(i);
+            harness.secondary("A", "Et1", net + ".1/24");
+            harness.leak(1, net + ".0/24", 2);
+            harness.address6("A", "Et1", "2001:db8:" + std::to_string(i) + "::1/64");
+            harness.leak(1, "2001:db8:" + std::to_string(i) + "::/64", 2);
+        }
+        harness.settle();
+        addDest();
+    }
+
+    /// One run of the review.
+    void runOnce() { ASSERT_TRUE(harness.clock->runOne()); }
+    const ReceiveRouteLeakSm& sm() const { return *harness.root().receiveRouteLeakSm(); }
+    bool suspended() const {
+        return sm().reviewBookmark().sourceVrfId() != ::Vrf::VrfIdMap::VrfId::invalid();
+    }
+    std::size_t leakedSoFar() const { return harness.backlog("B").intfIdsByPrefix().size(); }
+
+    static constexpr int prefixes = 4;
+};
+
+TEST_F(LeakReviewTest, SuspendedReviewStartsOverOrSkips) {
+    std::size_t runs = 0;
+    for (std::size_t before = 0; !sm().reviewedIpv6(); before = leakedSoFar()) {
+        runOnce();
+        EXPECT_LE(leakedSoFar() - before, 2U); // the run that ends IPv4 goes on with IPv6
+        ASSERT_LT(++runs, 3U * prefixes);
+    }
+    EXPECT_EQ(leakedSoFar(), 2U * prefixes);
+    EXPECT_FALSE(suspended());
+}
+
+TEST_F(LeakReviewTest, NewReviewGoesOnWhereTheOldOneStood) {
+    runOnce();
+    runOnce();
+    ASSERT_TRUE(suspended());
+    harness.root().receiveRouteLeakSm()->scheduleReview();
+    EXPECT_FALSE(suspended());
+    EXPECT_FALSE(sm().reviewedIpv4());
+    harness.settle();
+    EXPECT_EQ(leakedSoFar(), 2U * prefixes);
+    expectNothingLeft();
+}
+
+TEST_F(LeakReviewTest, BookmarkedPrefixThatGoesEndsTheReview) {
+    runOnce();
+    ASSERT_TRUE(suspended());
+    const std::string bookmarked = sm().reviewBookmark().genPrefix().toString();
+    harness.leakDel(1, bookmarked, 2);
+    harness.settle();
+    EXPECT_EQ(leakedSoFar(), 2U * prefixes - 1);
+}
+
+TEST_F(LeakReviewTest, SuspendedReviewOutlivesWhatItReviews) {
+    for (const auto& change : std::vector<std::function<void()>>{
+             [this] { harness.vrfIdDel("A"); }, [this] { harness.vrfIdDel("B"); },
+             [this] { harness.leakDel(1); }, [this] { harness.stop(), harness.start(); }}) {
+        harness.vrfId("A", 1);
+        harness.vrfIdDel("B");
+        harness.settle();
+        harness.vrfId("B", 2);
+        runOnce();
+        change();
+        harness.settle();
+        EXPECT_TRUE(sm().reviewedIpv6());
+    }
+    harness.vrfIdDel("B");
+    harness.vrfId("B", 2);
+    runOnce();
+    expectNothingLeft(); // with the review suspended
+}
+
+} // namespace
+} // namespace Routing::DirectNet
