@@ -68,7 +68,7 @@ Vrf::VrfIdMap::VrfId Rig::vrfId(std::size_t vrf) {
 }
 
 Lanx::IpAddrWithMask Rig::ipv4(std::size_t n) {
-    return {Lanx::IpAddr(0x0a000001U + (static_cast<std::uint32_t>(n / vrfs) << 8)), 24};
+    return {Lanx::IpAddr(0x0a000001U + (static_cast<std::uint32_t>(n) << 8)), 24};
 }
 
 Ip::IpIntfStatus& Rig::ipv4Interface(std::size_t n) {

@@ -38,7 +38,8 @@ void IntfBacklogSm::OrbIntfBacklog::onAttribute(Orb::AttributeId id, const void*
 }
 
 IntfBacklogSm::IntfBacklogSm(Arguments arguments)
-    : arguments_(std::move(arguments)), orbBacklogClock_(this), orbIntfBacklog_(this) {
+    : arguments_(std::move(arguments)), orbBacklogClock_(this),
+      orbIntfBacklog_(this, IntfBacklog::backlogId) {
     orbBacklogClock_.notifierIs(backlogClock());
     orbIntfBacklog_.notifierIs(intfBacklog());
     handleInitialized();
@@ -130,8 +131,7 @@ const IntfIdAndPrefix* IntfBacklogSm::drain(const IntfIdAndPrefix* start) {
     return next;
 }
 
-IntfIdAndAddr IntfBacklogSm::getIntfIdAndAddr(const Lanx::IpGenPrefix& prefix) const {
-    const IntfIdSet* intfIdAndAddrs = intfIdsByPrefix(prefix);
+IntfIdAndAddr IntfBacklogSm::getIntfIdAndAddr(const IntfIdSet* intfIdAndAddrs) {
     if (intfIdAndAddrs == nullptr) {
         return {};
     }
@@ -139,10 +139,17 @@ IntfIdAndAddr IntfBacklogSm::getIntfIdAndAddr(const Lanx::IpGenPrefix& prefix) c
     return intfIdAndAddrs->intfIdAndAddr().first()->key();
 }
 
+Rib::ViaSetKey IntfBacklogSm::getViaSetKey(const IntfIdSet* set, const IntfIdAndAddr& iiaa) {
+    return set == nullptr ? Rib::ViaSetKey() : set->intfIdAndAddr(iiaa);
+}
+
+IntfIdAndAddr IntfBacklogSm::getIntfIdAndAddr(const Lanx::IpGenPrefix& prefix) const {
+    return getIntfIdAndAddr(intfIdsByPrefix(prefix));
+}
+
 Rib::ViaSetKey IntfBacklogSm::getViaSetKey(const Lanx::IpGenPrefix& prefix,
                                            const IntfIdAndAddr& iiaa) const {
-    const IntfIdSet* set = intfIdsByPrefix(prefix);
-    return set == nullptr ? Rib::ViaSetKey() : set->intfIdAndAddr(iiaa);
+    return getViaSetKey(intfIdsByPrefix(prefix), iiaa);
 }
 
 bool IntfBacklogSm::processBacklog(const IntfIdAndPrefix& intfAndPrefix) {
@@ -154,8 +161,9 @@ bool IntfBacklogSm::processBacklog(const IntfIdAndPrefix& intfAndPrefix) {
     IntfViaSetKeyStatus& status = *intfBacklog()->intfViaSetKeyStatusFromAf(af);
 
     const Rib::Route configured = routeConfig.route(Rib::RouteKey(vrfId(), prefix));
-    const IntfIdAndAddr winner = getIntfIdAndAddr(prefix);
-    const Rib::ViaSetKey viaSetKey = getViaSetKey(prefix, winner);
+    const IntfIdSet* contributors = intfIdsByPrefix(prefix);
+    const IntfIdAndAddr winner = getIntfIdAndAddr(contributors);
+    const Rib::ViaSetKey viaSetKey = getViaSetKey(contributors, winner);
     if (configured.routeType() == winner.routeType() && configured.viaSetKey() == viaSetKey
         && configured.srcVrfId() == winner.sourceVrfId()) {
         DIRECTNET_RINGLOG("pfx=", prefix, " viaSetId=", viaSetKey, ", no change");

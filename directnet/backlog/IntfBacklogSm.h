@@ -124,6 +124,9 @@ class IntfBacklogSm : public Orb::Entity {
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
+    static IntfIdAndAddr getIntfIdAndAddr(const IntfIdSet* intfIdAndAddrs);
+    static Rib::ViaSetKey getViaSetKey(const IntfIdSet* set, const IntfIdAndAddr& iiaa);
+
     bool drainPending() const { return orbBacklogClock_.timeMin() < Orb::Clock::never; }
 
     /// Works through the members from `start` on; answers where the slice stopped, null for the end.

@@ -61,9 +61,11 @@ void ReceiveRouteLeakSm::OrbLeakedRoute::orbDoZombieReactors(bool zombie) {
 
 ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfBacklog(ReceiveRouteLeakSm* sm,
                                                    Orb::Ptr<const IntfBacklog> backlog)
-    : MemberReactor(sm), orbOwnAddresses4_(this), orbOwnAddresses6_(this) {
+    : MemberReactor(sm), orbOwnAddresses4_(this, IntfViaSetKeyStatus::ownAddressesByIntfIdId),
+      orbOwnAddresses6_(this, IntfViaSetKeyStatus::ownAddressesByIntfIdId) {
     orbOwnAddresses4_.notifierIs(backlog->intfViaSetKeyStatus4());
     orbOwnAddresses6_.notifierIs(backlog->intfViaSetKeyStatus6());
+    interestIs(IntfBacklog::intfIdsByPrefixId);
     attach(std::move(backlog));
 }
 

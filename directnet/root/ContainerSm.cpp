@@ -53,6 +53,10 @@ ContainerSm::~ContainerSm() {
     vrfVirtualIp6StatusSmDel();
     intfBacklogSmDel();
     kernelIntfStatusDel();
+    // Whoever watches the tables may have answered the clean-up with new addresses, for which the
+    // machines, while they lasted, made new vias.
+    doReleaseAllViaSetKeys();
+    clearState();
 }
 
 void ContainerSm::handleInitialized() {
@@ -145,8 +149,12 @@ void ContainerSm::doReleaseViaSetKeys() {
     releaseVirtualIps(*vrfVirtualIp6Status(), config, status6);
     // Interfaces that are listed nowhere any more may still have theirs, kept by routes that no
     // drain has removed yet.
-    config.delViaSetKeyAll(status4);
-    config.delViaSetKeyAll(status6);
+    doReleaseAllViaSetKeys();
+}
+
+void ContainerSm::doReleaseAllViaSetKeys() {
+    intfViaSetConfig()->delViaSetKeyAll(*intfBacklog()->intfViaSetKeyStatus4());
+    intfViaSetConfig()->delViaSetKeyAll(*intfBacklog()->intfViaSetKeyStatus6());
 }
 
 } // namespace Routing::DirectNet

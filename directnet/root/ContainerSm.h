@@ -82,6 +82,7 @@ class ContainerSm : public Orb::Entity {
   private:
     Orb::String kniPath() const;
     void doReleaseViaSetKeys();
+    void doReleaseAllViaSetKeys();
 
     OrbMemtab::Mount mount_;
 };

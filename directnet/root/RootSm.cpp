@@ -206,6 +206,7 @@ void RootSm::doCreateContainer(const L3::VrfName& name) {
     } catch (...) {
         creating_->vrfNameDel(name);
         doDeleteContainer(name);
+        doDeleteContainerParts(name, vrfId);
         throw;
     }
     // What the new container wrote may have made others change the VRF's conditions.
@@ -228,6 +229,20 @@ void RootSm::createContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId 
                   allIntfStatusDir(), allIntfStatusLocalDir(), intfStatusManagerRoot(),
                   ipv4AllVrfRouteConfig(), ipv6AllVrfRouteConfig(), ipv4AllVrfViaConfig(),
                   ipv6AllVrfViaConfig(), intfViaSetConfig(), backlog, grState(), ready);
+}
+
+// What was made for a container that could not be made. Nobody watches the tables, so they stay
+// only for what they hold.
+void RootSm::doDeleteContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId vrfId) {
+    const auto deleteEmpty = [&name](auto& tables) {
+        const auto* table = tables.vrfVirtualIpStatus(name);
+        if (table != nullptr && table->virtualIp().empty()) {
+            tables.vrfVirtualIpStatusDel(name);
+        }
+    };
+    deleteEmpty(*allVrfVirtualIpStatus());
+    deleteEmpty(*allVrfVirtualIp6Status());
+    intfBacklogByVrf()->intfBacklogDel(vrfId);
 }
 
 void RootSm::doDeleteContainer(const L3::VrfName& name) {

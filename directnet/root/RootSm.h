@@ -156,6 +156,7 @@ class RootSm : public Orb::Entity {
     Verdict containerVerdict(const L3::VrfName& name) const;
     void doCreateContainer(const L3::VrfName& name);
     void createContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId vrfId);
+    void doDeleteContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId vrfId);
     Orb::Ptr<VrfNameSet> containerNames() const;
 
     OrbMemtab::Mount mount_;

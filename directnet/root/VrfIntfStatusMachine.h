@@ -56,7 +56,7 @@ class VrfIntfStatusMachine {
     template <typename Watched, Orb::AttributeId attribute>
     class OrbReadiness : public Orb::Reactor<Sm, Watched> {
       public:
-        using Orb::Reactor<Sm, Watched>::Reactor;
+        explicit OrbReadiness(Sm* sm) : Orb::Reactor<Sm, Watched>(sm, attribute) {}
         void onAttribute(Orb::AttributeId id, const void*) override {
             if (id == attribute) {
                 this->owner()->maybeSetRoutesReady();

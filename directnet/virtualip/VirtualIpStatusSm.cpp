@@ -69,9 +69,7 @@ VirtualIpStatusSm::VirtualIpStatusSm(Arguments arguments)
     handleVirtualIpStatus();
 }
 
-VirtualIpStatusSm::~VirtualIpStatusSm() {
-    orbDoZombieReactors(true);
-}
+VirtualIpStatusSm::~VirtualIpStatusSm() { orbDoZombieReactors(true); }
 
 void VirtualIpStatusSm::handleVirtualIpStatus(const VirtualIp::VrfIpWithMaskPair& key) {
     handleVirtualIpStatusT<Traits::IPv4>(*this, key);
@@ -103,9 +101,7 @@ VirtualIpStatusSm::VirtualIpStatusSm(Arguments arguments)
     handleVirtualIpStatus();
 }
 
-VirtualIpStatusSm::~VirtualIpStatusSm() {
-    orbDoZombieReactors(true);
-}
+VirtualIpStatusSm::~VirtualIpStatusSm() { orbDoZombieReactors(true); }
 
 void VirtualIpStatusSm::handleVirtualIpStatus(const VirtualIp::VrfIpPair& key) {
     handleVirtualIpStatusT<Traits::IPv6>(*this, key);
@@ -116,9 +112,7 @@ void VirtualIpStatusSm::handleVirtualIpStatus() {
     handleSubnetRoutes();
 }
 
-void VirtualIpStatusSm::handleSubnetRoutes() {
-    DIRECTNET_DUALLOG(8, "handleSubnetRoutes (Ipv6)");
-}
+void VirtualIpStatusSm::handleSubnetRoutes() { DIRECTNET_DUALLOG(8, "handleSubnetRoutes (Ipv6)"); }
 
 } // namespace Ipv6
 

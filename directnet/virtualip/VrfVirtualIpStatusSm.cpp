@@ -138,9 +138,7 @@ VrfVirtualIpStatusSm::VrfVirtualIpStatusSm(Arguments arguments)
     handleVrfVirtualIpStatus();
 }
 
-VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() {
-    VrfVirtualIpStatusSm::orbDoZombieReactors(true);
-}
+VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() { VrfVirtualIpStatusSm::orbDoZombieReactors(true); }
 
 void VrfVirtualIpStatusSm::orbDoZombieReactors(bool zombie) {
     Entity::orbDoZombieReactors(zombie);
@@ -153,9 +151,7 @@ void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus(const Key& key) {
     handleVrfVirtualIpStatusT(*this, key);
 }
 
-void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus() {
-    handleVrfVirtualIpStatusT(*this);
-}
+void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus() { handleVrfVirtualIpStatusT(*this); }
 
 void VrfVirtualIpStatusSm::handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId) {
     handleVirtualIpIntfStatusT<Traits::IPv4>(*this, virtualIpIntfStatusSm(key), key, intfId);
@@ -193,9 +189,7 @@ VrfVirtualIpStatusSm::VrfVirtualIpStatusSm(Arguments arguments)
     handleVrfVirtualIpStatus();
 }
 
-VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() {
-    VrfVirtualIpStatusSm::orbDoZombieReactors(true);
-}
+VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() { VrfVirtualIpStatusSm::orbDoZombieReactors(true); }
 
 void VrfVirtualIpStatusSm::orbDoZombieReactors(bool zombie) {
     Entity::orbDoZombieReactors(zombie);
@@ -208,9 +202,7 @@ void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus(const Key& key) {
     handleVrfVirtualIpStatusT(*this, key);
 }
 
-void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus() {
-    handleVrfVirtualIpStatusT(*this);
-}
+void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus() { handleVrfVirtualIpStatusT(*this); }
 
 void VrfVirtualIpStatusSm::handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId) {
     handleVirtualIpIntfStatusT<Traits::IPv6>(*this, virtualIpIntfStatusSm(key), key, intfId);

@@ -30,6 +30,7 @@ class Entity : public PtrInterface {
     friend class Notifiee;
 
     void deliver(AttributeId id, const void* key) const;
+    void deliverToAll(AttributeId id, const void* key) const;
 
     // Circular list: the head's previous is the tail.
     mutable Notifiee* reactors_ = nullptr;

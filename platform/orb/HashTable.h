@@ -168,10 +168,19 @@ class HashTable {
     std::size_t allocatedBytes() const { return block_ == nullptr ? 0 : bytesFor(block_->slots); }
 
   protected:
+    /// The part of a key's hash that the table goes by; finding and then adding takes it once.
+    static std::uint32_t tagOf(const Key& key) {
+        const auto top = static_cast<std::uint32_t>(hashOf(key) >> 32);
+        return std::clamp(top, std::uint32_t{1}, endTag - 1);
+    }
+
+    T* findEntry(const Key& key, std::uint32_t tag) {
+        return block_ == nullptr ? nullptr : lookUp(key, tag);
+    }
+
     /// Adds an entry. Its key must not be in the table.
-    T* insertNew(T entry) {
+    T* insertNew(T entry, std::uint32_t tag) {
         const Key& key = KeyOf()(entry);
-        const std::uint32_t tag = tagOf(key);
         if (block_ == nullptr || block_->size == block_->maxSize) {
             grow();
         }
@@ -187,7 +196,7 @@ class HashTable {
         const std::uint64_t distance = block.distance + (gap - home(block, tag));
         if (distance > crowdedMean * (block.size + 8U) && block.size >= block.retryCrowdedAt
             && spread(distance)) {
-            return insertNew(std::move(entry));
+            return insertNew(std::move(entry), tag);
         }
         shiftRight(slot, gap);
         std::construct_at(block.entries() + slot, std::move(entry));
@@ -241,11 +250,6 @@ class HashTable {
 
     static std::uint32_t home(const Block& block, std::uint32_t tag) {
         return static_cast<std::uint32_t>((std::uint64_t{tag} * block.homes) >> 32);
-    }
-
-    static std::uint32_t tagOf(const Key& key) {
-        const auto top = static_cast<std::uint32_t>(hashOf(key) >> 32);
-        return std::clamp(top, std::uint32_t{1}, endTag - 1);
     }
 
     /// A table for at least `size` entries. Small ones are plain sorted arrays, packed full.
@@ -333,8 +337,9 @@ class HashTable {
         return slot;
     }
 
-    T* lookUp(const Key& key) const {
-        const std::uint32_t tag = tagOf(key);
+    T* lookUp(const Key& key) const { return lookUp(key, tagOf(key)); }
+
+    T* lookUp(const Key& key, std::uint32_t tag) const {
         const std::uint32_t* tags = block_->tags();
         for (std::uint32_t slot = tagBound(tag); tags[slot] == tag; ++slot) {
             T* entry = block_->entries() + slot;

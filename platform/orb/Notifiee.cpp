@@ -65,9 +65,28 @@ void Notifiee::deliver(AttributeId id, const void* key) {
     onAttribute(id, key);
 }
 
+void Entity::deliver(AttributeId id, const void* key) const {
+    Notifiee* first = nullptr;
+    Notifiee* reactor = reactors_;
+    do {
+        if (reactor->isInterestedIn(id)) {
+            if (first != nullptr) {
+                deliverToAll(id, key);
+                return;
+            }
+            first = reactor;
+        }
+        reactor = reactor->next_;
+    } while (reactor != reactors_);
+    if (first != nullptr) {
+        const Ptr<const Entity> keep(this);
+        first->deliver(id, key);
+    }
+}
+
 // The walk's position is a marker in the list itself: whatever goes or comes, the marker's
 // neighbours are right. A second marker closes the list as it was when the change happened.
-void Entity::deliver(AttributeId id, const void* key) const {
+void Entity::deliverToAll(AttributeId id, const void* key) const {
     Notifiee::Marker end;
     end.attach(Ptr<const Entity>(this));
     Notifiee::Marker position;
@@ -77,7 +96,7 @@ void Entity::deliver(AttributeId id, const void* key) const {
         Notifiee& reactor = *position.next_;
         position.unlink();
         position.linkBefore(*reactor.next_);
-        if (!reactor.marker_) {
+        if (reactor.isInterestedIn(id)) {
             reactor.deliver(id, key);
         }
     }

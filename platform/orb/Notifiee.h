@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "platform/orb/AttributeDescription.h"
 #include "platform/orb/Ptr.h"
@@ -22,6 +23,9 @@ class Notifiee : public PtrInterface {
 
     const Entity* watched() const { return notifier_.get(); }
 
+    /// Narrows what the reactor hears to one attribute, so that changes of the others cost nothing.
+    void interestIs(AttributeId attribute) { interest_ = static_cast<std::uint16_t>(attribute); }
+
     /// A change of the attribute `id` of the notifier; `key` points to the key of the member that
     /// changed where the attribute is a collection, otherwise it is null.
     virtual void onAttribute(AttributeId id, const void* key) = 0;
@@ -38,11 +42,17 @@ class Notifiee : public PtrInterface {
     friend class Entity;
     class Marker;
 
+    static constexpr std::uint16_t anyAttribute = 0;
+
+    bool isInterestedIn(AttributeId id) const {
+        return !marker_ && (interest_ == anyAttribute || interest_ == id);
+    }
     void deliver(AttributeId id, const void* key);
     void unlink();
     void linkBefore(Notifiee& next);
 
     bool marker_ = false; // a position in the list rather than a reactor
+    std::uint16_t interest_ = anyAttribute;
     Notifiee* previous_ = nullptr;
     Notifiee* next_ = nullptr;
     Ptr<const Entity> notifier_;

@@ -15,6 +15,8 @@ class Reactor : public NotifieeOf<WatchedType> {
     using Watched = WatchedType;
 
     explicit Reactor(Owner* owner) : owner_(owner) { this->hasNotificationActiveIs(true); }
+    /// A reactor that hears of one attribute only.
+    Reactor(Owner* owner, AttributeId interest) : Reactor(owner) { this->interestIs(interest); }
 
     Owner* owner() const { return owner_; }
 

@@ -42,20 +42,17 @@ class PerVrfTable {
 
     /// Adds or replaces; answers whether anything changed. Throws RangeError when full.
     bool insertOrAssign(const Record& record) {
-        Records& vrf = recordsOf(record.key().vrfId());
-        if (Record* present = vrf.find(record.key())) {
-            if (*present == record) {
-                return false;
-            }
-            *present = record;
-            return true;
-        }
-        if (size_ >= capacity_) {
+        if (size_ >= capacity_ && find(record.key()) == nullptr) {
             throw Orb::RangeError("the table is full: " + std::to_string(capacity_) + " members");
         }
-        vrf.tryInsert(record);
-        ++size_;
-        return true;
+        const auto [present, added] = recordsOf(record.key().vrfId()).tryInsert(record);
+        if (added) {
+            ++size_;
+            return true;
+        }
+        const bool changed = !(*present == record);
+        *present = record;
+        return changed;
     }
 
     bool erase(const Key& key) {
