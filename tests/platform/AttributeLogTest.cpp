@@ -13,8 +13,8 @@
 #include "platform/orb/AttributeLogReplay.h"
 #include "platform/orb/AttributeLogWriter.h"
 #include "platform/orb/Declare.h"
-#include "platform/orb/Error.h"
 #include "platform/orb/DefineType.h"
+#include "platform/orb/Error.h"
 #include "platform/orb/SimulatedClock.h"
 #include "platform/virtualip/VirtualIpStatus.h"
 
