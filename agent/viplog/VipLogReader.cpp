@@ -14,7 +14,7 @@ VipLogReader::VipLogReader(std::string name)
 
 void VipLogReader::read(std::streambuf& log) {
     using Traits = std::streambuf::traits_type;
-    std::array<char, 64 * 1024> piece;
+    std::array<char, 65536> piece;
     try {
         while (!Traits::eq_int_type(log.sgetc(), Traits::eof())) {
             // No more than is there, so that the tables are as fresh as the log.

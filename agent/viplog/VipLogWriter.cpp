@@ -11,7 +11,7 @@ namespace Agent {
 
 namespace {
 
-constexpr std::size_t maxPending = 64 * 1024 * 1024;
+constexpr std::size_t maxPending = std::size_t{64} * 1024 * 1024;
 constexpr double maxWait = 10; // seconds
 
 int openFile(const std::string& file) {

@@ -31,7 +31,7 @@ constexpr std::string_view head{"\x8a"
 constexpr std::size_t frameHeadSize = 8;
 
 /// What a reader keeps in memory of a log that it does not know to be good.
-constexpr std::size_t maxBodySize = 64 * 1024;
+constexpr std::size_t maxBodySize = std::size_t{64} * 1024;
 
 enum class Kind : std::uint8_t { roots = 0, change = 1, endOfState = 2, endOfLog = 3 };
 enum class Op : std::uint8_t { within = 0, set = 1, remove = 2 };

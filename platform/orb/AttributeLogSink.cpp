@@ -13,7 +13,7 @@ namespace Orb {
 
 namespace {
 
-constexpr std::size_t pieceSize = 64 * 1024;
+constexpr std::size_t pieceSize = std::size_t{64} * 1024;
 
 } // namespace
 

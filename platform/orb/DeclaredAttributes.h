@@ -58,26 +58,26 @@ bool visitDeclared(AttributeId number, Visit visit) {
 }
 
 template <typename Holder>
-constexpr bool isPlainAttribute = false;
+inline constexpr bool isPlainAttribute = false;
 template <typename T>
-constexpr bool isPlainAttribute<Attribute<T>> = true;
+inline constexpr bool isPlainAttribute<Attribute<T>> = true;
 
 template <typename Holder>
-constexpr bool isValueCollection = false;
+inline constexpr bool isValueCollection = false;
 template <typename Map, typename Key, typename T>
-constexpr bool isValueCollection<Collection<Map, Key, T>> = true;
+inline constexpr bool isValueCollection<Collection<Map, Key, T>> = true;
 
 template <typename Holder>
-constexpr bool isChildren = false;
+inline constexpr bool isChildren = false;
 template <typename T>
-constexpr bool isChildren<Children<T>> = true;
+inline constexpr bool isChildren<Children<T>> = true;
 
 template <typename Holder>
-constexpr bool isReferences = false;
+inline constexpr bool isReferences = false;
 template <typename T>
-constexpr bool isReferences<References<T>> = true;
+inline constexpr bool isReferences<References<T>> = true;
 
 template <typename Holder>
-constexpr bool isMembers = isChildren<Holder> || isReferences<Holder>;
+inline constexpr bool isMembers = isChildren<Holder> || isReferences<Holder>;
 
 } // namespace Orb
