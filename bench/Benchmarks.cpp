@@ -1,5 +1,5 @@
-// The workloads. N addresses are spread over 16 VRFs and 1024 interfaces each; "the road" leads from
-// publication in the input entities to written routes, all drains included, on the real clock.
+// The workloads. N addresses are spread over 16 VRFs and 1024 interfaces each; "the road" leads
+// from publication in the input entities to written routes, all drains included, on the real clock.
 //
 //   Burst/N       N IPv4 /24 addresses appear: 4N routes
 //   Withdraw/N    the same addresses go again
@@ -111,9 +111,7 @@ std::size_t countOf(const benchmark::State& state) {
     return static_cast<std::size_t>(state.range(0));
 }
 
-int runsFor(std::size_t count) {
-    return count > 100000 ? 3 : 5;
-}
+int runsFor(std::size_t count) { return count > 100000 ? 3 : 5; }
 
 void report(benchmark::State& state, const Result& result) {
     const auto routes = static_cast<double>(result.routes);

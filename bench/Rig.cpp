@@ -14,16 +14,10 @@ namespace Bench {
 
 namespace {
 
-std::size_t vrfOf(std::size_t n) {
-    return n % Rig::vrfs;
-}
-std::size_t interfaceOf(std::size_t n) {
-    return n / Rig::vrfs % Rig::interfaces;
-}
+std::size_t vrfOf(std::size_t n) { return n % Rig::vrfs; }
+std::size_t interfaceOf(std::size_t n) { return n / Rig::vrfs % Rig::interfaces; }
 /// Which of its interface's addresses it is.
-std::size_t placeOf(std::size_t n) {
-    return n / (Rig::vrfs * Rig::interfaces);
-}
+std::size_t placeOf(std::size_t n) { return n / (Rig::vrfs * Rig::interfaces); }
 
 double secondsNow() {
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
@@ -55,9 +49,7 @@ Rig::Rig(Orb::Ptr<Orb::Clock> clock)
     settle();
 }
 
-L3::VrfName Rig::vrfName(std::size_t vrf) {
-    return "vrf" + std::to_string(vrf);
-}
+L3::VrfName Rig::vrfName(std::size_t vrf) { return "vrf" + std::to_string(vrf); }
 
 Lanx::IntfId Rig::intfId(std::size_t vrf, std::size_t interface) {
     return Lanx::IntfId("Ethernet" + std::to_string(vrf) + "/" + std::to_string(interface));

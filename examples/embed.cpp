@@ -19,10 +19,10 @@ struct Inputs {
         : scheduler(Orb::makePtr<Kiln::TaskScheduler>(clock)) {}
 
     Orb::Ptr<DirectNet::RootSm> makeRoot() const {
-        return DirectNet::RootSm::RootSmIs(
-            tables, scheduler, viaSets, ipv4, ipv6, virtualIps4, virtualIps6,
-            virtualIpAsReceiveRoute, vrfIds, vrfs, interfaces, localInterfaces, ribWaits, ribReady,
-            grState);
+        return DirectNet::RootSm::RootSmIs(tables, scheduler, viaSets, ipv4, ipv6, virtualIps4,
+                                           virtualIps6, virtualIpAsReceiveRoute, vrfIds, vrfs,
+                                           interfaces, localInterfaces, ribWaits, ribReady,
+                                           grState);
     }
 
     Orb::Ptr<Vaultdb::EntityManager> tables = Orb::makePtr<Vaultdb::EntityManager>();

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "agent/cli/Commands.h"
 #include "agent/Errors.h"
+#include "agent/cli/Commands.h"
 #include "agent/show/Output.h"
 #include "platform/ringlog/Printable.h"
 

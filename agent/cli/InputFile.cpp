@@ -24,8 +24,6 @@ InputFile::InputFile(std::string name) : name_(std::move(name)) {
     }
 }
 
-std::streambuf& InputFile::buffer() {
-    return name_ == "-" ? *std::cin.rdbuf() : file_;
-}
+std::streambuf& InputFile::buffer() { return name_ == "-" ? *std::cin.rdbuf() : file_; }
 
 } // namespace Agent

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "agent/cli/Commands.h"
 #include "agent/Errors.h"
+#include "agent/cli/Commands.h"
 #include "agent/cli/InputFile.h"
 #include "agent/show/Output.h"
 #include "platform/orb/Error.h"

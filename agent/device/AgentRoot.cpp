@@ -10,8 +10,6 @@ AgentRoot::AgentRoot(const DeviceInputs& inputs)
                              inputs.allIntfStatusDir(), inputs.allIntfStatusLocalDir(),
                              inputs.allVrfRibReady(), inputs.protoStatusDir(), inputs.grState())) {}
 
-AgentRoot::~AgentRoot() {
-    root_->handleDelete();
-}
+AgentRoot::~AgentRoot() { root_->handleDelete(); }
 
 } // namespace Agent

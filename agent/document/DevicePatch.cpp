@@ -13,9 +13,7 @@ namespace {
 using json = nlohmann::json;
 
 template <typename T>
-concept HasMembers = requires {
-    T::members();
-};
+concept HasMembers = requires { T::members(); };
 
 template <HasMembers T>
 void readValue(const json& object, const Place& place, T& value);

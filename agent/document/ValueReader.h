@@ -26,10 +26,8 @@ void checkName(std::string_view name, const Place& place);
 /// The names and addresses that a text stands for.
 template <typename T>
 T readText(std::string_view text, const Place& place) {
-    if constexpr (
-        std::same_as<
-            T,
-            Lanx::IntfId> || std::same_as<T, Lanx::NamespaceName> || std::same_as<T, L3::VrfName>) {
+    if constexpr (std::same_as<T, Lanx::IntfId> || std::same_as<T, Lanx::NamespaceName>
+                  || std::same_as<T, L3::VrfName>) {
         checkName(text, place);
     }
     try {
@@ -46,9 +44,9 @@ void readValue(const nlohmann::json& json, const Place& place, bool& value);
 void readValue(const nlohmann::json& json, const Place& place, Vrf::VrfIdMap::VrfId& value);
 
 template <typename T>
-requires requires(std::string_view text) {
-    { T::fromString(text) } -> std::same_as<T>;
-}
+    requires requires(std::string_view text) {
+        { T::fromString(text) } -> std::same_as<T>;
+    }
 void readValue(const nlohmann::json& json, const Place& place, T& value) {
     value = readText<T>(readString(json, place), place);
 }

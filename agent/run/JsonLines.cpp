@@ -8,7 +8,8 @@ namespace Agent {
 
 namespace {
 
-/// Walks over valid JSON without building it.
+/// Walks over JSON without building it. What is wrong with it may lead astray, but not out of the
+/// text.
 class Scanner {
   public:
     explicit Scanner(std::string_view text) : text_(text) {}
@@ -53,7 +54,7 @@ class Scanner {
         step();
         for (skipBlanks(); next() == '"'; skipBlanks()) {
             const std::size_t begin = at_;
-            const bool found = nlohmann::json::parse(string()) == key;
+            const bool found = nlohmann::json::parse(string(), nullptr, false) == key;
             skipBlanks();
             step();
             skipBlanks();

@@ -43,6 +43,9 @@ void LiveDevice::configure(const json& config) {
         for (const auto& item : document->value("vrfs", none).items()) {
             const bool configured = hasId(config, item.key());
             const L3::VrfName name(item.key());
+            if (name == L3::VrfName::defaultVrf()) {
+                continue; // published with what is learned of it, like any VRF that runs
+            }
             vrfs[item.key()]["id"] =
                 configured || published_.contains(name) ? json(ids.idOf(name)) : json(nullptr);
         }

@@ -20,9 +20,7 @@ StateView::StateView(const RootSm& root, const DeviceInputs& inputs, double time
     }
 }
 
-double StateView::inMicroseconds(double seconds) {
-    return std::round(seconds * 1e6) / 1e6;
-}
+double StateView::inMicroseconds(double seconds) { return std::round(seconds * 1e6) / 1e6; }
 
 void StateView::indexViaSets(const IntfViaSetKeyStatus& status) {
     for (const auto& [intfId, keys] : status.intfViaSetKey()) {

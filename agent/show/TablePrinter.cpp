@@ -37,9 +37,7 @@ std::string typeText(RouteType type) {
     return std::to_string(static_cast<unsigned>(type));
 }
 
-const char* yesOrNo(bool value) {
-    return value ? "yes" : "no";
-}
+const char* yesOrNo(bool value) { return value ? "yes" : "no"; }
 
 } // namespace
 

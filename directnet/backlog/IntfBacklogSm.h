@@ -129,7 +129,8 @@ class IntfBacklogSm : public Orb::Entity {
 
     bool drainPending() const { return orbBacklogClock_.timeMin() < Orb::Clock::never; }
 
-    /// Works through the members from `start` on; answers where the slice stopped, null for the end.
+    /// Works through the members from `start` on; answers where the slice stopped, null for the
+    /// end.
     const IntfIdAndPrefix* drain(const IntfIdAndPrefix* start);
     const IntfIdAndPrefix* firstMember();
 

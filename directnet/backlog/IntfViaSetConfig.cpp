@@ -44,8 +44,13 @@ void IntfViaSetConfig::doAddViaSet(Lanx::IntfId intfId, VrfId vrfId, IntfViaSetK
         receiveBroadcast = addViaSet(viaKey, af);
         directedBroadcast = addViaSet(viaKey, af);
     }
-    status.intfViaSetKeyIs(
-        IntfViaSetKey(intfId, viaKey, connected, receive, receiveBroadcast, directedBroadcast));
+    const IntfViaSetKey made(intfId, viaKey, connected, receive, receiveBroadcast,
+                             directedBroadcast);
+    if (status.intfViaSetKey().contains(intfId)) {
+        deleteViaSets(made, af); // a watcher of what was written had the interface get others
+    } else {
+        status.intfViaSetKeyIs(made);
+    }
 }
 
 Rib::ViaSetKey IntfViaSetConfig::addViaSet(const Rib::ViaKey& viaKey, Lanx::AddressFamily af) {
@@ -62,15 +67,18 @@ void IntfViaSetConfig::delViaSetKey(Lanx::IntfId intfId, IntfViaSetKeyStatus& st
     if (!key) {
         return;
     }
+    deleteViaSets(key, status.af());
+    status.intfViaSetKeyDel(key.intfId());
+    DIRECTNET_TRACE(8, "intf=", key.intfId(), " af=", status.af(), " viaId=", key.viaKey().viaId());
+}
+
+void IntfViaSetConfig::deleteViaSets(const IntfViaSetKey& key, Lanx::AddressFamily af) {
     Rib::Memtab::ViaSetCollection& viaSets = *viaSetConfig()->viaSetCollection();
     viaSets.viaSetDel(key.viaSetKey());
     viaSets.viaSetDel(key.rxViaSetKey());
     viaSets.viaSetDel(key.rxBcastViaSetKey());
     viaSets.viaSetDel(key.directedBcastViaSetKey());
-    getViaConfig(status.af())->viaDel(key.viaKey());
-    status.intfViaSetKeyDel(key.intfId());
-    DIRECTNET_TRACE(8, "intf=", key.intfId(), " af=", status.af(),
-                    " viaId=", key.viaKey().viaId());
+    getViaConfig(af)->viaDel(key.viaKey());
 }
 
 void IntfViaSetConfig::delViaSetKeyAll(IntfViaSetKeyStatus& status) {

@@ -11,9 +11,9 @@
 namespace Routing::DirectNet {
 
 /// Makes and deletes an interface's via and via sets: one via, the interface itself as next hop,
-/// and on it a set for connected and one for receive routes, for IPv4 also one for receive-broadcast
-/// and one for directed-broadcast routes. Which interface has which is kept in a status that the
-/// caller passes.
+/// and on it a set for connected and one for receive routes, for IPv4 also one for
+/// receive-broadcast and one for directed-broadcast routes. Which interface has which is kept in a
+/// status that the caller passes.
 class IntfViaSetConfig : public Orb::Entity {
     ORB_ENTITY(IntfViaSetConfig, "Routing::DirectNet::IntfViaSetConfig")
     ORB_CONSTRUCTOR((Orb::Ptr<Rib::Ip::ViaConfig>, ipv4ViaConfig),
@@ -41,6 +41,7 @@ class IntfViaSetConfig : public Orb::Entity {
     void releaseViaSetKey(Lanx::IntfId intfId, IntfViaSetKeyStatus& status);
 
   private:
+    void deleteViaSets(const IntfViaSetKey& key, Lanx::AddressFamily af);
     Rib::ViaSetKey addViaSet(const Rib::ViaKey& viaKey, Lanx::AddressFamily af);
 };
 

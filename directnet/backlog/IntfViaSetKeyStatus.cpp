@@ -1,7 +1,7 @@
 #include "directnet/backlog/IntfViaSetKeyStatus.h"
 
-#include "platform/orb/Assert.h"
 #include "directnet/model/Units.h"
+#include "platform/orb/Assert.h"
 #include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {

@@ -31,8 +31,7 @@ void CrLeakSm::OrbRouteLeakedFromVrf::notifierIs(Orb::Ptr<const RouteLeakedFromV
     handleInitialized();
 }
 
-CrLeakSm::CrLeakSm(Arguments arguments)
-    : arguments_(std::move(arguments)), orbCrLeakStatus_(this) {
+CrLeakSm::CrLeakSm(Arguments arguments) : arguments_(std::move(arguments)), orbCrLeakStatus_(this) {
     orbCrLeakStatus_.notifierIs(crLeakStatus());
     for (const auto& leaks : crLeakStatus()->leakedRouteBySourceVrf()) {
         routeLeakedFromVrfIs(leaks);

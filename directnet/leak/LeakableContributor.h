@@ -16,10 +16,9 @@ inline bool isLocalConnected(const IntfIdAndAddr& entry) {
 inline bool countsForLeaks(const IntfBacklog& source, const IntfIdSet& set,
                            const IntfIdAndAddr& contributor) {
     const auto contributes = [&](bool isVirtual) {
-        return set.intfIdAndAddr().find(IntfIdAndAddr(contributor.intfId(),
-                                                      contributor.addrWithMask(),
-                                                      contributor.sourceVrfId(), isVirtual,
-                                                      contributor.routeType()))
+        return set.intfIdAndAddr().find(
+                   IntfIdAndAddr(contributor.intfId(), contributor.addrWithMask(),
+                                 contributor.sourceVrfId(), isVirtual, contributor.routeType()))
                != nullptr;
     };
     if (contributes(false)) {

@@ -175,8 +175,7 @@ void ReceiveRouteLeakSm::OrbIntfBacklog::handleDelete() {
 void ReceiveRouteLeakSm::OrbIntfBacklog::deleteLeakedFrom() {
     const Orb::Ptr<const IntfBacklog> source(notifier());
     for (const Lanx::AddressFamily af : {Lanx::AddressFamily::ipv4, Lanx::AddressFamily::ipv6}) {
-        const auto* leaks =
-            owner()->crLeakLocalStatus(af).leakedRouteBySourceVrf(source->vrfId());
+        const auto* leaks = owner()->crLeakLocalStatus(af).leakedRouteBySourceVrf(source->vrfId());
         if (leaks == nullptr) {
             continue;
         }

@@ -18,9 +18,9 @@ SourceVrfPrefix firstFrom(const Sources& sources, const Source* source) {
     while (source != nullptr && (*source)->destVrfId().empty()) {
         source = sources.after((*source)->sourceVrfId());
     }
-    return source == nullptr ? SourceVrfPrefix()
-                             : SourceVrfPrefix((*source)->sourceVrfId(),
-                                               (*source)->destVrfId().first()->key());
+    return source == nullptr
+               ? SourceVrfPrefix()
+               : SourceVrfPrefix((*source)->sourceVrfId(), (*source)->destVrfId().first()->key());
 }
 
 bool isEnd(const SourceVrfPrefix& position) {

@@ -19,8 +19,8 @@ void Ip6IntfSm::OrbIp6IntfStatus::onAttribute(Orb::AttributeId id, const void* k
 }
 
 Ip6IntfSm::Ip6IntfSm(Arguments arguments)
-    : arguments_(std::move(arguments)),
-      contributions_(intfId(), intfViaSetConfig(), intfBacklog()), orbIp6IntfStatus_(this) {
+    : arguments_(std::move(arguments)), contributions_(intfId(), intfViaSetConfig(), intfBacklog()),
+      orbIp6IntfStatus_(this) {
     orbIp6IntfStatus_.notifierIs(ip6IntfStatus());
     handleInitialized();
 }

@@ -28,7 +28,7 @@ bool Ip6IntfStatusSm::hasIntfStatus(Lanx::IntfId intfId) const {
 void Ip6IntfStatusSm::doCreateIntfSm(Lanx::IntfId intfId) {
     using Status = std::remove_pointer_t<decltype(vrfIp6IntfStatus()->intfStatus(intfId))>;
     ip6IntfSmIs(intfId, Orb::Ptr<const Status>(vrfIp6IntfStatus()->intfStatus(intfId)),
-               intfViaSetConfig(), intfBacklog());
+                intfViaSetConfig(), intfBacklog());
 }
 
 } // namespace Routing::DirectNet

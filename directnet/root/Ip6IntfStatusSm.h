@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "directnet/model/Units.h"
-#include "directnet/root/Ip6IntfSm.h"
 #include "directnet/root/IntfStatusMachine.h"
+#include "directnet/root/Ip6IntfSm.h"
 #include "platform/ip/Ip6Status.h"
 #include "platform/orb/Declare.h"
 

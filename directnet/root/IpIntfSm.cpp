@@ -24,8 +24,8 @@ void IpIntfSm::OrbIpIntfStatus::onAttribute(Orb::AttributeId id, const void* key
 }
 
 IpIntfSm::IpIntfSm(Arguments arguments)
-    : arguments_(std::move(arguments)),
-      contributions_(intfId(), intfViaSetConfig(), intfBacklog()), orbIpIntfStatus_(this) {
+    : arguments_(std::move(arguments)), contributions_(intfId(), intfViaSetConfig(), intfBacklog()),
+      orbIpIntfStatus_(this) {
     orbIpIntfStatus_.notifierIs(ipIntfStatus());
     handleInitialized();
 }

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "directnet/model/Units.h"
-#include "directnet/root/IpIntfSm.h"
 #include "directnet/root/IntfStatusMachine.h"
+#include "directnet/root/IpIntfSm.h"
 #include "platform/ip/Status.h"
 #include "platform/orb/Declare.h"
 

@@ -21,7 +21,8 @@ class KernelIntfStatus : public Orb::Entity {
   public:
     explicit KernelIntfStatus(Arguments arguments);
 
-    /// Reads "DIRECTNET_INTFENTRY_WITHOUT_KERNEL_INTF", which, set to anything, turns the check off.
+    /// Reads "DIRECTNET_INTFENTRY_WITHOUT_KERNEL_INTF", which, set to anything, turns the check
+    /// off.
     void handleInitialized();
 
     bool kernelIntfPresent(Lanx::IntfId intfId) const;

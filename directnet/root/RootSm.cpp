@@ -224,11 +224,11 @@ void RootSm::createContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId 
     const auto virtualIps6 = vrfVirtualIp6StatusHelper()->findOrCreateVrfVirtualIpStatus(name);
     const Orb::Ptr<IntfBacklog> backlog(intfBacklogByVrf()->intfBacklogIs(name, vrfId));
     ORB_ASSERT(references() != 0, "references() != 0");
-    containerSmIs(entityManager(), name, vrfId, viaSetConfig(), ipStatus(), ip6Status(),
-                  virtualIps, virtualIps6, nameToIdMapWrapper(), allVrfStatusLocal(),
-                  allIntfStatusDir(), allIntfStatusLocalDir(), intfStatusManagerRoot(),
-                  ipv4AllVrfRouteConfig(), ipv6AllVrfRouteConfig(), ipv4AllVrfViaConfig(),
-                  ipv6AllVrfViaConfig(), intfViaSetConfig(), backlog, grState(), ready);
+    containerSmIs(entityManager(), name, vrfId, viaSetConfig(), ipStatus(), ip6Status(), virtualIps,
+                  virtualIps6, nameToIdMapWrapper(), allVrfStatusLocal(), allIntfStatusDir(),
+                  allIntfStatusLocalDir(), intfStatusManagerRoot(), ipv4AllVrfRouteConfig(),
+                  ipv6AllVrfRouteConfig(), ipv4AllVrfViaConfig(), ipv6AllVrfViaConfig(),
+                  intfViaSetConfig(), backlog, grState(), ready);
 }
 
 // What was made for a container that could not be made. Nobody watches the tables, so they stay

@@ -29,9 +29,9 @@ class VrfIntfStatusMachine {
             return;
         }
         if (self().childIsStarting() || !self().intfBacklog()->backlog().empty()) {
-            DIRECTNET_TRACE(8, "Returning without setting ready for ", Sm::version,
-                            " connected routes as intfBacklog not empty yet for vrf: ",
-                            self().vrfName());
+            DIRECTNET_TRACE(
+                8, "Returning without setting ready for ", Sm::version,
+                " connected routes as intfBacklog not empty yet for vrf: ", self().vrfName());
             return;
         }
         DIRECTNET_TRACE(7, "Backlog empty count : ", self().intfBacklog()->backlogEmpty());

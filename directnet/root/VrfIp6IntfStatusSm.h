@@ -19,8 +19,7 @@ class VrfIp6IntfStatusSm : public Orb::Entity, public VrfIntfStatusMachine<VrfIp
                     (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
                     (Orb::Ptr<IntfBacklog>, intfBacklog),
                     (Orb::Ptr<KernelIntfStatus>, kernelIntfStatus),
-                    (Orb::Ptr<const GrState>, grState),
-                    (Orb::Ptr<VrfReadyStatus>, vrfReadyStatus))
+                    (Orb::Ptr<const GrState>, grState), (Orb::Ptr<VrfReadyStatus>, vrfReadyStatus))
     ORB_KEY(L3::VrfName, vrfName)
     ORB_CHILD(265, Ip6IntfStatusSm, ip6IntfStatusSm)
     ORB_ATTRIBUTE(266, bool, initialized)

@@ -21,9 +21,7 @@ VrfIpIntfStatusSm::~VrfIpIntfStatusSm() {
     ipIntfStatusSmDel();
 }
 
-void VrfIpIntfStatusSm::handleInitialized() {
-    doStart();
-}
+void VrfIpIntfStatusSm::handleInitialized() { doStart(); }
 
 void VrfIpIntfStatusSm::doCreateChild() {
     const Orb::Ptr<const Ip::VrfIpIntfStatus> status(ipStatus()->vrfIpIntfStatus(vrfName()));

@@ -19,8 +19,7 @@ class VrfIpIntfStatusSm : public Orb::Entity, public VrfIntfStatusMachine<VrfIpI
                     (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
                     (Orb::Ptr<IntfBacklog>, intfBacklog),
                     (Orb::Ptr<KernelIntfStatus>, kernelIntfStatus),
-                    (Orb::Ptr<const GrState>, grState),
-                    (Orb::Ptr<VrfReadyStatus>, vrfReadyStatus))
+                    (Orb::Ptr<const GrState>, grState), (Orb::Ptr<VrfReadyStatus>, vrfReadyStatus))
     ORB_KEY(L3::VrfName, vrfName)
     ORB_CHILD(265, IpIntfStatusSm, ipIntfStatusSm)
     ORB_ATTRIBUTE(266, bool, initialized)

@@ -16,13 +16,13 @@ class NetNsIntfStatusManagerRoot : public Orb::Entity {
                     (bool, manageLocalInterfaces))
 
   public:
-    explicit NetNsIntfStatusManagerRoot(Arguments arguments)
-        : arguments_(std::move(arguments)) {}
+    explicit NetNsIntfStatusManagerRoot(Arguments arguments) : arguments_(std::move(arguments)) {}
 
     /// The manager that fills `dir` from the namespace's kernel status, made if there is none.
-    Orb::Ptr<KniIntfStatusManager> intfStatusManagerIs(
-        const Orb::Ptr<DeviceIntfStatusDir>& dir,
-        const Orb::Ptr<const KernelNetInfo::Status>& kniStatus, const Lanx::NamespaceName& netNs);
+    Orb::Ptr<KniIntfStatusManager>
+    intfStatusManagerIs(const Orb::Ptr<DeviceIntfStatusDir>& dir,
+                        const Orb::Ptr<const KernelNetInfo::Status>& kniStatus,
+                        const Lanx::NamespaceName& netNs);
 
     /// Deletes the namespace's manager of that directory. VRFs may share a namespace, and one that
     /// goes must leave the directories of the others alone.

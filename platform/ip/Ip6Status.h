@@ -3,8 +3,8 @@
 #include <ostream>
 #include <utility>
 
-#include "platform/lanx/IntfId.h"
 #include "platform/lanx/AddrWithMask.h"
+#include "platform/lanx/IntfId.h"
 #include "platform/orb/Declare.h"
 #include "platform/vrf/VrfName.h"
 

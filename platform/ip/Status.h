@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "platform/lanx/IntfId.h"
 #include "platform/lanx/AddrWithMask.h"
+#include "platform/lanx/IntfId.h"
 #include "platform/orb/Declare.h"
 #include "platform/vrf/VrfName.h"
 

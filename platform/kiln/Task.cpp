@@ -7,9 +7,7 @@ namespace Kiln {
 Task::Task(Orb::Ptr<TaskScheduler> scheduler, std::string name)
     : scheduler_(std::move(scheduler)), name_(std::move(name)) {}
 
-Task::~Task() {
-    unschedule();
-}
+Task::~Task() { unschedule(); }
 
 void Task::scheduleTask() {
     if (!scheduled()) {

@@ -131,7 +131,9 @@ std::uint64_t TimerWheel::nextUsedTick() const {
         const auto& bucket = buckets_[slot / defaultBucketSize()];
         const std::uint32_t base = slot / defaultBucketSize() * defaultBucketSize();
         const std::uint32_t found =
-            base + (bucket == nullptr ? defaultBucketSize() : bucket->nextUsed(slot % defaultBucketSize()));
+            base
+            + (bucket == nullptr ? defaultBucketSize()
+                                 : bucket->nextUsed(slot % defaultBucketSize()));
         if (bucket != nullptr && found < base + defaultBucketSize()) {
             return tick_ + 1 + (found >= start ? found - start : found + initialMaxTicks() - start);
         }

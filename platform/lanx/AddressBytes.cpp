@@ -7,9 +7,7 @@ namespace Lanx {
 namespace {
 
 /// The upper `count` (0 to 7) bits of a byte.
-std::uint8_t leadingBits(unsigned count) {
-    return static_cast<std::uint8_t>(0xff00u >> count);
-}
+std::uint8_t leadingBits(unsigned count) { return static_cast<std::uint8_t>(0xff00u >> count); }
 
 } // namespace
 

@@ -31,8 +31,6 @@ void appendLength(std::string& out, unsigned len);
 std::pair<std::string_view, unsigned> splitLength(std::string_view text);
 
 /// Whether the text can only be IPv6.
-inline bool looksLikeIp6(std::string_view text) {
-    return text.find(':') != std::string_view::npos;
-}
+inline bool looksLikeIp6(std::string_view text) { return text.find(':') != std::string_view::npos; }
 
 } // namespace Lanx

@@ -12,7 +12,7 @@
 namespace Orb {
 
 template <typename Addr>
-requires std::same_as<Addr, Lanx::IpAddr> || std::same_as<Addr, Lanx::Ip6Addr>
+    requires std::same_as<Addr, Lanx::IpAddr> || std::same_as<Addr, Lanx::Ip6Addr>
 struct AttributeLogForm<Addr> {
     static constexpr std::size_t size = Addr::bits / 8;
 

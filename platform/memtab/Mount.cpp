@@ -18,12 +18,8 @@ Orb::Ptr<Orb::Entity> Mount::getEntity(const Orb::String& path) const {
     return Orb::Ptr<Orb::Entity>(entityManager_->entity(path));
 }
 
-void Mount::doUnmount(const Orb::String& path) {
-    entityManager_->unmounted(path);
-}
+void Mount::doUnmount(const Orb::String& path) { entityManager_->unmounted(path); }
 
-void Mount::cleanup(const Orb::String& path) {
-    entityManager_->cleanup(path);
-}
+void Mount::cleanup(const Orb::String& path) { entityManager_->cleanup(path); }
 
 } // namespace OrbMemtab

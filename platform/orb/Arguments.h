@@ -46,16 +46,16 @@ bool sameArguments(const Arguments& a, const Arguments& b) {
 
 /// ORB_CONSTRUCTOR((Type, name), ...) lists a class's constructor attributes, once: the struct
 /// Arguments with which the class is constructed, an accessor for each, and what the comparison of
-/// a reinstantiation and the generic attribute interface read. The class keeps them in `arguments_`,
-/// which its constructor sets:
+/// a reinstantiation and the generic attribute interface read. The class keeps them in
+/// `arguments_`, which its constructor sets:
 ///     explicit Machine(Arguments arguments) : arguments_(std::move(arguments)) {}
 #define ORB_CONSTRUCTOR(...)                                                                       \
   public:                                                                                          \
     struct Arguments {                                                                             \
         ORB_FOR_EACH(ORB_ARGUMENT_MEMBER, Arguments, __VA_ARGS__)                                  \
         static constexpr auto fields() {                                                           \
-            return std::tuple_cat(                                                                 \
-                std::tuple<>() ORB_FOR_EACH(ORB_ARGUMENT_FIELD, Arguments, __VA_ARGS__));          \
+            return std::tuple_cat(std::tuple<>()                                                   \
+                                      ORB_FOR_EACH(ORB_ARGUMENT_FIELD, Arguments, __VA_ARGS__));   \
         }                                                                                          \
     };                                                                                             \
     ORB_FOR_EACH(ORB_ARGUMENT_ACCESSOR, Arguments, __VA_ARGS__)                                    \

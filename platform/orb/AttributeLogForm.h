@@ -43,7 +43,7 @@ struct AttributeLogForm<bool> {
 };
 
 template <typename T>
-requires std::derived_from<T, BoundedString<T, T::maxLength>>
+    requires std::derived_from<T, BoundedString<T, T::maxLength>>
 struct AttributeLogForm<T> {
     static void write(std::string& out, const T& value) { appendLogString(out, value.value()); }
     static T read(AttributeLogInput& in) { return T(in.string()); }

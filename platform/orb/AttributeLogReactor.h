@@ -219,7 +219,7 @@ class AttributeLogReactor final : public NotifieeOf<T>, public AttributeLogPlace
     template <AttributeId id, typename H>
     struct Logged {};
     template <AttributeId id, typename H>
-    requires isMembers<H>
+        requires isMembers<H>
     struct Logged<id, H> {
         using Member = std::remove_const_t<typename H::Value>;
         HashMap<typename H::Key, Ptr<AttributeLogReactor<Member>>> reactors;

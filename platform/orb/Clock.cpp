@@ -57,13 +57,9 @@ void Clock::arm(NotifieeConst& reactor) const {
     armed_.insert(&reactor);
 }
 
-void Clock::disarm(NotifieeConst& reactor) const {
-    armed_.erase(&reactor);
-}
+void Clock::disarm(NotifieeConst& reactor) const { armed_.erase(&reactor); }
 
-Clock::NotifieeConst::~NotifieeConst() {
-    timeMinIs(never);
-}
+Clock::NotifieeConst::~NotifieeConst() { timeMinIs(never); }
 
 void Clock::NotifieeConst::notifierIs(Ptr<const Clock> clock) {
     if (clock == clock_) {

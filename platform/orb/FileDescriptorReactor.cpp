@@ -9,8 +9,6 @@ FileDescriptorReactor::FileDescriptorReactor(int descriptor)
     manager_->descriptors_.emplace(id_, this);
 }
 
-FileDescriptorReactor::~FileDescriptorReactor() {
-    manager_->descriptors_.erase(id_);
-}
+FileDescriptorReactor::~FileDescriptorReactor() { manager_->descriptors_.erase(id_); }
 
 } // namespace Orb

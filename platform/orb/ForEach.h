@@ -1,7 +1,7 @@
 #pragma once
 
-/// ORB_FOR_EACH(macro, context, (a, b), (c, d)) expands to macro(context, a, b) macro(context, c, d).
-/// It lets a class list its fields or constructor attributes once. At most 256 elements.
+/// ORB_FOR_EACH(macro, context, (a, b), (c, d)) expands to macro(context, a, b) macro(context, c,
+/// d). It lets a class list its fields or constructor attributes once. At most 256 elements.
 #define ORB_FOR_EACH(macro, context, ...)                                                          \
     __VA_OPT__(ORB_EXPAND(ORB_FOR_EACH_STEP(macro, context, __VA_ARGS__)))
 

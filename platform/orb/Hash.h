@@ -19,8 +19,8 @@ template <typename T>
 concept HashableNumber = std::integral<T> || std::is_enum_v<T>;
 
 template <typename T>
-concept Hashable = HashableNumber<T> || HasHash<T> || std::same_as<T, std::string> || std::same_as<
-    T, std::string_view>;
+concept Hashable = HashableNumber<T> || HasHash<T> || std::same_as<T, std::string>
+                   || std::same_as<T, std::string_view>;
 
 /// Mixes values into one 64-bit hash. The result depends on the values, their order and the seed
 /// only, never on addresses or on the run; every input bit reaches every output bit, so that any

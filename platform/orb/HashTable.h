@@ -90,7 +90,9 @@ class HashTable {
 
     HashTable() = default;
     HashTable(HashTable&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
-    HashTable(const HashTable& other) requires std::is_copy_constructible_v<T> {
+    HashTable(const HashTable& other)
+        requires std::is_copy_constructible_v<T>
+    {
         if (other.block_ == nullptr) {
             return;
         }

@@ -20,8 +20,6 @@ String format(const char* format, ...) {
     return text;
 }
 
-std::uint64_t Name::hash(std::uint64_t seed) const {
-    return hashOf(value_, seed);
-}
+std::uint64_t Name::hash(std::uint64_t seed) const { return hashOf(value_, seed); }
 
 } // namespace Orb

@@ -14,9 +14,7 @@ class Notifiee::Marker final : public Notifiee {
     void onAttribute(AttributeId, const void*) override {}
 };
 
-Notifiee::~Notifiee() {
-    unlink();
-}
+Notifiee::~Notifiee() { unlink(); }
 
 void Notifiee::attach(Ptr<const Entity> notifier) {
     unlink();

@@ -88,7 +88,9 @@ class OrderedMap {
 
     OrderedMap() = default;
     OrderedMap(OrderedMap&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
-    OrderedMap(const OrderedMap& other) requires std::is_copy_constructible_v<Entry> {
+    OrderedMap(const OrderedMap& other)
+        requires std::is_copy_constructible_v<Entry>
+    {
         OrderedMap copy;
         for (const Entry& entry : other) {
             copy.insertNew(Entry(entry));

@@ -6,9 +6,7 @@ namespace {
 
 constexpr std::string_view hexDigits = "0123456789abcdef";
 
-bool isPrintable(char character) {
-    return character >= ' ' && character <= '~';
-}
+bool isPrintable(char character) { return character >= ' ' && character <= '~'; }
 
 unsigned readHexDigit(TextReader& in) {
     const std::string_view::size_type digit = hexDigits.find(in.take(1).front());
@@ -32,9 +30,7 @@ char readEscaped(TextReader& in) {
 
 } // namespace
 
-void TextForm<bool>::write(std::string& out, bool value) {
-    out += value ? "True" : "False";
-}
+void TextForm<bool>::write(std::string& out, bool value) { out += value ? "True" : "False"; }
 
 bool TextForm<bool>::read(TextReader& in) {
     if (in.tryLiteral("True")) {

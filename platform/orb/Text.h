@@ -53,7 +53,8 @@ struct TextForm<bool> {
 
 /// Decimal, as short as it can be: no plus sign, no leading zeros, no minus zero.
 template <std::integral T>
-requires(!std::same_as<T, bool>) struct TextForm<T> {
+    requires(!std::same_as<T, bool>)
+struct TextForm<T> {
     static void write(std::string& out, T value) {
         char digits[24];
         out.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
@@ -77,7 +78,7 @@ requires(!std::same_as<T, bool>) struct TextForm<T> {
 
 /// An enumeration is written as its number; any number of the underlying type is read.
 template <typename T>
-requires std::is_enum_v<T>
+    requires std::is_enum_v<T>
 struct TextForm<T> {
     using Number = std::underlying_type_t<T>;
     static void write(std::string& out, T value) {

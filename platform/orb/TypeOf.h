@@ -63,8 +63,7 @@ std::vector<AttributeDescription> listAttributes() {
     std::vector<AttributeDescription> attributes;
     [&]<std::size_t... index>(std::index_sequence<index...>) {
         (attributes.push_back(describeArgument<T, index>()), ...);
-    }
-    (std::make_index_sequence<argumentCount<T>()>());
+    }(std::make_index_sequence<argumentCount<T>()>());
     const auto declared = [&]<std::size_t offset>(std::integral_constant<std::size_t, offset>) {
         constexpr AttributeId id = firstAttributeId + offset;
         if constexpr (Declares<T, id>) {
@@ -73,8 +72,7 @@ std::vector<AttributeDescription> listAttributes() {
     };
     [&]<std::size_t... offset>(std::index_sequence<offset...>) {
         (declared(std::integral_constant<std::size_t, offset>{}), ...);
-    }
-    (std::make_index_sequence<lastAttributeId - firstAttributeId + 1>());
+    }(std::make_index_sequence<lastAttributeId - firstAttributeId + 1>());
     return attributes;
 }
 

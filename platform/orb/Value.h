@@ -58,9 +58,7 @@
 #define ORB_VALUE_PARAMETER(Class, Type, field, ...) Type field,
 #define ORB_VALUE_ASSIGNMENT(Class, Type, field, ...) field##_ = std::move(field);
 #define ORB_VALUE_GETTER(Class, Type, field, ...)                                                  \
-    Orb::FieldResult<Type> field() const {                                                         \
-        return field##_;                                                                           \
-    }
+    Orb::FieldResult<Type> field() const { return field##_; }
 #define ORB_VALUE_FIELD(Class, Type, field, ...)                                                   \
     std::tuple(Orb::ValueField<Class, Type>{#field, &Class::field##_}),
 

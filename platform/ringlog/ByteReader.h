@@ -16,7 +16,8 @@ class ByteReader {
     std::string_view rest() const { return rest_; }
 
     template <typename T>
-    requires std::is_trivially_copyable_v<T> std::optional<T> take() {
+        requires std::is_trivially_copyable_v<T>
+    std::optional<T> take() {
         auto bytes = takeBytes(sizeof(T));
         if (!bytes) {
             return std::nullopt;

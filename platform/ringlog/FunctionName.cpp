@@ -20,9 +20,7 @@ bool isNamespace(std::string_view name) {
            || std::find(namespaces.begin(), namespaces.end(), name) != namespaces.end();
 }
 
-bool isIdentifier(char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_';
-}
+bool isIdentifier(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
 
 /// Walks a signature from left to right and keeps the last two names of the qualified name it is
 /// in. A space outside brackets starts a new name, which is how return types fall away.

@@ -71,11 +71,9 @@ struct RingArgument {
         } else if constexpr (Detail::IsAddress<T>) {
             return Detail::ringAddress(value, RingAddress::noMask);
         } else {
-            static_assert(
-                std::is_reference_v<
-                    decltype(value
-                                 .value())> || std::is_trivially_destructible_v<decltype(value.value())>,
-                "the value would be gone before it is written");
+            static_assert(std::is_reference_v<decltype(value.value())>
+                              || std::is_trivially_destructible_v<decltype(value.value())>,
+                          "the value would be gone before it is written");
             return RingArgument<std::remove_cvref_t<decltype(value.value())>>::of(value.value());
         }
     }

@@ -34,8 +34,6 @@ inline constinit RingFile* openFile = nullptr;
 }
 
 /// The ring trace file that is open; null when none is.
-inline RingFile* defaultRinglogFile() {
-    return Detail::openFile;
-}
+inline RingFile* defaultRinglogFile() { return Detail::openFile; }
 
 } // namespace Ringlog

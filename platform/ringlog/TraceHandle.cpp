@@ -62,9 +62,7 @@ void TraceHandle::levelIs(int level) {
     all.refreshHighest();
 }
 
-void TraceHandle::sinkIs(Sink sink) {
-    registry().sink = std::move(sink);
-}
+void TraceHandle::sinkIs(Sink sink) { registry().sink = std::move(sink); }
 
 void TraceHandle::print(int level, const CallSite& site, std::string_view text) const noexcept {
     try {

@@ -26,9 +26,7 @@ Orb::Entity* EntityManager::entity(const Orb::String& path) const {
     return found == entities_.end() ? nullptr : found->second.get();
 }
 
-void EntityManager::mounted(const Orb::String& path) {
-    ++mounts_[path];
-}
+void EntityManager::mounted(const Orb::String& path) { ++mounts_[path]; }
 
 void EntityManager::unmounted(const Orb::String& path) {
     ORB_ASSERT(mounts(path) > 0, "mounts( path ) > 0");

@@ -59,9 +59,7 @@ class TraceTest : public testing::Test {
     int evaluated_ = 0;
 };
 
-std::string at(int line) {
-    return "TraceTest:" + std::to_string(line) + " [TraceTest_";
-}
+std::string at(int line) { return "TraceTest:" + std::to_string(line) + " [TraceTest_"; }
 
 TEST_F(TraceTest, disabledStatementsEvaluateNothing) {
     for (int level : {TraceHandle::off, 0, 7}) {
