@@ -10,7 +10,7 @@ namespace {
 
 DIRECTNET_TRACE_UNIT("ReceiveRouteLeakSm");
 
-using Sources = decltype(std::declval<const DirectNetLeakLocalStatus&>().leakedRouteBySourceVrf());
+using Sources = Orb::Children<RouteLeakedFromVrf>::Map;
 
 /// The first leaked prefix of the source VRF at `source` or of one behind it; empty at the end.
 template <typename Source>

@@ -184,8 +184,8 @@ void RootSm::doCreateOrDeleteContainer(const L3::VrfName& name) {
     }
     const bool due = verdict == Verdict::due;
     const bool exists = containerSm(name) != nullptr;
-    if (creating_->vrfName().contains(name)) {
-        creating_->vrfNameIs(name, false); // decided again once its container is there
+    if (changing_->vrfName().contains(name)) {
+        changing_->vrfNameIs(name, false); // decided again once that is done
     } else if (due == exists) {
         DIRECTNET_TRACE(8, "no change, containerSm ", exists ? "exists" : "do not exist",
                         " for VRF ", name);
@@ -200,19 +200,17 @@ void RootSm::doCreateContainer(const L3::VrfName& name) {
     const Vrf::VrfIdMap::VrfId vrfId = nameToIdMapWrapper()->vrfId(name);
     DIRECTNET_TRACE(8, "adding containerSm VRF ", name);
     DIRECTNET_RINGLOG(" adding containerSm. vrfId=", vrfId);
-    creating_->vrfNameIs(name, true);
+    changing_->vrfNameIs(name, true);
     try {
         createContainerParts(name, vrfId);
     } catch (...) {
-        creating_->vrfNameDel(name);
+        changing_->vrfNameDel(name);
         doDeleteContainer(name);
         doDeleteContainerParts(name, vrfId);
         throw;
     }
     // What the new container wrote may have made others change the VRF's conditions.
-    const bool undisturbed = creating_->vrfName(name);
-    creating_->vrfNameDel(name);
-    if (!undisturbed) {
+    if (!isUndisturbed(name)) {
         doDeleteContainer(name);
         doCreateOrDeleteContainer(name);
     }
@@ -249,21 +247,40 @@ void RootSm::doDeleteContainer(const L3::VrfName& name) {
     const L3::VrfName stable = name; // the caller's may be the container's own
     DIRECTNET_TRACE(8, "deleting containerSm VRF ", stable);
     DIRECTNET_RINGLOG(" deleting containerSm");
-    if (creating_->vrfName().contains(stable)) {
-        creating_->vrfNameIs(stable, false);
+    if (changing_->vrfName().contains(stable)) {
+        changing_->vrfNameIs(stable, false);
         return;
     }
-    allVrfReadyStatus()->vrfReadyStatusDel(stable);
-    const ContainerSm* container = containerSm(stable);
+    changing_->vrfNameIs(stable, true);
+    try {
+        deleteContainerAndParts(stable);
+    } catch (...) {
+        changing_->vrfNameDel(stable);
+        throw;
+    }
+    if (!isUndisturbed(stable)) {
+        doCreateOrDeleteContainer(stable);
+    }
+}
+
+void RootSm::deleteContainerAndParts(const L3::VrfName& name) {
+    allVrfReadyStatus()->vrfReadyStatusDel(name);
+    const ContainerSm* container = containerSm(name);
     if (container == nullptr) {
         return;
     }
     ORB_ASSERT(container->references() == 1, "container->references() == 1");
     const Vrf::VrfIdMap::VrfId vrfId = container->vrfId();
-    containerSmDel(stable);
-    vrfVirtualIpStatusHelper()->maybeDeleteVrfVirtualIpStatus(stable.value());
-    vrfVirtualIp6StatusHelper()->maybeDeleteVrfVirtualIpStatus(stable.value());
+    containerSmDel(name);
+    vrfVirtualIpStatusHelper()->maybeDeleteVrfVirtualIpStatus(name.value());
+    vrfVirtualIp6StatusHelper()->maybeDeleteVrfVirtualIpStatus(name.value());
     intfBacklogByVrf()->intfBacklogDel(vrfId);
+}
+
+bool RootSm::isUndisturbed(const L3::VrfName& name) {
+    const bool undisturbed = changing_->vrfName(name);
+    changing_->vrfNameDel(name);
+    return undisturbed;
 }
 
 Orb::Ptr<VrfNameSet> RootSm::containerNames() const {

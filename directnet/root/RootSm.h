@@ -156,13 +156,17 @@ class RootSm : public Orb::Entity {
     Verdict containerVerdict(const L3::VrfName& name) const;
     void doCreateContainer(const L3::VrfName& name);
     void createContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId vrfId);
+    void deleteContainerAndParts(const L3::VrfName& name);
+    /// Ends a change of the VRF's container: whether its conditions stayed as they were.
+    bool isUndisturbed(const L3::VrfName& name);
     void doDeleteContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId vrfId);
     Orb::Ptr<VrfNameSet> containerNames() const;
 
     OrbMemtab::Mount mount_;
     std::vector<Orb::String> mounted_;
-    /// VRFs whose container is being made; false once their conditions changed meanwhile.
-    Orb::Ptr<VrfNameSet> creating_ = Orb::makePtr<VrfNameSet>();
+    /// VRFs whose container is being made or deleted; false once their conditions changed
+    /// meanwhile.
+    Orb::Ptr<VrfNameSet> changing_ = Orb::makePtr<VrfNameSet>();
     OrbNameToIdMapWrapper orbNameToIdMapWrapper_;
     Orb::Ptr<OrbOrb_NameToIdMapIn> orbOrb_NameToIdMapIn_;
     OrbAllVrfStatusLocal orbAllVrfStatusLocal_;
