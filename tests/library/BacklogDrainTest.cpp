@@ -1,0 +1,303 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/support/LibraryHarness.h"
+
+namespace Routing::DirectNet {
+namespace {
+
+/// Acts on every change of an entity, on behalf of somebody outside the library.
+class Outsider : public Orb::NotifieeOf<Orb::Entity> {
+  public:
+    using Act = std::function<void(Orb::AttributeId, const void*)>;
+    Outsider(Orb::Ptr<Orb::Entity> watched, Act act) : act_(std::move(act)) {
+        hasNotificationActiveIs(true);
+        notifierIs(std::move(watched));
+    }
+    void onAttribute(Orb::AttributeId id, const void* key) override { act_(id, key); }
+
+  private:
+    Act act_;
+};
+
+class BacklogDrainTest : public testing::Test {
+  protected:
+    BacklogDrainTest() {
+        harness.vrfId("default", 0);
+        harness.device("default", "Et1");
+        harness.device("default", "Et2");
+        harness.settle();
+    }
+    ~BacklogDrainTest() override { ::unsetenv(testMode); }
+
+    IntfBacklog& backlog() { return harness.backlog("default"); }
+    IntfBacklogSm& sm() { return *harness.container("default").intfBacklogSm(); }
+    void addHosts(int n) {
+        for (int i = 0; i < n; ++i) {
+            harness.secondary("default", "Et1",
+                              "10." + std::to_string(i >> 8) + "." + std::to_string(i & 255)
+                                  + ".1/32");
+        }
+    }
+    std::size_t routes() { return harness.root().ipv4AllVrfRouteConfig()->size(); }
+    void expectNothingLeft() {
+        harness.removeVrfs();
+        EXPECT_EQ(harness.leftovers(), "");
+    }
+    static constexpr const char* testMode = "INTERFACEROUTEINFOSM_TEST";
+
+    LibraryHarness harness;
+};
+
+TEST_F(BacklogDrainTest, DrainStartsAtOnceOrEachChangeAsksForItsOwn) {
+    addHosts(3);
+    harness.run(0.02);
+    addHosts(5);
+    harness.run(0.0199);
+    EXPECT_EQ(routes(), 0U);
+    harness.run(0.0002);
+    EXPECT_EQ(routes(), 5U);
+    EXPECT_EQ(harness.clock->nextWakeup(), Orb::Clock::never); // its own removals ask for nothing
+}
+
+TEST_F(BacklogDrainTest, BurstIsDrainedInOneCallOrCountedMoreThanOnce) {
+    constexpr int burst = 10000;
+    const std::uint32_t emptied = backlog().backlogEmpty();
+    addHosts(burst);
+    const std::uint32_t calls = sm().handleBacklogCallCount();
+    harness.clock->secondsPerRead = 0.08 / 1000;
+    double last = 0;
+    std::size_t left = backlog().backlog().size();
+    while (harness.clock->nextWakeup() != Orb::Clock::never) {
+        harness.clock->advanceTo(harness.clock->nextWakeup());
+        const double start = harness.clock->now();
+        EXPECT_GT(start - last, 0.039); // looking at the clock took a little of the pause
+        harness.clock->runDue();
+        last = harness.clock->now();
+        EXPECT_LT(last - start, 0.081);
+        ASSERT_LT(backlog().backlog().size(), left);
+        left = backlog().backlog().size();
+        EXPECT_EQ(backlog().backlogEmpty(), emptied + (left == 0 ? 1 : 0));
+    }
+    EXPECT_GE(sm().handleBacklogCallCount() - calls, 10U);
+    EXPECT_EQ(routes(), static_cast<std::size_t>(burst));
+    EXPECT_EQ(backlog().backlogEmpty(), emptied + 1);
+    harness.clock->secondsPerRead = 0;
+    expectNothingLeft();
+}
+
+TEST_F(BacklogDrainTest, NextSliceForgetsWhereTheLastOneStopped) {
+    addHosts(10);
+    harness.clock->secondsPerRead = 1; // one member a slice
+    harness.clock->advanceTo(harness.clock->nextWakeup());
+    harness.clock->runDue();
+    const IntfIdAndPrefix bookmark = sm().backlogBookmark();
+    ASSERT_TRUE(backlog().backlog().contains(bookmark));
+    harness.clock->runDue();
+    EXPECT_FALSE(backlog().backlog().contains(bookmark));
+    EXPECT_EQ(backlog().backlog().size(), 8U);
+    // The bookmarked member is gone by the time of the next slice.
+    const IntfIdAndPrefix gone = sm().backlogBookmark();
+    backlog().backlogDel(gone);
+    harness.clock->runDue();
+    EXPECT_EQ(backlog().backlog().size(), 6U);
+    EXPECT_TRUE(backlog().backlog().contains(sm().backlogBookmark()));
+}
+
+TEST_F(BacklogDrainTest, TestAidWritesRoutesOrLosesWork) {
+    const std::uint32_t emptied = backlog().backlogEmpty();
+    ::setenv(testMode, "1", 1);
+    addHosts(3);
+    harness.settle();
+    EXPECT_EQ(routes(), 0U);
+    EXPECT_EQ(backlog().backlogEmpty(), emptied + 1);
+    ::setenv(testMode, "2", 1);
+    addHosts(6);
+    harness.clock->secondsPerRead = 0.001;
+    harness.run(5);
+    EXPECT_EQ(backlog().backlog().size(), 3U); // those that are new
+    EXPECT_EQ(backlog().backlogEmpty(), emptied + 1);
+    harness.clock->secondsPerRead = 0;
+    ::unsetenv(testMode);
+    harness.settle();
+    EXPECT_EQ(routes(), 3U);
+    EXPECT_EQ(backlog().backlogEmpty(), emptied + 2);
+}
+
+// All contributors of 10.0.0.1/32 in every order of coming; then the winner goes, one by one.
+TEST_F(BacklogDrainTest, WinnerDependsOnTheOrderOfArrival) {
+    struct Contributor {
+        std::function<void()> comes, goes;
+        RouteRow row;
+    };
+    auto& h = harness;
+    h.subnetRoutes(true);
+    h.vrf("A", 7);
+    h.device("default", "Et0");
+    h.address("A", "Et0", "10.0.0.1/24");
+    const std::vector<Contributor> byRank{
+        {[&] { h.leak(7, "10.0.0.0/24", 0); },
+         [&] { h.leakDel(7, "10.0.0.0/24", 0); },
+         {"10.0.0.1/32", 1, "Et0", "", "7"}},
+        {[&] { h.address("default", "Et1", "10.0.0.1/31"); },
+         [&] { h.address("default", "Et1", "0.0.0.0/0"); },
+         {"10.0.0.1/32", 1, "Et1"}},
+        {[&] { h.virtualIp("default", "10.0.0.1/32", "Et1"); },
+         [&] { h.virtualIpDel("default", "10.0.0.1/32", "Et1"); },
+         {"10.0.0.1/32", 1, "Et1", "receive-virtual"}},
+        {[&] { h.secondary("default", "Et2", "10.0.0.1/32"); },
+         [&] { h.secondaryDel("default", "Et2", "10.0.0.1/32"); },
+         {"10.0.0.1/32", 2, "Et2"}},
+        {[&] { h.virtualIp("default", "10.0.0.1/32", "Et2"); },
+         [&] { h.virtualIpDel("default", "10.0.0.1/32", "Et2"); },
+         {"10.0.0.1/32", 1, "Et2", "receive-virtual"}},
+    };
+    const auto winner = [&] {
+        h.settle();
+        const auto routes = h.routes("default");
+        const auto found = std::find_if(routes.begin(), routes.end(), [](const std::string& line) {
+            return line.starts_with("10.0.0.1/32 ");
+        });
+        return found == routes.end() ? "" : *found;
+    };
+    std::vector<std::size_t> order{0, 1, 2, 3, 4};
+    do {
+        std::size_t best = order.size();
+        for (const std::size_t i : order) {
+            byRank[i].comes();
+            best = std::min(best, i);
+            EXPECT_EQ(winner(), byRank[best].row.text());
+        }
+        for (std::size_t i = 0; i < byRank.size(); ++i) {
+            byRank[i].goes();
+            EXPECT_EQ(winner(), i + 1 < byRank.size() ? byRank[i + 1].row.text() : "");
+        }
+        ASSERT_FALSE(HasFailure()) << testing::PrintToString(order);
+    } while (std::next_permutation(order.begin(), order.end()));
+    EXPECT_TRUE(sm().installedIntfId().empty());
+    expectNothingLeft();
+}
+
+TEST_F(BacklogDrainTest, LeakedRouteTakesAReferenceWhereItIsWritten) {
+    harness.vrf("A", 7);
+    harness.address("A", "Et1", "10.0.0.1/24");
+    harness.leak(7, "10.0.0.0/24", 0);
+    harness.settle();
+    EXPECT_ROUTES(harness, "default", {{"10.0.0.1/32", 1, "Et1", "", "7"}});
+    EXPECT_TRUE(backlog().intfViaSetKeyStatus4()->vskRefcountByIntfId().empty());
+}
+
+// A queued prefix whose last contributor goes must not be found in the index any more.
+TEST_F(BacklogDrainTest, PrefixIsQueuedOnlyAfterItsEmptiedSetLeftTheIndex) {
+    harness.address("default", "Et1", "10.0.0.1/32");
+    harness.settle();
+    std::vector<std::string> seen;
+    const auto outsider = Orb::makePtr<Outsider>(
+        Orb::Ptr<Orb::Entity>(&backlog()), [&](Orb::AttributeId id, const void*) {
+            if (id == IntfBacklog::backlogId) {
+                seen.emplace_back("queued");
+            } else if (id == IntfBacklog::intfIdsByPrefixId) {
+                seen.emplace_back("index");
+            }
+        });
+    harness.address("default", "Et1", "0.0.0.0/0");
+    EXPECT_EQ(seen, (std::vector<std::string>{"queued", "index"}));
+}
+
+TEST_F(BacklogDrainTest, UnknownOrRepeatedContributorLeavesATrace) {
+    using Vrf::VrfIdMap::VrfId;
+    const Lanx::IntfId et1("Et1");
+    const auto address = Lanx::IpGenAddrWithMask::fromString("10.0.0.1/24");
+    const Rib::ViaSetKey viaSet(9);
+    const auto add = [&](const Lanx::IpGenPrefix& prefix) {
+        backlog().addToIntfIdsByPrefix(et1, prefix, address, Fib::RouteType::connected, viaSet,
+                                       VrfId::invalid(), false);
+    };
+    const auto del = [&](Fib::RouteType type, VrfId source, bool isVirtual) {
+        backlog().delFromIntfIdsByPrefix(et1, address.subnet(), address, type, source, isVirtual);
+    };
+    add(Lanx::IpGenPrefix::fromString("0.0.0.0/0"));
+    add(Lanx::IpGenPrefix::fromString("::/0"));
+    add(Lanx::IpGenPrefix());
+    EXPECT_EQ(backlog().backlog().size() + backlog().intfIdsByPrefix().size(), 0U);
+    add(address.subnet());
+    add(address.subnet());
+    EXPECT_EQ(backlog().backlog().size(), 1U);
+    backlog().backlogDelAll();
+    del(Fib::RouteType::receive, VrfId::invalid(), false);
+    del(Fib::RouteType::connected, VrfId(1), false);
+    del(Fib::RouteType::connected, VrfId::invalid(), true);
+    EXPECT_EQ(backlog().backlog().size(), 0U);
+    EXPECT_EQ(backlog().intfIdsByPrefix().size(), 1U);
+    del(Fib::RouteType::connected, VrfId::invalid(), false);
+    EXPECT_EQ(backlog().backlog().size(), 1U);
+    EXPECT_EQ(backlog().intfIdsByPrefix().size(), 0U);
+}
+
+// Whoever watches the routes changes what they are made from, in the middle of a drain.
+TEST_F(BacklogDrainTest, RouteWatcherTakesTheGroundFromUnderTheDrain) {
+    auto& h = harness;
+    const std::vector<std::function<void()>> acts{
+        [&] { h.removeVrfs(); },
+        [&] { h.removeVrfs(), h.vrfId("default", 0); },
+        [&] { h.removeVrfs(), h.vrfId("default", 1); },
+        [&] { h.deviceDel("default", "Et1"); },
+        [&] { h.ipv4Del("default"); },
+        [&] { h.address("default", "Et1", "10.0.0.9/24"); },
+        [&] { backlog().backlogDelAll(); },
+    };
+    for (std::size_t act = 0; act < acts.size(); ++act) {
+        for (const int atRoute : {1, 3, 5}) {
+            h.device("default", "Et1");
+            h.vrfId("default", 0);
+            h.settle();
+            addHosts(5);
+            int seen = 0;
+            const auto outsider =
+                Orb::makePtr<Outsider>(Orb::Ptr<Orb::Entity>(h.root().ipv4AllVrfRouteConfig()),
+                                       [&](Orb::AttributeId, const void*) {
+                                           if (++seen == atRoute) {
+                                               acts[act]();
+                                           }
+                                       });
+            h.settle();
+            h.removeVrfs();
+            ASSERT_EQ(h.leftovers(), "") << act << " at route " << atRoute;
+            h.ipv4Del("default");
+        }
+    }
+}
+
+TEST(BacklogDeathTest, InvariantsThatBreakAreOverlooked) {
+    const Lanx::IntfId et1("Et1");
+    const auto status = Orb::makePtr<IntfViaSetKeyStatus>(
+        IntfViaSetKeyStatus::Arguments{Lanx::AddressFamily::ipv4});
+    status->incIntfVskRefcount(et1);
+    status->incIntfVskRefcount(et1);
+    status->decIntfVskRefcount(et1);
+    status->decIntfVskRefcount(et1);
+    EXPECT_FALSE(status->vskRefcountByIntfId().contains(et1));
+    EXPECT_DEATH(status->decIntfVskRefcount(et1), "vskRefcountByIntfId\\( intfId \\) > 0");
+
+    LibraryHarness harness;
+    harness.vrfId("default", 0);
+    const auto prefix = Lanx::IpGenPrefix::fromString("10.0.0.0/24");
+    harness.backlog("default").intfIdsByPrefixIs(intfIdSetFactory(prefix));
+    EXPECT_DEATH(harness.container("default").intfBacklogSm()->getIntfIdAndAddr(prefix),
+                 "intfIdAndAddrs->intfIdAndAddrs\\(\\) > 0");
+    harness.backlog("default").intfIdsByPrefixDel(prefix);
+    {
+        const Orb::Ptr<ContainerSm> held(&harness.container("default"));
+        EXPECT_DEATH(harness.vrfIdDel("default"), "container->references\\(\\) == 1");
+    }
+    const Orb::Ptr<RootSm> held(&harness.root());
+    EXPECT_DEATH(harness.root().handleDelete(), "references\\(\\) == 1");
+}
+
+} // namespace
+} // namespace Routing::DirectNet

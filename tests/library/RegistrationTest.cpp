@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "directnet/root/RootSm.h"
+#include "platform/orb/TypeNode.h"
+#include "platform/orb/TypeRegistry.h"
+
+namespace Routing::DirectNet {
+namespace {
+
+TEST(RegistrationTest, OrderIsTheLinkers) {
+    ASSERT_NE(&RootSm::fwkType(), nullptr);
+    std::vector<std::string> names;
+    const std::string prefix = "Routing::DirectNet::";
+    for (const Orb::TypeNode* type : Orb::TypeRegistry::instance().typeNodes()) {
+        if (type->name().starts_with(prefix)) {
+            names.emplace_back(type->name().substr(prefix.size()));
+        }
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"VrfIp6IntfStatusSm",
+                                               "VrfIpIntfStatusSm",
+                                               "Ip6IntfSm",
+                                               "VrfNameSet",
+                                               "RootSm",
+                                               "RootSm::VrfStatusLocalSm",
+                                               "Ip6IntfStatusSm",
+                                               "IpIntfStatusSm",
+                                               "IpIntfSm",
+                                               "KernelIntfStatus",
+                                               "ContainerSm",
+                                               "Ipv6::VrfVirtualIpStatusHelper",
+                                               "Ipv6::VrfVirtualIpStatus",
+                                               "Ipv6::AllVrfVirtualIpStatus",
+                                               "Ipv4::VrfVirtualIpStatusHelper",
+                                               "Ipv4::VrfVirtualIpStatus",
+                                               "Ipv4::AllVrfVirtualIpStatus",
+                                               "Ipv6::VrfVirtualIpStatusSm",
+                                               "Ipv4::VrfVirtualIpStatusSm",
+                                               "Ipv6::VirtualIpStatusSm",
+                                               "Ipv4::VirtualIpStatusSm",
+                                               "IntfIdAndPrefix",
+                                               "IntfViaSetKey",
+                                               "IntfBacklog",
+                                               "IntfBacklogByVrf",
+                                               "IntfViaSetConfig",
+                                               "IntfIdAndAddr",
+                                               "IntfIdSet",
+                                               "IntfViaSetKeyStatus",
+                                               "IntfBacklogSm",
+                                               "ReceiveRouteLeakSm",
+                                               "AllVrfRibReadySm",
+                                               "GrState",
+                                               "AllVrfReadyStatus",
+                                               "VrfReadyStatus"}));
+}
+
+// Constructor attributes take the first ids; ids that are stated are those of their attributes.
+TEST(RegistrationTest, AttributesAreMissingOrOutOfOrder) {
+    std::vector<std::string> names;
+    for (const auto& attribute : ContainerSm::fwkType().attributes()) {
+        if (names.size() < 21) {
+            EXPECT_EQ(attribute.id, 258 + names.size());
+        }
+        names.emplace_back(attribute.name);
+    }
+    ASSERT_GT(names.size(), 21U);
+    EXPECT_EQ(names[0], "entityManager");
+    EXPECT_EQ(names[6], "vrfVirtualIpStatus");
+    EXPECT_EQ(names[20], "vrfReadyStatus");
+    EXPECT_EQ(Vrf::VrfIdMap::NameToIdMapWrapper::generationId, 258U);
+    EXPECT_EQ(Vrf::VrfIdMap::NameToIdMap::vrfIdId, 258U);
+    EXPECT_EQ(Ip::AllVrfStatusLocal::vrfId, 258U);
+    EXPECT_EQ(Ip::VrfStatusLocal::stateId, 259U);
+}
+
+} // namespace
+} // namespace Routing::DirectNet

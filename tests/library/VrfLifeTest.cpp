@@ -1,0 +1,371 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/orb/Error.h"
+#include "tests/support/LibraryHarness.h"
+
+namespace Routing::DirectNet {
+namespace {
+
+using VrfId = ::Vrf::VrfIdMap::VrfId;
+
+/// A program outside the library that acts on every change of something that it writes.
+template <typename Watched>
+class Outsider : public Orb::NotifieeOf<Watched> {
+  public:
+    Outsider(Orb::Ptr<Watched> watched, std::function<void()> act) : act_(std::move(act)) {
+        this->hasNotificationActiveIs(true);
+        this->notifierIs(std::move(watched));
+    }
+    void onAttribute(Orb::AttributeId, const void*) override { act_(); }
+
+  private:
+    std::function<void()> act_;
+};
+
+class VrfLifeTest : public testing::Test {
+  protected:
+    bool exists(const std::string& vrf) const {
+        return harness.root().containerSm(L3::VrfName(vrf)) != nullptr;
+    }
+    bool isDue(const std::string& vrf) const {
+        const Ip::VrfStatusLocal* status = harness.allVrfStatusLocal->vrf(L3::VrfName(vrf));
+        return status != nullptr && status->state() == Ip::VrfState::active
+               && harness.nameToIdMapWrapper->vrfIdExists(L3::VrfName(vrf));
+    }
+    void addRed() {
+        harness.device("ns1", "Et1");
+        harness.address("red", "Et1", "10.0.0.1/32");
+        harness.vrf("red", 5, "ns1");
+    }
+    void expectNothingLeft() {
+        harness.removeVrfs();
+        EXPECT_EQ(harness.leftovers(), "");
+    }
+
+    LibraryHarness harness;
+    const std::vector<RouteRow> oneRoute{{"10.0.0.1/32", 2, "Et1"}};
+};
+
+TEST_F(VrfLifeTest, ContainerIsThereWithoutItsConditionsOrMissingWithThem) {
+    struct Step {
+        std::function<void()> change;
+        bool red;
+        bool byDefault;
+    };
+    auto& h = harness;
+    const std::vector<Step> steps{
+        {[&] { h.vrfStatus("red", true); }, false, false},
+        {[&] { h.vrfId("red", 5); }, true, false},
+        {[&] { h.vrfStatus("red", false); }, false, false},
+        {[&] { h.vrfStatus("red", true); }, true, false},
+        {[&] { h.vrfIdDel("red"); }, false, false},
+        {[&] { h.vrfId("red", 6); }, true, false},
+        {[&] { h.vrfId("default", 0); }, true, true},
+        {[&] { h.vrfStatus("default", false); }, true, true},
+        {[&] { h.vrfStatusDel("default"); }, true, true}, // needs no status, so it comes back
+        {[&] { h.vrfStatusDel("red"); }, false, true},
+        {[&] { h.vrfStatus("red", true); }, true, true},
+        {[&] { h.nameToIdMapWrapper->nameToIdMapIs(nullptr); }, false, false},
+    };
+    for (const Step& step : steps) {
+        step.change();
+        EXPECT_EQ(exists("red"), step.red) << &step - steps.data();
+        EXPECT_EQ(exists("default"), step.byDefault) << &step - steps.data();
+    }
+    EXPECT_EQ(harness.leftovers(), "");
+}
+
+TEST_F(VrfLifeTest, GenerationOfTheMapIsNotFollowed) {
+    const auto map = Orb::makePtr<::Vrf::VrfIdMap::NameToIdMap>();
+    map->vrfIdIs(L3::VrfName::defaultVrf(), VrfId(0));
+    harness.nameToIdMapWrapper->nameToIdMapIs(map);
+    EXPECT_TRUE(exists("default"));
+    map->vrfIdIs("red", VrfId(1));
+    harness.vrfStatus("red", true);
+    EXPECT_TRUE(exists("red"));
+    harness.nameToIdMapWrapper->generationIs(1);
+    EXPECT_EQ(harness.root().containerSm().size(), 2U);
+    expectNothingLeft();
+}
+
+TEST_F(VrfLifeTest, TwoVrfsOfOneNamespaceTakeEachOthersDevicesAway) {
+    addRed();
+    harness.address("blue", "Et1", "10.0.0.1/32");
+    harness.vrf("blue", 6, "ns1");
+    harness.settle();
+    harness.vrfIdDel("red");
+    harness.device("ns1", "Et2");
+    harness.address("blue", "Et2", "10.0.0.2/32");
+    harness.settle();
+    EXPECT_ROUTES(harness, "blue", {{"10.0.0.1/32", 2, "Et1"}, {"10.0.0.2/32", 2, "Et2"}});
+    harness.deviceDel("ns1", "Et1");
+    harness.settle();
+    EXPECT_ROUTES(harness, "blue", {{"10.0.0.2/32", 2, "Et2"}});
+    expectNothingLeft();
+}
+
+// The outsider is told of a VRF's state before or after the library, and takes the VRF away.
+TEST_F(VrfLifeTest, StatusThatGoesInTheMiddleOfItsOwnChange) {
+    harness.stop();
+    for (const bool outsiderFirst : {true, false}) {
+        LibraryHarness h(LibraryHarness::Options{false, !outsiderFirst});
+        h.vrfId("red", 5);
+        h.vrfStatus("red", false);
+        const Orb::Ptr<Ip::VrfStatusLocal> status(h.allVrfStatusLocal->vrf("red"));
+        const auto outsider =
+            Orb::makePtr<Outsider<Ip::VrfStatusLocal>>(status, [&h] { h.vrfStatusDel("red"); });
+        if (outsiderFirst) {
+            h.start();
+        }
+        status->stateIs(Ip::VrfState::active);
+        EXPECT_EQ(h.root().containerSm().size(), 0U);
+        EXPECT_EQ(h.leftovers(), "");
+    }
+}
+
+/// The moments of a VRF's life at which the tables tell others.
+TEST_F(VrfLifeTest, OutsiderChangesTheVrfWhileItIsWritten) {
+    auto& h = harness;
+    const std::vector<std::function<void()>> acts{
+        [&] { h.vrfIdDel("red"); },
+        [&] { h.vrfStatusDel("red"); },
+        [&] { h.vrfStatus("red", false); },
+        [&] { h.ipv4Del("red"); },
+        [&] { h.deviceDel("ns1", "Et1"); },
+        [&] {
+            h.vrfIdDel("red");
+            h.vrfStatus("red", true, "ns1");
+            h.vrfId("red", 7);
+        },
+        [&] {
+            h.vrfIdDel("red");
+            h.vrfId("red", 5);
+        },
+        [&] { h.address("red", "Et1", "10.0.0.9/24"); },
+        [&] { h.secondary("red", "Et1", "10.0.7.1/24"); },
+        [&] { h.virtualIp("red", "10.0.8.1/24", "Et1"); }};
+    const std::vector<std::function<Orb::Ptr<Orb::Entity>()>> written{
+        [&] { return Orb::Ptr<Orb::Entity>(h.root().ipv4AllVrfRouteConfig()); },
+        [&] { return Orb::Ptr<Orb::Entity>(h.root().ipv4AllVrfViaConfig()); },
+        [&] { return Orb::Ptr<Orb::Entity>(h.viaSetConfig->viaSetCollection()); },
+        [&] { return Orb::Ptr<Orb::Entity>(h.root().allVrfReadyStatus()); },
+        [&] { return Orb::Ptr<Orb::Entity>(h.root().allVrfVirtualIpStatus()); },
+        [&] { return Orb::Ptr<Orb::Entity>(h.root().intfBacklogByVrf()); }};
+    for (std::size_t table = 0; table < written.size(); ++table) {
+        for (std::size_t act = 0; act < acts.size(); ++act) {
+            for (const bool goes : {false, true}) { // while it comes, or while it goes
+                const auto whole = [&] {
+                    return std::to_string(table) + "/" + std::to_string(act);
+                };
+                int left = 3; // changes that the outsider reacts to
+                Orb::Ptr<Outsider<Orb::Entity>> outsider;
+                const auto watch = [&] {
+                    outsider = Orb::makePtr<Outsider<Orb::Entity>>(written[table](), [&] {
+                        if (left-- > 0) {
+                            acts[act]();
+                        }
+                    });
+                };
+                if (!goes) {
+                    watch();
+                }
+                addRed();
+                harness.settle();
+                if (goes) {
+                    watch();
+                    harness.vrfIdDel("red");
+                }
+                harness.settle();
+                outsider = nullptr;
+                ASSERT_EQ(exists("red"), isDue("red")) << whole();
+                harness.removeVrfs();
+                harness.ipv4Del("red");
+                harness.virtualIpDel("red", "10.0.8.1/24");
+                ASSERT_EQ(harness.leftovers(), "") << whole() << (goes ? " goes" : " comes");
+            }
+        }
+    }
+}
+
+TEST_F(VrfLifeTest, HandlerThatThrowsDuringCreationLeavesHalfAVrf) {
+    int thrown = 0;
+    const auto outsider =
+        Orb::makePtr<Outsider<Rib::Ip::ViaConfig>>(harness.root().ipv4AllVrfViaConfig(), [&] {
+            if (++thrown == 1) {
+                throw Orb::Error("outside");
+            }
+        });
+    EXPECT_THROW(addRed(), Orb::Error);
+    EXPECT_FALSE(exists("red"));
+    EXPECT_EQ(harness.leftovers(), "");
+    harness.vrfId("blue", 6); // all others go on
+    harness.vrfStatus("blue", true);
+    harness.vrfStatus("red", false);
+    harness.vrfStatus("red", true, "ns1");
+    harness.settle();
+    EXPECT_ROUTES(harness, "red", {{"10.0.0.1/32", 2, "Et1"}});
+    expectNothingLeft();
+}
+
+// What an earlier run left in the store for an id is gone before the first new write, and never
+// seen beside it.
+TEST_F(VrfLifeTest, StaleRoutesAndViasOfTheIdSurvive) {
+    addRed();
+    harness.settle();
+    Rib::Route stale(Rib::RouteKey(VrfId(5), Lanx::IpGenPrefix::fromString("10.9.0.0/16")),
+                     Rib::ViaSetKey(77), Fib::RouteType::connected);
+    Rib::Via via(Rib::ViaKey(1, 99, VrfId(5), 1));
+    via.intfIdIs(Lanx::IntfId("Et9"));
+    const auto routes = harness.root().ipv4AllVrfRouteConfig();
+    harness.stop();
+    routes->routeAdd(stale);
+    harness.store.doMount("routing/rib/viaConfig/ipv4/connected", "Routing::Rib::Ip::ViaConfig",
+                          OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
+    const auto vias =
+        harness.store.getEntity<Rib::Ip::ViaConfig>("routing/rib/viaConfig/ipv4/connected");
+    vias->viaIs(via);
+    harness.viaSetConfig->viaSetCollection()->viaSetIs(
+        Rib::Memtab::ViaSet(harness.viaSetConfig->newViaSetKey()));
+    bool both = false;
+    const auto outsider = Orb::makePtr<Outsider<Rib::RouteConfig>>(routes, [&] {
+        both = both || (routes->size() > 1 && routes->route(stale.key()) == stale);
+    });
+    harness.start();
+    harness.settle();
+    EXPECT_FALSE(both);
+    EXPECT_ROUTES(harness, "red", {{"10.0.0.1/32", 2, "Et1"}});
+    EXPECT_EQ(harness.vias(), 1U);
+    EXPECT_EQ(harness.viaSets(), 4U);
+    expectNothingLeft();
+    harness.store.doUnmount("routing/rib/viaConfig/ipv4/connected");
+}
+
+TEST_F(VrfLifeTest, TableOutlivesItsVirtualAddressesOrTheirVrf) {
+    const auto tables = [this] {
+        return harness.root().allVrfVirtualIpStatus()->vrfVirtualIpStatus().size();
+    };
+    harness.virtualIp("red", "10.0.0.1/24", "Et1");
+    harness.vrf("red", 5);
+    harness.settle();
+    EXPECT_ROUTES(harness, "red", {{"10.0.0.1/32", 1, "Et1", "receive-virtual"}});
+    harness.removeVrfs();
+    EXPECT_EQ(harness.leftovers(), "");
+    EXPECT_EQ(tables(), 1U); // the address is still published
+    harness.virtualIpDel("red", "10.0.0.1/24");
+    EXPECT_EQ(tables(), 0U);
+}
+
+TEST_F(VrfLifeTest, StoppedRootFollowsItsInputs) {
+    addRed();
+    harness.settle();
+    EXPECT_TRUE(harness.virtualIpAsReceiveRoute->enabled());
+    harness.stop();
+    EXPECT_FALSE(harness.virtualIpAsReceiveRoute->enabled());
+    for (const char* path :
+         {"routing/rib/viaConfig/ipv4/connected", "routing/rib/viaConfig/ipv6/connected",
+          "routing/rib/routeConfig/ipv4/connected", "routing/rib/routeConfig/ipv6/connected",
+          "routing/directNetLeakStatus", "routing6/directNetLeakStatus", "kni/ns/ns1/status"}) {
+        EXPECT_EQ(harness.entityManager->mounts(path), 0U) << path;
+    }
+    harness.vrf("blue", 6);
+    harness.start();
+    EXPECT_TRUE(exists("red") && exists("blue"));
+}
+
+// The conditions name errors with fixed texts, and the agent goes on with everything else.
+TEST_F(VrfLifeTest, NameThatIsTooLongStopsMoreThanItsOwnChange) {
+    addRed();
+    const auto textOf = [](auto change) -> std::string {
+        try {
+            change();
+        } catch (const Orb::RangeError& error) {
+            return error.what();
+        }
+        return "nothing";
+    };
+    EXPECT_EQ(textOf([&] { harness.vrf(std::string(101, 'x'), 9); }),
+              "VrfName::bytes > VrfName::maxLength not allowed");
+    EXPECT_EQ(textOf([&] { harness.vrfStatus("blue", true, std::string(151, 'x')); }),
+              "NamespaceName::bytes > 150 not allowed");
+    harness.vrf(std::string(100, 'x'), 9);
+    harness.settle();
+    EXPECT_ROUTES(harness, "red", {{"10.0.0.1/32", 2, "Et1"}});
+    expectNothingLeft();
+}
+
+TEST_F(VrfLifeTest, ContainerReinstantiatedUnderAnotherId) {
+    addRed();
+    ContainerSm& container = harness.container("red");
+    auto arguments = container.arguments();
+    EXPECT_EQ(ContainerSm::fwkKey(arguments), L3::VrfName("red"));
+    RootSm& root = harness.root();
+    try {
+        root.intfBacklogByVrf()->intfBacklogIs("green", VrfId(5));
+        FAIL();
+    } catch (const Orb::NameInUseError& error) {
+        EXPECT_EQ(std::string(error.what()),
+                  "Reinstantiating the pointer interface where constructor parameter attribute "
+                  "_vrfName has a different value of green than the current value of red not "
+                  "allowed");
+    }
+    try {
+        root.intfBacklogByVrf()->intfBacklog(VrfId(5))->intfIdsByPrefixIs(nullptr);
+        FAIL();
+    } catch (const Orb::NullArgumentError& error) {
+        EXPECT_EQ(std::string(error.what()),
+                  "null _intfIdsByPrefix parameter to mutator for "
+                  "Routing::DirectNet::IntfBacklog::intfIdsByPrefix not allowed\"");
+    }
+}
+
+class KernelDeviceTest : public VrfLifeTest {
+  protected:
+    ~KernelDeviceTest() override { ::unsetenv(variable); }
+    static constexpr const char* variable = "DIRECTNET_INTFENTRY_WITHOUT_KERNEL_INTF";
+};
+
+TEST_F(KernelDeviceTest, InterfaceHasRoutesWithoutARunningDevice) {
+    auto& h = harness;
+    h.vrf("red", 5, "ns1");
+    h.address("red", "Et1", "10.0.0.1/32");
+    h.address6("red", "Et1", "2001:db8::1/128");
+    h.device("default", "Et1"); // of another namespace
+    const std::vector<std::pair<std::function<void()>, bool>> steps{
+        {[] {}, false},
+        {[&] { h.device("ns1", "Et1", false); }, false},
+        {[&] { h.device("ns1", "Et1", true); }, true},
+        {[&] { h.deviceDel("ns1", "Et1"); }, false},
+        {[&] { h.device("ns1", "Et1", true); }, true},
+        {[&] { h.device("ns1", "Et1", false); }, false}};
+    for (const auto& [change, routes] : steps) {
+        change();
+        h.settle();
+        EXPECT_EQ(h.routes("red").size(), routes ? 2U : 0U);
+        EXPECT_EQ(h.vias(), routes ? 2U : 0U);
+    }
+}
+
+TEST_F(KernelDeviceTest, EmptyVariableCountsAsUnset) {
+    harness.vrfId("default", 0);
+    ::setenv(variable, "", 1);
+    harness.vrf("red", 5, "ns1");
+    ::unsetenv(variable); // read once per VRF
+    harness.address("default", "Et1", "10.0.0.1/32");
+    harness.address("red", "Et1", "10.0.0.1/32");
+    harness.settle();
+    EXPECT_ROUTES(harness, "default", {});
+    EXPECT_TRUE(hasRoutes(harness, "red", oneRoute));
+    harness.device("ns1", "Et1");
+    harness.deviceDel("ns1", "Et1");
+    harness.settle();
+    EXPECT_TRUE(hasRoutes(harness, "red", oneRoute));
+    expectNothingLeft();
+}
+
+} // namespace
+} // namespace Routing::DirectNet

@@ -1,0 +1,267 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/orb/Declare.h"
+#include "platform/orb/DefineType.h"
+#include "platform/orb/Entity.h"
+#include "platform/orb/Error.h"
+
+namespace Orb {
+namespace {
+
+class Lamp : public Entity {
+    ORB_ENTITY(Lamp, "Test::Lamp")
+    ORB_CONSTRUCTOR((std::string, room))
+    ORB_KEY(std::string, room)
+    ORB_ATTRIBUTE(259, int, watts, 40)
+    ORB_MAP(260, std::string, int, hours)
+
+  public:
+    explicit Lamp(Arguments arguments) : arguments_(std::move(arguments)) {}
+};
+ORB_DEFINE_TYPE(Lamp)
+
+class House : public Entity {
+    ORB_ENTITY(House, "Test::House")
+    ORB_CHILDREN(258, Lamp, lamp)
+    ORB_CHILD(259, Lamp, porch)
+};
+ORB_DEFINE_TYPE(House)
+
+/// Notes the watts that it sees under its name and then acts.
+class Watcher : public Lamp::NotifieeConst {
+  public:
+    Watcher(std::string name, std::vector<std::string>& log) : name_(std::move(name)), log_(log) {
+        hasNotificationActiveIs(true);
+    }
+    void onAttribute(AttributeId, const void*) override {
+        log_.push_back(name_ + std::to_string(notifier()->watts()));
+        if (act) {
+            act();
+        }
+    }
+
+    std::function<void()> act;
+
+  private:
+    std::string name_;
+    std::vector<std::string>& log_;
+};
+
+using Log = std::vector<std::string>;
+
+class NotifieeTest : public testing::Test {
+  protected:
+    NotifieeTest() {
+        for (const char* name : {"a", "b", "c"}) {
+            watchers.push_back(watch(name));
+        }
+    }
+    Ptr<Watcher> watch(const char* name) {
+        auto watcher = makePtr<Watcher>(name, log);
+        watcher->notifierIs(lamp);
+        return watcher;
+    }
+    /// What one change is seen by.
+    Log seen(int watts) {
+        log.clear();
+        lamp->wattsIs(watts);
+        return log;
+    }
+
+    Log log;
+    Ptr<Lamp> lamp = makePtr<Lamp>(Lamp::Arguments{"hall"});
+    Ptr<Lamp> other = makePtr<Lamp>(Lamp::Arguments{"attic"});
+    std::vector<Ptr<Watcher>> watchers;
+};
+
+TEST_F(NotifieeTest, UnchangedValueIsNews) {
+    EXPECT_EQ(seen(40), Log());
+    EXPECT_EQ(seen(60), (Log{"a60", "b60", "c60"}));
+    EXPECT_EQ(seen(60), Log());
+    lamp->hoursIs("monday", 0);
+    EXPECT_EQ(log.size(), 3U); // a member that comes is a change, whatever its value
+    lamp->hoursIs("monday", 0);
+    lamp->hoursDel("tuesday");
+    EXPECT_EQ(log.size(), 3U);
+}
+
+TEST_F(NotifieeTest, ReactorThatRemovesItselfTakesItsNeighbourAlong) {
+    for (std::size_t i = 0; i < 3; ++i) {
+        watchers[i]->act = [this, i] { watchers[i] = nullptr; };
+    }
+    EXPECT_EQ(seen(1), (Log{"a1", "b1", "c1"}));
+    EXPECT_EQ(seen(2), Log());
+    EXPECT_FALSE(lamp->hasReactors());
+}
+
+TEST_F(NotifieeTest, RemovedReactorIsCalledAgain) {
+    for (std::size_t victim = 0; victim < 3; ++victim) {
+        log.clear();
+        watchers[1]->act = [this, victim] { watchers[victim] = nullptr; };
+        seen(static_cast<int>(victim) + 1);
+        EXPECT_EQ(log.size(), victim == 2 ? 2U : 3U);
+        lamp->wattsIs(100);
+        watchers.clear();
+        EXPECT_FALSE(lamp->hasReactors());
+        for (const char* name : {"a", "b", "c"}) {
+            watchers.push_back(watch(name));
+        }
+    }
+}
+
+TEST_F(NotifieeTest, ReactorThatComesHearsOfTheChangeThatBroughtIt) {
+    watchers[2]->act = [this] {
+        if (watchers.size() == 3) {
+            watchers.push_back(watch("d"));
+        }
+    };
+    EXPECT_EQ(seen(1), (Log{"a1", "b1", "c1"}));
+    EXPECT_EQ(seen(2).size(), 4U);
+}
+
+TEST_F(NotifieeTest, RepointedReactorHearsOfTheOldOneOrMissesTheNew) {
+    watchers[0]->act = [this] {
+        watchers[1]->notifierIs(other);
+        watchers[0]->notifierIs(other);
+        other->wattsIs(7); // once each: the change of `other` is not this one's
+        watchers[0]->act = nullptr;
+    };
+    other->wattsIs(6);
+    const Log once = seen(1);
+    EXPECT_EQ(std::count(once.begin(), once.end(), "b7"), 1);
+    EXPECT_EQ(std::count(once.begin(), once.end(), "b1"), 0);
+    EXPECT_EQ(std::count(once.begin(), once.end(), "c1"), 1);
+    EXPECT_EQ(seen(2), (Log{"c2"}));
+    watchers[2]->notifierIs(nullptr);
+    EXPECT_EQ(seen(3), Log());
+}
+
+TEST_F(NotifieeTest, ReactorPointedAtTheSameObjectAgainIsCalledTwice) {
+    watchers[0]->act = [this] { watchers[0]->notifierIs(lamp); };
+    EXPECT_EQ(seen(1), (Log{"a1", "b1", "c1"}));
+    EXPECT_EQ(seen(2).size(), 3U);
+}
+
+// Depth first: the inner change is told to everybody before the outer one goes on.
+TEST_F(NotifieeTest, ChangeFromInsideTheHandlerIsLostOrSeenOutOfOrder) {
+    watchers[1]->act = [this] {
+        if (lamp->watts() < 3) {
+            lamp->wattsIs(lamp->watts() + 1);
+        }
+    };
+    const Log all = seen(1);
+    EXPECT_EQ(all.front(), "a1");
+    EXPECT_EQ(std::count(all.begin(), all.end(), "a3"), 1);
+    EXPECT_EQ(std::count(all.begin(), all.end(), "c3"), 3); // told thrice, of the present value
+    EXPECT_EQ(all.size(), 9U);
+    EXPECT_EQ(seen(10), (Log{"a10", "b10", "c10"}));
+}
+
+TEST_F(NotifieeTest, WatchedObjectDiesWhileItTells) {
+    watchers[0]->act = [this] {
+        lamp = nullptr;
+        for (const auto& watcher : watchers) {
+            watcher->notifierIs(nullptr);
+        }
+    };
+    Lamp* const raw = lamp.get();
+    raw->wattsIs(1);
+    EXPECT_EQ(log, Log{"a1"});
+}
+
+TEST_F(NotifieeTest, OwnerDiesWhileItsChildTells) {
+    watchers.clear();
+    auto house = makePtr<House>();
+    lamp = Ptr<Lamp>(house->lampIs("hall"));
+    const auto a = watch("a");
+    const auto b = watch("b");
+    a->act = [&] {
+        house->lampDel("hall");
+        house = nullptr;
+    };
+    EXPECT_EQ(seen(1).size(), 2U);
+    EXPECT_EQ(lamp->references(), 3U); // the reactors keep what they watch
+}
+
+TEST_F(NotifieeTest, ExceptionFromAHandlerBreaksTheList) {
+    watchers[1]->act = [] { throw Error("no"); };
+    EXPECT_THROW(lamp->wattsIs(1), Error);
+    EXPECT_EQ(lamp->watts(), 1);
+    watchers[1]->act = nullptr;
+    EXPECT_EQ(seen(2), (Log{"a2", "b2", "c2"}));
+    // Thrown two levels deep, with the reactor gone by then.
+    watchers[0]->act = [this] {
+        watchers[0]->act = nullptr;
+        lamp->wattsIs(5);
+    };
+    watchers[2]->act = [this] {
+        watchers[2] = nullptr;
+        throw Error("no");
+    };
+    EXPECT_THROW(lamp->wattsIs(4), Error);
+    EXPECT_EQ(seen(6), (Log{"a6", "b6"}));
+}
+
+TEST_F(NotifieeTest, ReactorThatIsInactiveOrGoingHears) {
+    watchers[0]->hasNotificationActiveIs(false);
+    watchers[1]->orbDoZombieReactors(true);
+    EXPECT_EQ(seen(1), (Log{"c1"}));
+    watchers[0]->hasNotificationActiveIs(true);
+    watchers[1]->orbDoZombieReactors(false);
+    EXPECT_EQ(seen(2), (Log{"a2", "b2", "c2"}));
+    watchers[0]->act = [this] { watchers[2]->orbDoZombieReactors(true); };
+    EXPECT_EQ(seen(3), (Log{"a3", "b3"}));
+}
+
+/// What an error says.
+template <typename E>
+std::string textOf(const std::function<void()>& misuse) {
+    try {
+        misuse();
+    } catch (const E& error) {
+        return error.what();
+    }
+    return "nothing";
+}
+
+TEST(DeclaredAttributeTest, ChildIsReplacedWhenEqualOrKeptWhenNot) {
+    const auto house = makePtr<House>();
+    const Ptr<Lamp> porch = house->porchIs("porch");
+    EXPECT_EQ(house->porchIs("porch"), porch);
+    EXPECT_NE(house->porchIs("garden"), porch);
+    const Ptr<Lamp> hall(house->lampIs("hall"));
+    EXPECT_EQ(house->lampIs("hall"), hall.get());
+    EXPECT_EQ(hall->references(), 2U); // looking a child up does not hold it
+    house->lampDelAll();
+    EXPECT_EQ(hall->references(), 1U);
+}
+
+TEST(DeclaredAttributeTest, GenericInterfaceMissesAttributesOrTakesBadText) {
+    const auto lamp = makePtr<Lamp>(Lamp::Arguments{"hall"});
+    const TypeNode& type = *lamp->fwkTypeNode();
+    std::vector<std::string> names;
+    for (const AttributeDescription& attribute : type.attributes()) {
+        names.emplace_back(attribute.name);
+    }
+    EXPECT_EQ(names, (std::vector<std::string>{"room", "watts", "hours"}));
+    EXPECT_EQ(type.attribute("colour"), nullptr);
+    const AttributeDescription& watts = *type.attribute("watts");
+    EXPECT_EQ(watts.id, Lamp::wattsId);
+    EXPECT_EQ(watts.get(*lamp), "40");
+    watts.set(*lamp, "75");
+    EXPECT_EQ(lamp->watts(), 75);
+    EXPECT_NE(textOf<ParseError>([&] { watts.set(*lamp, "many"); }), "nothing");
+    EXPECT_NE(textOf<ParseError>([&] { watts.set(*lamp, "75 "); }), "nothing");
+    EXPECT_NE(textOf<Error>([&] { watts.set(*lamp, "99999999999"); }), "nothing");
+    EXPECT_EQ(lamp->watts(), 75);
+    EXPECT_EQ(type.attribute("room")->get(*lamp), "hall");
+    EXPECT_EQ(type.attribute("room")->set, nullptr);
+}
+
+} // namespace
+} // namespace Orb
