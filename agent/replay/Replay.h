@@ -40,7 +40,6 @@ class Replay {
   private:
     bool runNextLine();
     void apply(const ScenarioLine& line);
-    void runUntil(double at);
     void start(bool gracefulRestart);
     void print(const std::string* label);
     std::string here() const;

@@ -40,7 +40,8 @@ void LiveDevice::configure(const json& config) {
     ids.configure(config.value("vrfs", none), published_);
     json vrfs = json::object();
     for (const json* document : {&std::as_const(config_), &config}) {
-        for (const auto& item : document->value("vrfs", none).items()) {
+        const json section = document->value("vrfs", none);
+        for (const auto& item : section.items()) {
             const bool configured = hasId(config, item.key());
             const L3::VrfName name(item.key());
             if (name == L3::VrfName::defaultVrf()) {

@@ -67,9 +67,11 @@ void IntfViaSetConfig::delViaSetKey(Lanx::IntfId intfId, IntfViaSetKeyStatus& st
     if (!key) {
         return;
     }
-    deleteViaSets(key, status.af());
+    // Out of the status first: a watcher of what is deleted may have the interface get new ones.
     status.intfViaSetKeyDel(key.intfId());
-    DIRECTNET_TRACE(8, "intf=", key.intfId(), " af=", status.af(), " viaId=", key.viaKey().viaId());
+    const Lanx::AddressFamily af = status.af();
+    deleteViaSets(key, af);
+    DIRECTNET_TRACE(8, "intf=", key.intfId(), " af=", af, " viaId=", key.viaKey().viaId());
 }
 
 void IntfViaSetConfig::deleteViaSets(const IntfViaSetKey& key, Lanx::AddressFamily af) {

@@ -47,14 +47,14 @@ void ReceiveRouteLeakSm::OrbLeakedRoute::orbDoZombieReactors(bool zombie) {
         return;
     }
     const Orb::Ptr<const RouteLeakedFromVrf> leaks(notifier());
-    for (const auto& [prefix, destinations] : leaks->destVrfId()) {
-        for (const auto& [destVrfId, listed] : destinations) {
+    Orb::forEachKey(leaks->destVrfId(), [&](const Lanx::IpGenPrefix& prefix) {
+        for (const VrfId destVrfId : Orb::keysOf(*leaks->destVrfId().find(prefix))) {
             owner()->handleLeakedRoute(leaks->sourceVrfId(), prefix, status(), destVrfId);
         }
         if (OrbIntfBacklog* backlog = owner()->intfBacklog(leaks->sourceVrfId())) {
             backlog->handlePrefix(prefix);
         }
-    }
+    });
 }
 
 // --- The backlog of one VRF.
@@ -175,27 +175,28 @@ void ReceiveRouteLeakSm::OrbIntfBacklog::handleDelete() {
 void ReceiveRouteLeakSm::OrbIntfBacklog::deleteLeakedFrom() {
     const Orb::Ptr<const IntfBacklog> source(notifier());
     for (const Lanx::AddressFamily af : {Lanx::AddressFamily::ipv4, Lanx::AddressFamily::ipv6}) {
-        const auto* leaks = owner()->crLeakLocalStatus(af).leakedRouteBySourceVrf(source->vrfId());
+        const Orb::Ptr<const RouteLeakedFromVrf> leaks(
+            owner()->crLeakLocalStatus(af).leakedRouteBySourceVrf(source->vrfId()));
         if (leaks == nullptr) {
             continue;
         }
-        for (const auto& [prefix, destinations] : leaks->destVrfId()) {
-            const IntfIdSet* set = source->intfIdsByPrefix(prefix);
-            if (set == nullptr) {
-                continue;
-            }
-            for (const auto& [destVrfId, listed] : destinations) {
-                IntfBacklog* dest = owner()->intfBacklogByVrf()->intfBacklog(destVrfId);
-                if (dest == nullptr) {
-                    continue;
-                }
-                for (const auto& [entry, viaSetKey] : set->intfIdAndAddr()) {
-                    owner()->delLeakedReceiveRoute(entry.intfId(), entry.addrWithMask(), *source,
-                                                   *dest);
+        Orb::forEachKey(leaks->destVrfId(), [&](const Lanx::IpGenPrefix& prefix) {
+            if (const Orb::Ptr<const IntfIdSet> set{source->intfIdsByPrefix(prefix)}) {
+                for (const VrfId destVrfId : Orb::keysOf(*leaks->destVrfId().find(prefix))) {
+                    deleteLeakedFrom(*source, *set, destVrfId);
                 }
             }
-        }
+        });
     }
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::deleteLeakedFrom(const IntfBacklog& source,
+                                                          const IntfIdSet& set, VrfId destVrfId) {
+    Orb::forEachKey(set.intfIdAndAddr(), [&](const IntfIdAndAddr& entry) {
+        if (const Orb::Ptr<IntfBacklog> dest{owner()->intfBacklogByVrf()->intfBacklog(destVrfId)}) {
+            owner()->delLeakedReceiveRoute(entry.intfId(), entry.addrWithMask(), source, *dest);
+        }
+    });
 }
 
 void ReceiveRouteLeakSm::OrbIntfBacklog::deleteLeakedInto() {

@@ -105,6 +105,7 @@ class ReceiveRouteLeakSm : public Orb::Entity {
         void handleOwnAddresses(Lanx::IntfId intfId, Lanx::AddressFamily af);
         void virtualPrefixIs(const Lanx::IpGenPrefix& prefix, const IntfIdAndAddr& iiaa);
         void deleteLeakedFrom();
+        void deleteLeakedFrom(const IntfBacklog& source, const IntfIdSet& set, VrfId destVrfId);
         void deleteLeakedInto();
 
         OrbOwnAddresses orbOwnAddresses4_;

@@ -3,6 +3,7 @@
 #include "directnet/model/Trace.h"
 #include "platform/orb/ActivityManager.h"
 #include "platform/orb/DefineType.h"
+#include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
 
@@ -17,7 +18,7 @@ DIRECTNET_TRACE_UNIT("DirectNet");
 template <typename Interfaces>
 void releaseInterfaces(const Interfaces& interfaces, IntfViaSetConfig& config,
                        IntfViaSetKeyStatus& status) {
-    for (const auto& interface : interfaces) {
+    for (const auto& interface : Orb::objectsOf(interfaces)) {
         config.delViaSetKey(interface->intfId(), status);
     }
 }
@@ -25,10 +26,9 @@ void releaseInterfaces(const Interfaces& interfaces, IntfViaSetConfig& config,
 /// The same of every interface that carries one of a VRF's virtual addresses.
 template <typename Table>
 void releaseVirtualIps(const Table& table, IntfViaSetConfig& config, IntfViaSetKeyStatus& status) {
-    for (const auto& virtualIp : table.virtualIp()) {
-        for (const auto& interface : virtualIp->intfId()) {
-            config.delViaSetKey(interface.key(), status);
-        }
+    for (const auto& virtualIp : Orb::objectsOf(table.virtualIp())) {
+        Orb::forEachKey(virtualIp->intfId(),
+                        [&](Lanx::IntfId intfId) { config.delViaSetKey(intfId, status); });
     }
 }
 

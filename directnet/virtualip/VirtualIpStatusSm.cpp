@@ -3,6 +3,7 @@
 #include "directnet/model/Trace.h"
 #include "directnet/virtualip/VirtualIpTraits.h"
 #include "platform/orb/DefineType.h"
+#include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
 
@@ -32,7 +33,8 @@ void handleVirtualIpStatusT(Sm& sm, const Key& key) {
 
 template <typename Family, typename Sm>
 void handleVirtualIpStatusT(Sm& sm) {
-    for (const auto& entry : VirtualIpTraits<Family>::collection(*sm.virtualIpStatus())) {
+    for (const auto& entry :
+         Orb::objectsOf(VirtualIpTraits<Family>::collection(*sm.virtualIpStatus()))) {
         handleVirtualIpStatusT<Family>(sm, entry->fwkKey());
     }
 }
@@ -40,7 +42,7 @@ void handleVirtualIpStatusT(Sm& sm) {
 template <typename Sm>
 void handleSubnetRoutesT(Sm& sm, bool enabled) {
     const auto& tables = *sm.vrfVirtualIpStatusHelper()->allVrfVirtualIpStatus();
-    for (const auto& table : tables.vrfVirtualIpStatus()) {
+    for (const auto& table : Orb::objectsOf(tables.vrfVirtualIpStatus())) {
         table->subnetRouteEnabledIs(enabled);
     }
 }

@@ -3,6 +3,7 @@
 #include "directnet/model/Trace.h"
 #include "directnet/virtualip/VirtualIpTraits.h"
 #include "platform/orb/DefineType.h"
+#include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
 
@@ -93,7 +94,7 @@ void handleVirtualIpIntfStatusT(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm* n
 
 template <typename Sm>
 void handleVrfVirtualIpStatusT(Sm& sm, const typename Sm::Key& key) {
-    const auto* entry = sm.table().virtualIp(key);
+    const Orb::Ptr entry(sm.table().virtualIp(key));
     if (entry == nullptr) {
         return;
     }
@@ -106,7 +107,7 @@ template <typename Sm>
 void handleVrfVirtualIpStatusT(Sm& sm) {
     const auto& virtualIps = sm.table().virtualIp();
     DIRECTNET_DUALLOG(8, "vrfName= ", sm.table().name(), ", virtual IPs=", virtualIps.size());
-    for (const auto& virtualIp : virtualIps) {
+    for (const auto& virtualIp : Orb::objectsOf(virtualIps)) {
         sm.handleVrfVirtualIpStatus(virtualIp->fwkKey());
     }
 }
@@ -162,19 +163,20 @@ void VrfVirtualIpStatusSm::handleVirtualIpIntfStatusDeletion(OrbVirtualIpIntfSta
 }
 
 void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
-    const bool enabled = table().subnetRouteEnabled();
-    for (const auto& virtualIp : table().virtualIp()) {
-        const Lanx::IpAddrWithMask address = virtualIp->vrfIpWithMask().ipAddrWithMask();
+    for (const auto& virtualIp : Orb::objectsOf(table().virtualIp())) {
+        const Key key = virtualIp->vrfIpWithMask();
+        const Lanx::IpAddrWithMask address = key.ipAddrWithMask();
         if (!hasSubnet<Traits::IPv4>(address) || yieldsNothing(address)) {
             continue;
         }
-        for (const auto& [intfId, carried] : virtualIp->intfId()) {
-            if (!enabled) {
+        // Whoever watches the vias may change anything in the middle, so each step looks again.
+        Orb::forEachKey(virtualIp->intfId(), [&](Lanx::IntfId intfId) {
+            if (!table().subnetRouteEnabled()) {
                 delSubnet(*this, intfId, address);
-            } else if (carried) {
+            } else if (table().virtualIp(key) == virtualIp.get() && virtualIp->intfId(intfId)) {
                 addSubnet(*this, intfId, address, viaSetKeyOf(*this, intfId).viaSetKey());
             }
-        }
+        });
     }
 }
 

@@ -7,23 +7,10 @@
 #include <vector>
 
 #include "tests/support/LibraryHarness.h"
+#include "tests/support/Outsider.h"
 
 namespace Routing::DirectNet {
 namespace {
-
-/// Acts on every change of an entity, on behalf of somebody outside the library.
-class Outsider : public Orb::NotifieeOf<Orb::Entity> {
-  public:
-    using Act = std::function<void(Orb::AttributeId, const void*)>;
-    Outsider(Orb::Ptr<Orb::Entity> watched, Act act) : act_(std::move(act)) {
-        hasNotificationActiveIs(true);
-        notifierIs(std::move(watched));
-    }
-    void onAttribute(Orb::AttributeId id, const void* key) override { act_(id, key); }
-
-  private:
-    Act act_;
-};
 
 class BacklogDrainTest : public testing::Test {
   protected:
@@ -197,8 +184,8 @@ TEST_F(BacklogDrainTest, PrefixIsQueuedOnlyAfterItsEmptiedSetLeftTheIndex) {
     harness.address("default", "Et1", "10.0.0.1/32");
     harness.settle();
     std::vector<std::string> seen;
-    const auto outsider = Orb::makePtr<Outsider>(
-        Orb::Ptr<Orb::Entity>(&backlog()), [&](Orb::AttributeId id, const void*) {
+    const auto outsider =
+        Orb::makePtr<Outsider>(Orb::Ptr<Orb::Entity>(&backlog()), [&](Orb::AttributeId id) {
             if (id == IntfBacklog::backlogId) {
                 seen.emplace_back("queued");
             } else if (id == IntfBacklog::intfIdsByPrefixId) {
@@ -258,19 +245,37 @@ TEST_F(BacklogDrainTest, RouteWatcherTakesTheGroundFromUnderTheDrain) {
             h.settle();
             addHosts(5);
             int seen = 0;
-            const auto outsider =
-                Orb::makePtr<Outsider>(Orb::Ptr<Orb::Entity>(h.root().ipv4AllVrfRouteConfig()),
-                                       [&](Orb::AttributeId, const void*) {
-                                           if (++seen == atRoute) {
-                                               acts[act]();
-                                           }
-                                       });
+            const auto outsider = Orb::makePtr<Outsider>(
+                Orb::Ptr<Orb::Entity>(h.root().ipv4AllVrfRouteConfig()), [&](Orb::AttributeId) {
+                    if (++seen == atRoute) {
+                        acts[act]();
+                    }
+                });
             h.settle();
             h.removeVrfs();
             ASSERT_EQ(h.leftovers(), "") << act << " at route " << atRoute;
             h.ipv4Del("default");
         }
     }
+}
+
+// The last reference goes; while its via sets are deleted, the interface gets an address again.
+TEST_F(BacklogDrainTest, NewAddressGoesThroughViaSetsThatAreBeingDeleted) {
+    for (const bool onViaSets : {true, false}) {
+        harness.address("default", "Et1", "10.0.0.1/32");
+        harness.settle();
+        harness.address("default", "Et1", "0.0.0.0/0");
+        const Orb::Ptr<Orb::Entity> watched =
+            onViaSets ? Orb::Ptr<Orb::Entity>(harness.viaSetConfig->viaSetCollection())
+                      : Orb::Ptr<Orb::Entity>(harness.root().ipv4AllVrfViaConfig());
+        const auto outsider = Orb::makePtr<Outsider>(watched, [this](Orb::AttributeId) {
+            harness.address("default", "Et1", "10.0.0.2/32");
+        });
+        harness.settle();
+        EXPECT_ROUTES(harness, "default", {{"10.0.0.2/32", 2, "Et1"}});
+        EXPECT_EQ(harness.viaSets(), 4U);
+    }
+    expectNothingLeft();
 }
 
 TEST(BacklogDeathTest, InvariantsThatBreakAreOverlooked) {

@@ -7,25 +7,12 @@
 
 #include "platform/orb/Error.h"
 #include "tests/support/LibraryHarness.h"
+#include "tests/support/Outsider.h"
 
 namespace Routing::DirectNet {
 namespace {
 
 using VrfId = ::Vrf::VrfIdMap::VrfId;
-
-/// A program outside the library that acts on every change of something that it writes.
-template <typename Watched>
-class Outsider : public Orb::NotifieeOf<Watched> {
-  public:
-    Outsider(Orb::Ptr<Watched> watched, std::function<void()> act) : act_(std::move(act)) {
-        this->hasNotificationActiveIs(true);
-        this->notifierIs(std::move(watched));
-    }
-    void onAttribute(Orb::AttributeId, const void*) override { act_(); }
-
-  private:
-    std::function<void()> act_;
-};
 
 class VrfLifeTest : public testing::Test {
   protected:
@@ -118,7 +105,7 @@ TEST_F(VrfLifeTest, StatusThatGoesInTheMiddleOfItsOwnChange) {
         h.vrfStatus("red", false);
         const Orb::Ptr<Ip::VrfStatusLocal> status(h.allVrfStatusLocal->vrf("red"));
         const auto outsider =
-            Orb::makePtr<Outsider<Ip::VrfStatusLocal>>(status, [&h] { h.vrfStatusDel("red"); });
+            Orb::makePtr<Outsider>(status, [&h](Orb::AttributeId) { h.vrfStatusDel("red"); });
         if (outsiderFirst) {
             h.start();
         }
@@ -148,7 +135,11 @@ TEST_F(VrfLifeTest, OutsiderChangesTheVrfWhileItIsWritten) {
         },
         [&] { h.address("red", "Et1", "10.0.0.9/24"); },
         [&] { h.secondary("red", "Et1", "10.0.7.1/24"); },
-        [&] { h.virtualIp("red", "10.0.8.1/24", "Et1"); }};
+        [&] { h.virtualIp("red", "10.0.8.1/24", "Et1"); },
+        [&] { h.virtualIpDel("red", "10.0.6.1/24"); },
+        [&] { h.subnetRoutes(!h.virtualIpStatus->subnetRoutes()); },
+        [&] { h.leakDel(5); },
+        [&] { h.leakDel(5, "10.0.6.0/24", 6); }};
     const std::vector<std::function<Orb::Ptr<Orb::Entity>()>> written{
         [&] { return Orb::Ptr<Orb::Entity>(h.root().ipv4AllVrfRouteConfig()); },
         [&] { return Orb::Ptr<Orb::Entity>(h.root().ipv4AllVrfViaConfig()); },
@@ -163,9 +154,9 @@ TEST_F(VrfLifeTest, OutsiderChangesTheVrfWhileItIsWritten) {
                     return std::to_string(table) + "/" + std::to_string(act);
                 };
                 int left = 3; // changes that the outsider reacts to
-                Orb::Ptr<Outsider<Orb::Entity>> outsider;
+                Orb::Ptr<Outsider> outsider;
                 const auto watch = [&] {
-                    outsider = Orb::makePtr<Outsider<Orb::Entity>>(written[table](), [&] {
+                    outsider = Orb::makePtr<Outsider>(written[table](), [&](Orb::AttributeId) {
                         if (left-- > 0) {
                             acts[act]();
                         }
@@ -173,6 +164,12 @@ TEST_F(VrfLifeTest, OutsiderChangesTheVrfWhileItIsWritten) {
                 };
                 if (!goes) {
                     watch();
+                }
+                h.subnetRoutes(true);
+                h.vrf("blue", 6);
+                for (const char* net : {"10.0.5.", "10.0.6."}) {
+                    h.virtualIp("red", net + std::string("1/24"), "Et1");
+                    h.leak(5, net + std::string("0/24"), 6);
                 }
                 addRed();
                 harness.settle();
@@ -184,8 +181,10 @@ TEST_F(VrfLifeTest, OutsiderChangesTheVrfWhileItIsWritten) {
                 outsider = nullptr;
                 ASSERT_EQ(exists("red"), isDue("red")) << whole();
                 harness.removeVrfs();
-                harness.ipv4Del("red");
-                harness.virtualIpDel("red", "10.0.8.1/24");
+                h.ipv4Del("red");
+                for (const char* address : {"10.0.5.1/24", "10.0.6.1/24", "10.0.8.1/24"}) {
+                    h.virtualIpDel("red", address);
+                }
                 ASSERT_EQ(harness.leftovers(), "") << whole() << (goes ? " goes" : " comes");
             }
         }
@@ -195,7 +194,7 @@ TEST_F(VrfLifeTest, OutsiderChangesTheVrfWhileItIsWritten) {
 TEST_F(VrfLifeTest, HandlerThatThrowsDuringCreationLeavesHalfAVrf) {
     int thrown = 0;
     const auto outsider =
-        Orb::makePtr<Outsider<Rib::Ip::ViaConfig>>(harness.root().ipv4AllVrfViaConfig(), [&] {
+        Orb::makePtr<Outsider>(harness.root().ipv4AllVrfViaConfig(), [&](Orb::AttributeId) {
             if (++thrown == 1) {
                 throw Orb::Error("outside");
             }
@@ -232,7 +231,7 @@ TEST_F(VrfLifeTest, StaleRoutesAndViasOfTheIdSurvive) {
     harness.viaSetConfig->viaSetCollection()->viaSetIs(
         Rib::Memtab::ViaSet(harness.viaSetConfig->newViaSetKey()));
     bool both = false;
-    const auto outsider = Orb::makePtr<Outsider<Rib::RouteConfig>>(routes, [&] {
+    const auto outsider = Orb::makePtr<Outsider>(routes, [&](Orb::AttributeId) {
         both = both || (routes->size() > 1 && routes->route(stale.key()) == stale);
     });
     harness.start();

@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/agent/Program.h"
+
+namespace {
+
+using TestSupport::ProgramRun;
+using TestSupport::readFile;
+using TestSupport::runProgram;
+
+const std::filesystem::path scenarioFolder =
+    std::filesystem::path(DIRECTNET_SOURCE_DIR) / "tests" / "scenarios";
+
+std::vector<std::string> scenarioNames() {
+    std::vector<std::string> names;
+    for (const auto& file : std::filesystem::directory_iterator(scenarioFolder)) {
+        if (file.path().extension() == ".jsonl") {
+            names.push_back(file.path().stem());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+/// NAME.jsonl prints the state documents of NAME.expected.json.
+class Scenario : public testing::TestWithParam<std::string> {};
+
+TEST_P(Scenario, EndsInTheExpectedStates) {
+    const ProgramRun run =
+        runProgram("replay --json '" + (scenarioFolder / GetParam()).string() + ".jsonl'");
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, readFile((scenarioFolder / GetParam()).string() + ".expected.json"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Replay, Scenario, testing::ValuesIn(scenarioNames()),
+                         [](const auto& info) {
+                             std::string name = info.param;
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
+
+TEST(Replay, RefusesABadLineByFileLineAndPointerAndKeepsWhatWasPrinted) {
+    const std::string good = R"({"at":1,"set":{"vrfs":{"default":{"id":0}}}})"
+                             "\n\n"
+                             R"({"show":"before"})"
+                             "\n";
+    const struct {
+        const char* line;
+        const char* message;
+    } cases[] = {
+        {R"({"set":{"vrfs":{"red":{"id":0}}}})",
+         "-:4: /set/vrfs/red/id: 0 is the id of VRF default\n"},
+        {R"({"set":{"gracefulRestart":true}})",
+         "-:4: /set/gracefulRestart: cannot change once the agent has started\n"},
+        {R"({"at":0.5,"show":"earlier"})", "-:4: /at: is earlier than the line before\n"},
+        {R"({"set":{"ipv6":{"a\u001b\nb":{"e":{}}},"x":1}})", "-:4: /set/x: unknown key\n"},
+        {R"({"set":{"ipv6":{"a\u001b\nb":1}}})",
+         "-:4: /set/ipv6/a\\x1b\\x0ab: must be an object\n"},
+        {R"({"set":{"vrfs")", "-:4: /set/vrfs: invalid JSON at byte 15\n"},
+    };
+    for (const auto& bad : cases) {
+        const ProgramRun run = runProgram("replay --json -", good + bad.line);
+        EXPECT_EQ(run.status, 2) << bad.line;
+        EXPECT_EQ(run.err, bad.message);
+        EXPECT_EQ(std::count(run.out.begin(), run.out.end(), '\n'), 1) << run.out;
+        EXPECT_NE(run.out.find(R"("label":"before")"), std::string::npos) << run.out;
+    }
+}
+
+TEST(Replay, ManyLinesInOneMomentMakeOneState) {
+    constexpr int count = 20000;
+    std::ostringstream scenario;
+    scenario << R"({"set":{"vrfs":{"default":{"id":0}},"kernel":{"default":{"e":{}}}}})" << '\n';
+    for (int index = 0; index < count; ++index) {
+        scenario << R"({"set":{"ipv4":{"default":{"e":{"secondary":{"10.)" << index / 250 << '.'
+                 << index % 250 << R"(.1/32":true}}}}}})" << '\n';
+    }
+    const ProgramRun run = runProgram("replay --json -", scenario.str());
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto state = nlohmann::json::parse(run.out);
+    EXPECT_EQ(state["vrfs"]["default"]["ipv4"].size(), std::size_t{count});
+    EXPECT_EQ(state["viaSets"], 4);
+}
+
+TEST(Replay, PrintsAlignedTablesForPeople) {
+    const ProgramRun run = runProgram(
+        "replay -",
+        R"({"set":{"vrfs":{"default":{"id":0}},"kernel":{"default":{"Ethernet1":{},"e\u001b":{}}},)"
+        R"("ribWaits":{"default":true},"ipv4":{"default":{"Ethernet1":{"address":"10.1.1.5/31"},)"
+        R"("e\u001b":{"address":"192.168.100.200/32"}}}}})"
+        "\n{\"show\":\"at once\"}");
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out, R"(time 1  at once
+VRF default  id 0, ready ipv4 no ipv6 no, rib waiting, backlog 3
+vias 2 ipv4, 0 ipv6; via sets 8
+
+time 1.04
+VRF default  id 0, ready ipv4 yes ipv6 yes, rib ready at 1.04, backlog 0
+  IPv4 PREFIX         TYPE             INTERFACE  VIA
+  10.1.1.4/31         11 connected     Ethernet1  connected
+  10.1.1.5/32         1 receive        Ethernet1  receive
+  192.168.100.200/32  2 attached-host  e\x1b      receive
+vias 2 ipv4, 0 ipv6; via sets 8
+)");
+}
+
+TEST(CommandLine, AnswersWithTheRightExitStatus) {
+    const struct {
+        const char* arguments;
+        int status;
+        const char* out; // or a part of it
+        const char* err;
+    } cases[] = {
+        {"--version", 0, "0.", ""},
+        {"replay --version", 0, "0.", ""},
+        {"ringlog --help", 0, "FILE", ""},
+        {"", 2, "", "subcommand is required"},
+        {"reply", 2, "", "reply"},
+        {"replay", 2, "", "FILE is required"},
+        {"replay --trace 10 -", 2, "", "not in range"},
+        {"replay /nowhere/at-all", 2, "", "/nowhere/at-all: No such file or directory"},
+        {"replay /", 2, "", "/: is a directory"},
+        {"ringlog /dev/null", 2, "", "/dev/null: "},
+        {"replay - >/dev/full", 1, "", "cannot write the output"},
+        {"--help >/dev/full", 1, "", "cannot write the output"},
+        {"replay --trace 0 -", 0, "time 1\n", ""},
+    };
+    for (const auto& expected : cases) {
+        const ProgramRun run = runProgram(expected.arguments);
+        EXPECT_EQ(run.status, expected.status) << expected.arguments << '\n' << run.err;
+        EXPECT_NE(run.out.find(expected.out), std::string::npos) << run.out;
+        EXPECT_NE(run.err.find(expected.err), std::string::npos) << run.err;
+    }
+}
+
+} // namespace

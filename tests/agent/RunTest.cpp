@@ -1,0 +1,279 @@
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tests/agent/KernelRoutes.h"
+#include "tests/agent/LiveProgram.h"
+#include "tests/agent/PrivateNamespace.h"
+#include "tests/agent/Program.h"
+
+namespace {
+
+using Agent::Linux::inPrivateNamespace;
+using Agent::Linux::ip;
+using Agent::Linux::setKernel;
+using TestSupport::agentRoutes;
+using TestSupport::kernelRoutes;
+using TestSupport::LiveProgram;
+using TestSupport::outputOf;
+using TestSupport::RoutesByPrefix;
+using TestSupport::runProgram;
+using TestSupport::toText;
+
+/// Addresses count at once instead of after a second of looking for duplicates.
+void withoutDuplicateDetection() {
+    setKernel("ipv6/conf/all/accept_dad", "0");
+    setKernel("ipv6/conf/default/accept_dad", "0");
+}
+
+std::string show(const std::string& arguments) {
+    return outputOf("'" DIRECTNET_EXECUTABLE "' show " + arguments + " 2>&1");
+}
+
+/// Whether each of the kernel's prefixes goes through one of its links, and no others are there.
+bool agree(const RoutesByPrefix& kernel, const RoutesByPrefix& agent) {
+    if (kernel.size() != agent.size()) {
+        return false;
+    }
+    for (const auto& [prefix, links] : kernel) {
+        const auto found = agent.find(prefix);
+        if (found == agent.end() || !links.contains(*found->second.begin())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Waits until the running agent has the routes that the kernel has in its own tables.
+void expectKernelRoutes(LiveProgram& agent, const std::string& vrf, const std::string& netns = {}) {
+    RoutesByPrefix kernel;
+    RoutesByPrefix own;
+    const bool agreed = agent.until([&] {
+        kernel = kernelRoutes(netns);
+        own = agentRoutes(show("--json --vrf " + vrf), vrf);
+        return agree(kernel, own);
+    });
+    EXPECT_TRUE(agreed) << "VRF " << vrf << "\nkernel:\n"
+                        << toText(kernel) << "agent:\n"
+                        << toText(own) << agent.err();
+}
+
+int endedBy(LiveProgram& agent, int signal) {
+    agent.signal(signal);
+    return agent.wait();
+}
+
+std::string temporaryFile(const std::string& text) {
+    const std::string path = "/run/config.json";
+    std::ofstream(path) << text;
+    return path;
+}
+
+} // namespace
+
+TEST(Run, OnceShowsTheLoopbackOfAFreshNamespace) {
+    inPrivateNamespace([] {
+        const auto run = runProgram("run --once --json");
+        ASSERT_EQ(run.status, 0) << run.err;
+        const auto state = nlohmann::json::parse(run.out)["vrfs"]["default"];
+        EXPECT_EQ(state["ready"], nlohmann::json({{"ipv4", true}, {"ipv6", true}}));
+        std::map<std::string, int> types;
+        for (const auto& item : state["ipv4"].items()) {
+            EXPECT_EQ(item.value()["intf"], "lo");
+            types[item.key()] = item.value()["type"];
+        }
+        const std::map<std::string, int> expected{{"127.0.0.0/8", 11},
+                                                  {"127.0.0.1/32", 1},
+                                                  {"127.0.0.0/32", 3},
+                                                  {"127.255.255.255/32", 4}};
+        EXPECT_EQ(types, expected);
+    });
+}
+
+TEST(Run, FollowsEveryKindOfChangeAsTheKernelDoes) {
+    inPrivateNamespace([] {
+        withoutDuplicateDetection();
+        LiveProgram agent({"run"});
+        const std::vector<std::string> steps{
+            "link add e1 type veth peer name p1\nlink add e2 type veth peer name p2\n"
+            "link set e1 up\nlink set p1 up\nlink set e2 up\nlink set p2 up",
+            "addr add 10.1.0.1/24 dev e1\naddr add 2001:db8:1::1/64 dev e1",
+            // A second address of the subnet, then promotion of it.
+            "addr add 10.1.0.2/24 dev e1", "addr del 10.1.0.1/24 dev e1",
+            "addr add 10.2.0.1/32 dev e1\naddr add 2001:db8:2::1/128 dev e1",
+            "addr add 10.3.0.0/31 dev e1\naddr add 10.4.0.1/30 dev e1",
+            "addr add 10.5.0.1 peer 10.5.0.2 dev e1",
+            // One subnet on two links, which then loses one and then the other.
+            "addr add 10.6.0.1/24 dev e1\naddr add 10.6.0.2/24 dev e2",
+            "addr del 10.6.0.1/24 dev e1", "link set p1 down", "link set p1 up", "link set e1 down",
+            "link set e1 up", "addr add 2001:db8:1::1/64 dev e1",
+            "link set e1 down\nlink set e1 name f1\nlink set f1 up", "addr flush dev f1",
+            "link del e2", "link set lo down", "link set lo up"};
+        setKernel("ipv4/conf/all/promote_secondaries", "1");
+        ASSERT_TRUE(agent.untilOut("+ default 127.0.0.0/8  11 connected  lo  connected\n"));
+        for (const std::string& step : steps) {
+            SCOPED_TRACE(step);
+            ASSERT_TRUE(ip(step));
+            expectKernelRoutes(agent, "default");
+        }
+        EXPECT_TRUE(agent.untilOut("+ default 10.3.0.0/31  11 connected  e1  connected\n"));
+        EXPECT_TRUE(agent.untilOut("~ default 10.6.0.0/24  11 connected  e2  connected\n"));
+        EXPECT_TRUE(agent.untilOut("- default 10.6.0.0/24\n"));
+        EXPECT_EQ(endedBy(agent, SIGTERM), 0);
+        EXPECT_EQ(agent.err(), "");
+    });
+}
+
+TEST(Run, HasAllRoutesAfterABurstThatOverranItsSocketWhileItStoodStill) {
+    inPrivateNamespace([] {
+        withoutDuplicateDetection();
+        ASSERT_TRUE(ip("link add e1 type veth peer name p1\nlink set e1 up\nlink set p1 up"));
+        LiveProgram agent({"run", "--json"});
+        ASSERT_TRUE(agent.untilOut("\"prefix\":\"127.0.0.0/8\""));
+        agent.signal(SIGSTOP);
+        constexpr int addresses = 20000;
+        std::string burst;
+        for (int i = 0; i < addresses; ++i) {
+            burst += "addr add 10." + std::to_string(i / 250) + '.' + std::to_string(i % 250)
+                     + ".1/24 dev e1\n";
+        }
+        ASSERT_TRUE(ip(burst));
+        agent.signal(SIGCONT);
+        const auto countOf = [](const std::string& text) {
+            const auto vrf = nlohmann::json::parse(text.substr(0, text.find('\n')), nullptr, false);
+            return vrf.is_object() ? vrf.value(nlohmann::json::json_pointer("/routes/ipv4"), 0) : 0;
+        };
+        int count = 0;
+        EXPECT_TRUE(agent.until([&] {
+            const std::string answer = show("vrfs --json | grep '\"default\"'");
+            count = countOf(answer);
+            return count == addresses * 4 + 4;
+        })) << count;
+        EXPECT_EQ(endedBy(agent, SIGINT), 0);
+    });
+}
+
+TEST(Run, FollowsNamedNamespacesLeaksAndVirtualIps) {
+    inPrivateNamespace([] {
+        withoutDuplicateDetection();
+        const std::string config = temporaryFile(R"({
+            "vrfs": {"red": {"id": 5}},
+            "virtualIps": {"ipv4": {"red": {"10.1.0.9/24": {"e1": true}}},
+                           "ipv6": {"red": {"2001:DB8:1::9": {"e1": true}}}},
+            "leaks": {"ipv4": {"red": {"10.1.0.0/24": {"blue": true}}},
+                      "ipv6": {"red": {"2001:db8:1::/64": {"blue": true}}}},
+            "ribWaits": {"red": true}})");
+        ASSERT_TRUE(ip("netns add nsred"));
+        LiveProgram agent(
+            {"run", "--vrf", "red=nsred", "--vrf", "blue=nsblue", "--config", config});
+        ASSERT_TRUE(
+            ip("netns add nsblue\nlink add e1 netns nsred type veth peer name e1 netns nsblue"));
+        for (const std::string ns : {"nsred", "nsblue"}) {
+            ASSERT_EQ(
+                std::system(
+                    ("ip -n " + ns + " link set lo up && ip -n " + ns + " link set e1 up").c_str()),
+                0);
+        }
+        const auto inside = [](const std::string& ns, const std::string& command) {
+            ASSERT_EQ(std::system(("ip -n " + ns + " " + command).c_str()), 0) << command;
+        };
+        inside("nsred", "addr add 10.1.0.1/24 dev e1");
+        inside("nsred", "addr add 2001:db8:1::1/64 dev e1 nodad");
+        inside("nsblue", "addr add 10.2.0.1/24 dev e1");
+        inside("nsblue", "addr add 2001:db8:2::1/64 dev e1 nodad");
+        const auto routeOf = [](const std::string& vrf, const char* family, const char* prefix) {
+            const auto state = nlohmann::json::parse(show("--json"), nullptr, false);
+            const nlohmann::json none;
+            return state.is_object() && state["vrfs"].contains(vrf)
+                       ? state["vrfs"][vrf][family].value(prefix, none)
+                       : none;
+        };
+        const nlohmann::json virtualIp{{"type", 1}, {"intf", "e1"}, {"via", "receive"}};
+        const nlohmann::json leaked{
+            {"type", 1}, {"intf", "e1"}, {"via", "connected"}, {"sourceVrf", "red"}};
+        const auto expectRoute = [&](const std::string& vrf, const char* family, const char* prefix,
+                                     const nlohmann::json& expected) {
+            nlohmann::json found;
+            EXPECT_TRUE(agent.until([&] {
+                found = routeOf(vrf, family, prefix);
+                return found == expected;
+            })) << vrf
+                << ' ' << prefix << ": " << found << agent.err();
+        };
+        expectRoute("red", "ipv4", "10.1.0.9/32", virtualIp);
+        expectRoute("red", "ipv6", "2001:db8:1::9/128", virtualIp);
+        expectRoute("blue", "ipv4", "10.1.0.0/24", leaked);
+        expectRoute("blue", "ipv6", "2001:db8:1::/64", leaked);
+        EXPECT_NE(show("leaks").find("10.1.0.0/24"), std::string::npos);
+        EXPECT_NE(show("vips --vrf red").find("10.1.0.9/24"), std::string::npos);
+
+        // Without the virtual addresses the kernel has the same routes, in each namespace.
+        temporaryFile(R"({"vrfs": {"red": {"id": 5}}, "ribWaits": {"red": true},
+                          "leaks": {"ipv4": {"red": {"10.1.0.0/24": {"blue": true}}}}})");
+        agent.signal(SIGHUP);
+        expectRoute("red", "ipv4", "10.1.0.9/32", nullptr);
+        expectRoute("blue", "ipv6", "2001:db8:1::/64", nullptr);
+        expectKernelRoutes(agent, "red", "nsred");
+        expectKernelRoutes(agent, "blue", "nsblue");
+
+        // A bad file changes nothing and says where it is bad.
+        temporaryFile("{\n\"leaks\": {},\n\"vrfs\":\n {\"red\": {\"id\": true}}}");
+        agent.signal(SIGHUP);
+        EXPECT_TRUE(agent.untilErr("config.json:4: /vrfs/red/id: ")) << agent.err();
+        // Nor does one that takes the id of a VRF that runs.
+        temporaryFile("{\"vrfs\": {\n\"green\": {\"id\": 1}}}");
+        agent.signal(SIGHUP);
+        EXPECT_TRUE(agent.untilErr("config.json:2: /vrfs/green/id: 1 is the id of VRF blue"))
+            << agent.err();
+        expectRoute("blue", "ipv4", "10.1.0.0/24", leaked);
+
+        ASSERT_TRUE(ip("netns del nsred"));
+        expectRoute("blue", "ipv4", "10.1.0.0/24", nullptr);
+        EXPECT_TRUE(agent.until([] { return show("vrfs").find("red") == std::string::npos; }));
+        ASSERT_TRUE(ip("netns add nsred"));
+        EXPECT_TRUE(agent.until([] { return show("vrfs").find("red  5") != std::string::npos; }))
+            << show("vrfs");
+        EXPECT_EQ(endedBy(agent, SIGTERM), 0);
+    });
+}
+
+TEST(Run, RefusesBadOptionsAndConfigurations) {
+    struct Case {
+        const char* arguments;
+        const char* config;
+        const char* message;
+    };
+    for (const Case& test : std::vector<Case>{
+             {"--vrf red", "{}", "NAME=NETNS"},
+             {"--vrf red=", "{}", "NAME=NETNS"},
+             {"--vrf default=ns1", "{}", "default"},
+             {"--vrf red=../ns1", "{}", "no name of a namespace"},
+             {"--vrf red=ns1 --vrf red=ns2", "{}", "given twice"},
+             {"--vrf red=ns1 --vrf blue=ns1", "{}", "given twice"},
+             {"", "{\n\n\"kernel\": {}}", ":3: /kernel: is learned from the kernel"},
+             {"", "{\"vrfs\": {\"red\":\n{\"status\": {}}}}", ":2: /vrfs/red/status: "},
+             {"", "{\"vrfs\": {\"red\": {\"id\": 0}}}",
+              ":1: /vrfs/red/id: 0 is the id of VRF default"},
+             {"", "{\"vrfs\": {\"a\": {\"id\": 7},\n\"b\": {\"id\": 7}}}",
+              "/id: 7 is the id of VRF "},
+             {"", "{\"leaks\":\n{\"ipv4\":\n", ":3: "},
+             {"", "[]", ":1: must be an object"}}) {
+        SCOPED_TRACE(std::string(test.arguments) + ' ' + test.config);
+        const auto run =
+            runProgram(std::string("run --once --config - ") + test.arguments, test.config);
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.out, "");
+        EXPECT_NE(run.err.find(test.message), std::string::npos) << run.err;
+    }
+}
+
+TEST(Run, EndsWithAnErrorWhenNobodyReadsItsOutput) {
+    inPrivateNamespace([] {
+        EXPECT_EQ(runProgram("run --no-socket >/dev/full").status, 1);
+        EXPECT_EQ(runProgram("run --once >/dev/full").status, 1);
+    });
+}

@@ -1,0 +1,261 @@
+#include <array>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <poll.h>
+#include <string>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <vector>
+
+#include "agent/linux/FileDescriptor.h"
+#include "agent/run/MergeDiff.h"
+#include "agent/socket/ChangeLog.h"
+#include "agent/socket/SocketAddress.h"
+#include "tests/agent/LiveProgram.h"
+#include "tests/agent/PrivateNamespace.h"
+#include "tests/agent/Program.h"
+
+namespace {
+
+using Agent::Linux::FileDescriptor;
+using Agent::Linux::inPrivateNamespace;
+using Agent::Linux::ip;
+using TestSupport::LiveProgram;
+using TestSupport::runProgram;
+
+constexpr const char* path = "/run/directnet.sock";
+
+FileDescriptor connectToAgent() {
+    FileDescriptor file(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const sockaddr_un address = Agent::socketAddress(path);
+    EXPECT_EQ(::connect(file.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+              0);
+    return file;
+}
+
+void sendText(const FileDescriptor& file, const std::string& text) {
+    static_cast<void>(::send(file.get(), text.data(), text.size(), MSG_NOSIGNAL));
+}
+
+/// All that comes until the agent closes the connection.
+std::string receiveAll(const FileDescriptor& file) {
+    std::string text;
+    std::array<char, 4096> buffer{};
+    pollfd polled{file.get(), POLLIN, 0};
+    while (::poll(&polled, 1, 30000) > 0) {
+        const ssize_t size = ::recv(file.get(), buffer.data(), buffer.size(), 0);
+        if (size <= 0) {
+            return text;
+        }
+        text.append(buffer.data(), static_cast<std::size_t>(size));
+    }
+    return text + "(still open)";
+}
+
+/// An agent that has learned the namespace that it is started in.
+class ReadyAgent : public LiveProgram {
+  public:
+    explicit ReadyAgent(const std::vector<std::string>& arguments = {"run"})
+        : LiveProgram(arguments) {
+        EXPECT_TRUE(untilOut("127.0.0.0/8")) << err();
+    }
+};
+
+std::size_t openFiles(const LiveProgram& agent) {
+    const std::filesystem::directory_iterator files("/proc/" + std::to_string(agent.pid()) + "/fd");
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+/// With so many routes an answer does not fit into what the kernel holds for a socket.
+void addManyAddresses() {
+    std::string lines = "link add e1 type veth peer name p1\nlink set e1 up\nlink set p1 up\n";
+    for (int i = 0; i < 3000; ++i) {
+        lines += "addr add 10." + std::to_string(i / 250) + '.' + std::to_string(i % 250)
+                 + ".1/24 dev e1\n";
+    }
+    ASSERT_TRUE(ip(lines));
+}
+
+} // namespace
+
+TEST(Socket, IsForOwnerAndGroupAndGoesWithTheAgent) {
+    inPrivateNamespace([] {
+        ReadyAgent agent;
+        struct stat status {};
+        ASSERT_EQ(::lstat(path, &status), 0);
+        EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0660));
+        agent.signal(SIGTERM);
+        EXPECT_EQ(agent.wait(), 0);
+        EXPECT_NE(::lstat(path, &status), 0);
+    });
+}
+
+TEST(Socket, ReplacesADeadAgentsFileOnly) {
+    inPrivateNamespace([] {
+        { const ReadyAgent killed; }
+        ASSERT_TRUE(std::filesystem::exists(path));
+        ReadyAgent agent({"run", "--socket", path});
+        LiveProgram second({"run", "--socket", path});
+        EXPECT_EQ(second.wait(), 1);
+        EXPECT_NE(second.err().find("is in use"), std::string::npos) << second.err();
+        ReadyAgent third;
+        EXPECT_TRUE(third.untilErr("is in use"));
+        EXPECT_EQ(runProgram("show vrfs").status, 0);
+        third.signal(SIGTERM);
+        EXPECT_EQ(third.wait(), 0);
+        EXPECT_TRUE(std::filesystem::exists(path)) << "the file is the other agent's";
+
+        std::ofstream("/run/file") << "precious";
+        EXPECT_EQ(runProgram("run --socket /run/file").status, 1);
+        EXPECT_EQ(TestSupport::readFile("/run/file"), "precious");
+    });
+}
+
+TEST(Socket, ShowsTheStateDocumentThatOnceShows) {
+    inPrivateNamespace([] {
+        ASSERT_TRUE(ip("link add e1 type veth peer name p1\nlink set e1 up\nlink set p1 up\n"
+                       "addr add 10.1.0.1/24 dev e1\naddr add 2001:db8::1/64 dev e1 nodad"));
+        ReadyAgent agent;
+        nlohmann::ordered_json shown;
+        nlohmann::ordered_json once;
+        EXPECT_TRUE(agent.until([&] {
+            shown = nlohmann::ordered_json::parse(runProgram("show --json").out, nullptr, false);
+            once =
+                nlohmann::ordered_json::parse(runProgram("run --once --json").out, nullptr, false);
+            shown["time"] = once["time"];
+            return shown == once;
+        })) << shown
+            << '\n'
+            << once;
+        EXPECT_EQ(runProgram("show --vrf nowhere").status, 1);
+        EXPECT_EQ(runProgram("show nothing").status, 2);
+        EXPECT_EQ(runProgram("show --socket /run/nobody").status, 1);
+    });
+}
+
+TEST(Socket, AnswersABadRequestWithAnErrorAndNothingElse) {
+    inPrivateNamespace([] {
+        const ReadyAgent agent;
+        for (const std::string& request :
+             {std::string("hello\n"), std::string("{}\n"), std::string("[]\n"), std::string("\n"),
+              std::string("{\"show\":\"secrets\"}\n"), std::string("{\"show\":1}\n"),
+              std::string("{\"trace\":10}\n"), std::string("{\"watch\":true,\"show\":\"vrfs\"}\n"),
+              std::string("\0\xff\n", 3), std::string(100000, 'x'), std::string(300, '[') + "\n"}) {
+            const FileDescriptor client = connectToAgent();
+            sendText(client, request);
+            const std::string answer = receiveAll(client);
+            EXPECT_EQ(answer.rfind("{\"error\":", 0), 0U)
+                << request.substr(0, 40) << ": " << answer;
+            EXPECT_EQ(answer.find('\n'), answer.size() - 1);
+        }
+    });
+}
+
+TEST(Socket, WatchesTheStateAndThenEveryChange) {
+    inPrivateNamespace([] {
+        const ReadyAgent agent;
+        LiveProgram watch({"watch", "--json"});
+        ASSERT_TRUE(watch.untilOut("{\"change\":\"complete\"}\n")) << watch.err();
+        LiveProgram plain({"watch"});
+        ASSERT_TRUE(plain.untilOut("= default 127.0.0.0/8  11 connected  lo  connected\n"));
+        ASSERT_TRUE(ip("addr add 10.1.0.1/32 dev lo"));
+        EXPECT_TRUE(plain.untilOut("+ default 10.1.0.1/32  2 attached-host  lo  receive\n"))
+            << plain.out();
+        ASSERT_TRUE(ip("addr del 10.1.0.1/32 dev lo"));
+        EXPECT_TRUE(plain.untilOut("- default 10.1.0.1/32\n")) << plain.out();
+        EXPECT_TRUE(
+            watch.untilOut("\"change\":\"goes\",\"vrf\":\"default\",\"prefix\":\"10.1.0.1/32\"}"))
+            << watch.out();
+    });
+}
+
+TEST(Socket, SetsAndShowsTheTextTrace) {
+    inPrivateNamespace([] {
+        ReadyAgent agent;
+        EXPECT_NE(runProgram("show trace --json").out.find("{\"trace\":-1}"), std::string::npos);
+        EXPECT_EQ(runProgram("trace 9").status, 0);
+        EXPECT_NE(runProgram("show trace --json").out.find("{\"trace\":9}"), std::string::npos);
+        ASSERT_TRUE(ip("addr add 10.1.0.1/32 dev lo"));
+        EXPECT_TRUE(agent.untilErr("10.1.0.1/32")) << agent.err();
+        EXPECT_EQ(runProgram("trace off").status, 0);
+        EXPECT_NE(runProgram("show trace --json").out.find("{\"trace\":-1}"), std::string::npos);
+        EXPECT_EQ(runProgram("trace 10").status, 2);
+    });
+}
+
+TEST(Socket, DropsAReaderThatStopsReadingAndServesTheOthers) {
+    inPrivateNamespace([] {
+        addManyAddresses();
+        ReadyAgent agent;
+        const std::size_t before = openFiles(agent);
+        const FileDescriptor shower = connectToAgent();
+        sendText(shower, "{\"show\":\"routes\"}\n");
+        const FileDescriptor watcher = connectToAgent();
+        sendText(watcher, "{\"watch\":true}\n");
+        const FileDescriptor silent = connectToAgent();
+        EXPECT_TRUE(agent.until([&] { return openFiles(agent) > before; }));
+        EXPECT_EQ(runProgram("show vrfs").status, 0);
+        EXPECT_TRUE(agent.until([&] { return openFiles(agent) == before; }));
+        EXPECT_EQ(receiveAll(shower).find("\"end\""), std::string::npos);
+    });
+}
+
+TEST(Socket, TurnsAwayClientsBeyondTheBoundAndRecovers) {
+    inPrivateNamespace([] {
+        ReadyAgent agent;
+        {
+            std::vector<FileDescriptor> clients;
+            for (int i = 0; i < 80; ++i) {
+                clients.push_back(connectToAgent());
+            }
+            EXPECT_NE(receiveAll(clients.back()).find("too many clients"), std::string::npos);
+        }
+        EXPECT_TRUE(agent.until([] { return runProgram("show vrfs").status == 0; }));
+    });
+}
+
+TEST(ChangeLogTest, GivesEachReaderEveryByteUntilItFallsTooFarBehind) {
+    Agent::ChangeLog log;
+    std::string written;
+    for (int i = 0; i < 30000; ++i) {
+        const std::string line = "line " + std::to_string(i) + '\n';
+        written += line;
+        log.append(line);
+    }
+    std::string read;
+    while (read.size() < written.size()) {
+        read += log.at(read.size());
+        log.dropBefore(read.size());
+    }
+    EXPECT_EQ(read, written);
+    const std::string line(1 << 16, 'x');
+    for (std::size_t size = 0; size <= Agent::ChangeLog::capacity; size += line.size()) {
+        log.append(line);
+    }
+    EXPECT_GT(log.begin(), written.size());
+    EXPECT_LE(log.end() - log.begin(), Agent::ChangeLog::capacity);
+}
+
+TEST(MergeDiffTest, MakesTheOneDocumentOfTheOther) {
+    const std::vector<std::string> documents{"{}",
+                                             R"({"a":1})",
+                                             R"({"a":{"b":{}}})",
+                                             R"({"a":{"b":{"c":true},"d":2}})",
+                                             R"({"a":{"b":{"c":false}},"e":{}})",
+                                             R"({"e":{"f":{"g":"h"}},"a":{}})"};
+    for (const std::string& from : documents) {
+        for (const std::string& to : documents) {
+            auto document = nlohmann::json::parse(from);
+            const auto target = nlohmann::json::parse(to);
+            const auto patch = Agent::mergeDiff(document, target);
+            EXPECT_EQ(patch.empty(), from == to);
+            document.merge_patch(patch);
+            EXPECT_EQ(document, target) << from << " by " << patch;
+        }
+    }
+}
