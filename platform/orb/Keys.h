@@ -17,6 +17,17 @@ auto keysOf(const Map& map) {
     return keys;
 }
 
+/// The objects that a collection holds, kept, for a walk during which it may change in any way.
+template <typename Objects>
+auto objectsOf(const Objects& objects) {
+    std::vector<std::remove_cvref_t<decltype(*objects.first())>> kept;
+    kept.reserve(objects.size());
+    for (const auto& object : objects) {
+        kept.push_back(object);
+    }
+    return kept;
+}
+
 /// Visits the keys of a map in its order. The walk holds on to keys, not to places: members may
 /// come and go meanwhile, and those that were there throughout are visited once.
 template <typename Map, typename Visit>
