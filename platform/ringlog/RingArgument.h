@@ -54,6 +54,8 @@ struct RingArgument {
     static constexpr auto of(const T& value) {
         if constexpr (std::same_as<T, bool>) {
             return static_cast<bool>(value);
+        } else if constexpr (std::same_as<T, char>) {
+            return std::string_view(&value, 1);
         } else if constexpr (std::signed_integral<T>) {
             return static_cast<std::int64_t>(value);
         } else if constexpr (std::unsigned_integral<T> || std::is_enum_v<T>) {
