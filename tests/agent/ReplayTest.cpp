@@ -42,8 +42,8 @@ TEST_P(Scenario, EndsInTheExpectedStates) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Replay, Scenario, testing::ValuesIn(scenarioNames()),
-                         [](const auto& info) {
-                             std::string name = info.param;
+                         [](const auto& scenario) {
+                             std::string name = scenario.param;
                              std::replace(name.begin(), name.end(), '-', '_');
                              return name;
                          });
