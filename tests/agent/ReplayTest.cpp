@@ -41,12 +41,13 @@ TEST_P(Scenario, EndsInTheExpectedStates) {
     EXPECT_EQ(run.out, readFile((scenarioFolder / GetParam()).string() + ".expected.json"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Replay, Scenario, testing::ValuesIn(scenarioNames()),
-                         [](const auto& scenario) {
-                             std::string name = scenario.param;
-                             std::replace(name.begin(), name.end(), '-', '_');
-                             return name;
-                         });
+std::string testName(const testing::TestParamInfo<std::string>& scenario) {
+    std::string name = scenario.param;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Replay, Scenario, testing::ValuesIn(scenarioNames()), testName);
 
 TEST(Replay, RefusesABadLineByFileLineAndPointerAndKeepsWhatWasPrinted) {
     const std::string good = R"({"at":1,"set":{"vrfs":{"default":{"id":0}}}})"
