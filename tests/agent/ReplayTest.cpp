@@ -124,7 +124,7 @@ TEST(CommandLine, AnswersWithTheRightExitStatus) {
         {"--version", 0, "0.", ""},
         {"replay --version", 0, "0.", ""},
         {"ringlog --help", 0, "FILE", ""},
-        {"", 2, "", "subcommand is required"},
+        {"", 2, "", "A subcommand is required"},
         {"reply", 2, "", "reply"},
         {"replay", 2, "", "FILE is required"},
         {"replay --trace 10 -", 2, "", "not in range"},
