@@ -125,7 +125,7 @@ TEST(CommandLine, AnswersWithTheRightExitStatus) {
         {"replay --version", 0, "0.", ""},
         {"ringlog --help", 0, "FILE", ""},
         {"", 2, "", "A subcommand is required"},
-        {"reply", 2, "", "reply"},
+        {"reply", 2, "", "--help"},
         {"replay", 2, "", "FILE is required"},
         {"replay --trace 10 -", 2, "", "not in range"},
         {"replay /nowhere/at-all", 2, "", "/nowhere/at-all: No such file or directory"},
