@@ -53,17 +53,13 @@ bool LeakAnswer::appendNext(std::string& out) {
 
 void LeakAnswer::append(std::string& out, VrfId source, const Lanx::IpGenPrefix& prefix,
                         VrfId destination) const {
-    const auto& routes =
-        ipv6_ ? view_.root.ipv6AllVrfRouteConfig() : view_.root.ipv4AllVrfRouteConfig();
-    const auto route = routes->route(Routing::Rib::RouteKey(destination, prefix));
     out += "{\"vrf\":";
     appendVrf(out, source);
     out += ",\"prefix\":\"";
     prefix.appendTo(out);
     out += "\",\"to\":";
     appendVrf(out, destination);
-    out += ",\"installed\":";
-    out += !!route && route.srcVrfId() == source ? "true}\n" : "false}\n";
+    out += "}\n";
 }
 
 void LeakAnswer::appendVrf(std::string& out, VrfId id) const {

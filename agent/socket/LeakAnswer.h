@@ -8,8 +8,8 @@
 
 namespace Agent {
 
-/// The prefixes that are leaked between VRFs and whether the destination has the route:
-/// {"vrf":SOURCE,"prefix":..,"to":DESTINATION,"installed":..} each.
+/// The prefixes whose addresses are leaked between VRFs: {"vrf":SOURCE,"prefix":..,"to":DESTINATION}
+/// each. The routes that come of them are the destination's.
 class LeakAnswer : public Answer {
   public:
     /// All leaks, or those of one source VRF.

@@ -6,10 +6,10 @@ namespace Agent {
 
 namespace {
 
-const Lanx::IpAddrWithMask& addressOf(const VirtualIp::VrfIpWithMaskPair& key) {
+Lanx::IpAddrWithMask addressOf(const VirtualIp::VrfIpWithMaskPair& key) {
     return key.ipAddrWithMask();
 }
-const Lanx::Ip6Addr& addressOf(const VirtualIp::VrfIpPair& key) { return key.ipAddr(); }
+Lanx::Ip6Addr addressOf(const VirtualIp::VrfIpPair& key) { return key.ipAddr(); }
 
 } // namespace
 

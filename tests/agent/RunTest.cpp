@@ -194,7 +194,7 @@ TEST(Run, FollowsNamedNamespacesLeaksAndVirtualIps) {
         };
         const nlohmann::json virtualIp{{"type", 1}, {"intf", "e1"}, {"via", "receive"}};
         const nlohmann::json leaked{
-            {"type", 1}, {"intf", "e1"}, {"via", "connected"}, {"sourceVrf", "red"}};
+            {"type", 1}, {"intf", "e1"}, {"via", "receive"}, {"sourceVrf", "red"}};
         const auto expectRoute = [&](const std::string& vrf, const char* family, const char* prefix,
                                      const nlohmann::json& expected) {
             nlohmann::json found;
@@ -206,8 +206,8 @@ TEST(Run, FollowsNamedNamespacesLeaksAndVirtualIps) {
         };
         expectRoute("red", "ipv4", "10.1.0.9/32", virtualIp);
         expectRoute("red", "ipv6", "2001:db8:1::9/128", virtualIp);
-        expectRoute("blue", "ipv4", "10.1.0.0/24", leaked);
-        expectRoute("blue", "ipv6", "2001:db8:1::/64", leaked);
+        expectRoute("blue", "ipv4", "10.1.0.1/32", leaked);
+        expectRoute("blue", "ipv6", "2001:db8:1::1/128", leaked);
         EXPECT_NE(show("leaks").find("10.1.0.0/24"), std::string::npos);
         EXPECT_NE(show("vips --vrf red").find("10.1.0.9/24"), std::string::npos);
 
@@ -216,7 +216,7 @@ TEST(Run, FollowsNamedNamespacesLeaksAndVirtualIps) {
                           "leaks": {"ipv4": {"red": {"10.1.0.0/24": {"blue": true}}}}})");
         agent.signal(SIGHUP);
         expectRoute("red", "ipv4", "10.1.0.9/32", nullptr);
-        expectRoute("blue", "ipv6", "2001:db8:1::/64", nullptr);
+        expectRoute("blue", "ipv6", "2001:db8:1::1/128", nullptr);
         expectKernelRoutes(agent, "red", "nsred");
         expectKernelRoutes(agent, "blue", "nsblue");
 
@@ -229,10 +229,10 @@ TEST(Run, FollowsNamedNamespacesLeaksAndVirtualIps) {
         agent.signal(SIGHUP);
         EXPECT_TRUE(agent.untilErr("config.json:2: /vrfs/green/id: 1 is the id of VRF blue"))
             << agent.err();
-        expectRoute("blue", "ipv4", "10.1.0.0/24", leaked);
+        expectRoute("blue", "ipv4", "10.1.0.1/32", leaked);
 
         ASSERT_TRUE(ip("netns del nsred"));
-        expectRoute("blue", "ipv4", "10.1.0.0/24", nullptr);
+        expectRoute("blue", "ipv4", "10.1.0.1/32", nullptr);
         EXPECT_TRUE(agent.until([] { return show("vrfs").find("red") == std::string::npos; }));
         ASSERT_TRUE(ip("netns add nsred"));
         EXPECT_TRUE(agent.until([] { return show("vrfs").find("red  5") != std::string::npos; }))
