@@ -8,8 +8,9 @@
 
 namespace Agent {
 
-/// The prefixes whose addresses are leaked between VRFs: {"vrf":SOURCE,"prefix":..,"to":DESTINATION}
-/// each. The routes that come of them are the destination's.
+/// The prefixes whose addresses are leaked between VRFs:
+/// {"vrf":SOURCE,"prefix":..,"to":DESTINATION} each. The routes that come of them are the
+/// destination's.
 class LeakAnswer : public Answer {
   public:
     /// All leaks, or those of one source VRF.

@@ -233,9 +233,9 @@ TEST(Run, FollowsNamedNamespacesLeaksAndVirtualIps) {
 
         ASSERT_TRUE(ip("netns del nsred"));
         expectRoute("blue", "ipv4", "10.1.0.1/32", nullptr);
-        EXPECT_TRUE(agent.until([] { return show("vrfs").find("red") == std::string::npos; }));
+        EXPECT_TRUE(agent.until([] { return show("vrfs").find("\nred ") == std::string::npos; }));
         ASSERT_TRUE(ip("netns add nsred"));
-        EXPECT_TRUE(agent.until([] { return show("vrfs").find("red  5") != std::string::npos; }))
+        EXPECT_TRUE(agent.until([] { return show("vrfs").find("\nred ") != std::string::npos; }))
             << show("vrfs");
         EXPECT_EQ(endedBy(agent, SIGTERM), 0);
     });
