@@ -7,7 +7,6 @@ namespace Agent {
 
 using Lanx::AddressFamily;
 using Routing::DirectNet::IntfViaSetKeyStatus;
-using Routing::Rib::ViaSetKey;
 using Vrf::VrfIdMap::VrfId;
 
 StateView::StateView(const RootSm& root, const DeviceInputs& inputs, double time)
