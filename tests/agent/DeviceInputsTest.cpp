@@ -9,6 +9,7 @@
 #include "agent/device/DeviceInputs.h"
 #include "agent/document/DocumentError.h"
 #include "agent/document/JsonText.h"
+#include "agent/run/MergeDiff.h"
 #include "platform/orb/DeclaredAttributes.h"
 #include "platform/orb/SimulatedClock.h"
 
@@ -167,7 +168,10 @@ TEST(DeviceInputs, PatchesLeadWhereTheMergedDocumentLeads) {
                 ASSERT_EQ(contents(*inputs), before) << "seed " << seed << ' ' << patch;
                 continue;
             }
+            json moved = document;
             document.merge_patch(patch);
+            moved.merge_patch(mergeDiff(moved, document));
+            ASSERT_EQ(moved, document) << "seed " << seed << ' ' << patch;
             const auto atOnce = makeInputs();
             patchWith(*atOnce, document);
             ASSERT_EQ(contents(*inputs), contents(*atOnce))

@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "agent/document/DocumentError.h"
-#include "agent/replay/LineReader.h"
 #include "agent/replay/ScenarioLine.h"
-
-#include <sstream>
 
 namespace Agent {
 namespace {
@@ -23,15 +21,10 @@ std::string complaint(const std::string& line) {
 
 std::string setLine(const std::string& patch) { return R"({"set":)" + patch + "}"; }
 
-struct BadLine {
-    std::string line;
-    std::string complaint;
-};
-
 TEST(Document, RefusesWhatTheSchemaDoesNotAllowAndSaysWhere) {
     const std::string longVrf(101, 'v');
     const std::string longNetns(151, 'n');
-    const BadLine badLines[] = {
+    const std::pair<std::string, std::string> badLines[]{
         {"17", ": must be an object"},
         {"{}", ": neither set nor show"},
         {R"({"at":1})", ": neither set nor show"},
@@ -84,14 +77,7 @@ TEST(Document, RefusesWhatTheSchemaDoesNotAllowAndSaysWhere) {
          "/set/leaks/ipv4/default/10.1.1.0~124/red: must be true or false"},
         {setLine(R"({"ribWaits":{"default":"yes"}})"),
          "/set/ribWaits/default: must be true or false"},
-    };
-    for (const BadLine& bad : badLines) {
-        EXPECT_EQ(complaint(bad.line), bad.complaint) << bad.line;
-    }
-}
-
-TEST(Document, SurvivesWhatIsHardlyJson) {
-    const BadLine badLines[] = {
+        // Hardly JSON.
         {R"({"set":{"vrfs":{"red":)", "/set/vrfs/red: invalid JSON at byte 23"},
         {R"({"set":{}} x)", ": invalid JSON at byte 12"},
         {R"({"set":{},"set":{}})", "/set: is given twice"},
@@ -101,38 +87,10 @@ TEST(Document, SurvivesWhatIsHardlyJson) {
         {R"({"set":{"vrfs":{"red":{"id":18446744073709551616}}}})",
          "/set/vrfs/red/id: must be a whole number from 0 to 4294967295"},
     };
-    for (const BadLine& bad : badLines) {
-        EXPECT_EQ(complaint(bad.line), bad.complaint) << bad.line;
+    for (const auto& [line, expected] : badLines) {
+        EXPECT_EQ(complaint(line), expected) << line;
     }
     EXPECT_NE(complaint(std::string(1000000, '[')).find("is nested too deeply"), std::string::npos);
-}
-
-TEST(Document, TakesEveryKeyOfTheSchema) {
-    EXPECT_EQ(complaint(setLine(R"({
-        "gracefulRestart": false, "startReadyVerification": null,
-        "vrfs": {"default": {"id": 0}, "red": {"id": 4294967295,
-                 "status": {"active": true, "netns": "ns-red"}}, "gone": null},
-        "kernel": {"default": {"Ethernet1": {"device": "et1", "running": true}, "e2": {}}},
-        "ipv4": {"default": {"Ethernet1": {"address": "10.1.1.5/24",
-                 "secondary": {"10.2.0.1/24": true, "10.3.0.1/0": false, "10.4.0.1/32": null},
-                 "unnumbered": "Loopback0", "directedBroadcast": true}}},
-        "ipv6": {"default": {"Ethernet1": {"2001:db8::1/64": true, "::/0": false}}},
-        "virtualIps": {"subnetRoutes": true, "ipv4": {"default": {"10.1.1.1/24": {"Vlan10": true}}},
-                       "ipv6": {"default": {"2001:db8::9": {"Vlan10": false}}}},
-        "leaks": {"ipv4": {"default": {"10.1.1.0/24": {"red": true}}}, "ipv6": {}},
-        "ribWaits": {"default": true}})")),
-              "");
-    EXPECT_EQ(complaint(R"({"at":0,"show":""})"), "");
-}
-
-TEST(LineReader, TakesALastLineWithoutAnEndAndCountsBlankOnes) {
-    std::stringbuf text("one\n\nthree");
-    LineReader lines(text);
-    EXPECT_EQ(lines.next(), "one");
-    EXPECT_EQ(lines.next(), "");
-    EXPECT_EQ(lines.next(), "three");
-    EXPECT_EQ(lines.number(), 3U);
-    EXPECT_EQ(lines.next(), std::nullopt);
 }
 
 } // namespace

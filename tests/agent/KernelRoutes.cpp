@@ -1,109 +1,79 @@
 #include "tests/agent/KernelRoutes.h"
 
 #include <nlohmann/json.hpp>
-#include <sstream>
-#include <vector>
 
-#include "tests/agent/LiveProgram.h"
+#include "tests/agent/Program.h"
 
 namespace TestSupport {
 
 namespace {
 
-std::vector<std::string> words(const std::string& line) {
-    std::istringstream in(line);
-    std::vector<std::string> result;
-    for (std::string word; in >> word;) {
-        result.push_back(word);
-    }
-    return result;
+using nlohmann::json;
+
+/// What the `ip` utility answers; an empty array if it has nothing to say.
+json askIp(const std::string& netns, const std::string& question) {
+    const std::string out =
+        runShell("ip -j " + (netns.empty() ? "" : "-n " + netns + " ") + question).out;
+    return out.empty() ? json::array() : json::parse(out);
 }
 
-template <typename Visit>
-void forEachLine(const std::string& text, Visit visit) {
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        visit(words(line));
-    }
-}
-
-std::set<std::string> runningLinks(const std::string& ip) {
+std::set<std::string> runningLinks(const std::string& netns) {
     std::set<std::string> links;
-    forEachLine(outputOf(ip + "-o link"), [&](const std::vector<std::string>& line) {
-        const std::string name = line.at(1).substr(0, line[1].find_first_of("@:"));
-        const std::string flags = "," + line.at(2).substr(1, line[2].size() - 2) + ",";
-        if (flags.find(",UP,") != std::string::npos
-            && flags.find(",NO-CARRIER,") == std::string::npos) {
-            links.insert(name);
+    for (const json& link : askIp(netns, "link")) {
+        const std::set<std::string> flags = link["flags"];
+        if (flags.contains("UP") && !flags.contains("NO-CARRIER")) {
+            links.insert(link["ifname"]);
         }
-    });
+    }
     return links;
 }
 
-std::string after(const std::vector<std::string>& line, const std::string& key) {
-    for (std::size_t i = 0; i + 1 < line.size(); ++i) {
-        if (line[i] == key) {
-            return line[i + 1];
-        }
-    }
-    return {};
+/// Whether the agent has a route like this one of the kernel's, whose link is running.
+bool isConnected(const json& route, bool ipv4) {
+    const std::string type = route.value("type", "unicast");
+    const std::string prefix = route["dst"];
+    const bool isFarEnd = ipv4 && type == "unicast" && prefix.find('/') == std::string::npos;
+    return type != "anycast" && type != "multicast" && !isFarEnd && prefix.rfind("fe80:", 0) != 0;
 }
 
 } // namespace
 
 RoutesByPrefix kernelRoutes(const std::string& netns) {
-    const std::string ip = "ip " + (netns.empty() ? "" : "-n " + netns + " ");
-    const std::set<std::string> links = runningLinks(ip);
+    const std::set<std::string> links = runningLinks(netns);
     RoutesByPrefix routes;
-    for (const std::string family : {"-4 ", "-6 "}) {
+    for (const bool ipv4 : {true, false}) {
         for (const std::string table : {"main", "local"}) {
-            const std::string text = outputOf(ip + family + "route show table " + table);
-            forEachLine(text, [&](const std::vector<std::string>& line) {
-                const bool typed = line[0] == "local" || line[0] == "broadcast";
-                std::string prefix = line.at(typed ? 1 : 0);
-                const bool isHost = prefix.find('/') == std::string::npos;
-                const bool farEnd = !typed && isHost && family == "-4 ";
-                const std::string link = after(line, "dev");
-                if (line[0] == "anycast" || line[0] == "multicast" || farEnd
-                    || prefix.rfind("fe80:", 0) == 0 || !links.contains(link)) {
-                    return;
+            for (const json& route :
+                 askIp(netns, (ipv4 ? "-4 route show table " : "-6 route show table ") + table)) {
+                if (!links.contains(route.value("dev", "")) || !isConnected(route, ipv4)) {
+                    continue;
                 }
-                prefix += isHost ? (family == "-4 " ? "/32" : "/128") : "";
-                routes[prefix].insert(link);
-            });
-        }
-    }
-    return routes;
-}
-
-RoutesByPrefix agentRoutes(const std::string& state, const std::string& vrf) {
-    const auto document = nlohmann::json::parse(state, nullptr, false);
-    RoutesByPrefix routes;
-    if (!document.is_object() || !document["vrfs"].contains(vrf)) {
-        return routes;
-    }
-    for (const char* family : {"ipv4", "ipv6"}) {
-        for (const auto& item : document["vrfs"][vrf][family].items()) {
-            if (item.value()["type"] != 3 && !item.value().contains("sourceVrf")) {
-                routes[item.key()].insert(item.value()["intf"].is_string()
-                                              ? item.value()["intf"].get<std::string>()
-                                              : "none");
+                std::string prefix = route["dst"];
+                if (prefix.find('/') == std::string::npos) {
+                    prefix += ipv4 ? "/32" : "/128";
+                }
+                routes[prefix].insert(route["dev"]);
             }
         }
     }
     return routes;
 }
 
-std::string toText(const RoutesByPrefix& routes) {
-    std::string text;
-    for (const auto& [prefix, links] : routes) {
-        text += prefix;
-        for (const std::string& link : links) {
-            text += ' ' + link;
-        }
-        text += '\n';
+RoutesByPrefix agentRoutes(const std::string& state, const std::string& vrf) {
+    const json document = json::parse(state, nullptr, false);
+    RoutesByPrefix routes;
+    if (!document.is_object() || !document["vrfs"].contains(vrf)) {
+        return routes;
     }
-    return text;
+    for (const char* family : {"ipv4", "ipv6"}) {
+        for (const auto& [prefix, route] : document["vrfs"][vrf][family].items()) {
+            if (route["type"] != 3 && !route.contains("sourceVrf")) {
+                routes[prefix].insert(route["intf"].is_string() ? std::string(route["intf"])
+                                                                : "none");
+            }
+        }
+    }
+    return routes;
 }
 
 } // namespace TestSupport

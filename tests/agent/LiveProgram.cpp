@@ -3,18 +3,18 @@
 #include <array>
 #include <chrono>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace TestSupport {
 
 namespace {
 
-constexpr auto patience = std::chrono::seconds(30);
+constexpr auto patience = std::chrono::seconds(90);
 constexpr int pause = 20; // milliseconds between looks at a condition
 
 void drain(int& file, std::string& text) {
@@ -30,10 +30,14 @@ void drain(int& file, std::string& text) {
 
 } // namespace
 
-LiveProgram::LiveProgram(const std::vector<std::string>& arguments) {
-    std::vector<char*> argv{const_cast<char*>(DIRECTNET_EXECUTABLE)};
-    for (const std::string& argument : arguments) {
-        argv.push_back(const_cast<char*>(argument.c_str()));
+LiveProgram::LiveProgram(std::vector<std::string> arguments)
+    : LiveProgram((arguments.insert(arguments.begin(), DIRECTNET_EXECUTABLE), std::move(arguments)),
+                  STDIN_FILENO) {}
+
+LiveProgram::LiveProgram(std::vector<std::string> command, int in) {
+    std::vector<char*> argv;
+    for (std::string& word : command) {
+        argv.push_back(word.data());
     }
     argv.push_back(nullptr);
     std::array<int, 2> out{};
@@ -43,6 +47,7 @@ LiveProgram::LiveProgram(const std::vector<std::string>& arguments) {
     }
     pid_ = ::fork();
     if (pid_ == 0) {
+        ::dup2(in, STDIN_FILENO);
         ::dup2(out[1], STDOUT_FILENO);
         ::dup2(err[1], STDERR_FILENO);
         ::execv(argv[0], argv.data());
@@ -105,16 +110,9 @@ int LiveProgram::wait() {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-std::string outputOf(const std::string& command) {
-    std::string text;
-    if (FILE* pipe = ::popen(command.c_str(), "r")) {
-        std::array<char, 65536> buffer{};
-        while (const std::size_t size = std::fread(buffer.data(), 1, buffer.size(), pipe)) {
-            text.append(buffer.data(), size);
-        }
-        ::pclose(pipe);
-    }
-    return text;
+int LiveProgram::endedBy(int number) {
+    signal(number);
+    return wait();
 }
 
 } // namespace TestSupport

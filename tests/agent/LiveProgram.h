@@ -7,11 +7,14 @@
 
 namespace TestSupport {
 
-/// The agent's executable, running in the namespaces of the thread that started it. Killed at the
-/// end unless it has ended before.
+/// A program, mostly the agent, running in the namespaces of the thread that started it. Killed at
+/// the end unless it has ended before.
 class LiveProgram {
   public:
-    explicit LiveProgram(const std::vector<std::string>& arguments);
+    /// The agent.
+    explicit LiveProgram(std::vector<std::string> arguments);
+    /// Any program, the path of which comes first; `in` becomes its standard input.
+    LiveProgram(std::vector<std::string> command, int in);
     LiveProgram(const LiveProgram&) = delete;
     LiveProgram& operator=(const LiveProgram&) = delete;
     ~LiveProgram();
@@ -29,6 +32,8 @@ class LiveProgram {
     void signal(int number) const;
     /// Waits for the end. Returns the exit status, -1 when a signal ended it.
     int wait();
+    /// Sends the signal and waits.
+    int endedBy(int number);
 
   private:
     void read(int milliseconds);
@@ -39,8 +44,5 @@ class LiveProgram {
     std::string out_;
     std::string err_;
 };
-
-/// What a shell command prints, in the namespaces of the calling thread.
-std::string outputOf(const std::string& command);
 
 } // namespace TestSupport

@@ -1,11 +1,12 @@
-#include "PrivateNamespace.h"
+#include "tests/agent/PrivateNamespace.h"
 
-#include <cstdio>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <thread>
+
+#include "tests/agent/Program.h"
 
 namespace Agent::Linux {
 
@@ -33,12 +34,16 @@ void inPrivateNamespace(const std::function<void()>& body) {
 }
 
 bool ip(const std::string& lines) {
-    FILE* pipe = ::popen("ip -force -batch - >/dev/null 2>&1", "w");
-    if (!pipe) {
-        return false;
+    return TestSupport::runShell("ip -force -batch -", lines).status == 0;
+}
+
+std::string manyAddresses(int count) {
+    std::string lines;
+    for (int i = 0; i < count; ++i) {
+        lines += "addr add 10." + std::to_string(i / 250) + '.' + std::to_string(i % 250)
+                 + ".1/24 dev e1\n";
     }
-    std::fwrite(lines.data(), 1, lines.size(), pipe);
-    return ::pclose(pipe) == 0;
+    return lines;
 }
 
 void setKernel(const std::string& name, const std::string& value) {

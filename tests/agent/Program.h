@@ -4,15 +4,17 @@
 
 namespace TestSupport {
 
-/// What a run of the agent's executable left.
+/// What a program that has ended left.
 struct ProgramRun {
     int status; // exit status; -1 when a signal ended it
     std::string out;
     std::string err;
 };
 
-/// Runs the executable through the shell with `arguments`, which may redirect, and `input` as its
-/// standard input.
+/// Runs a shell command with `input` as its standard input; $D is the agent's executable.
+ProgramRun runShell(const std::string& command, const std::string& input = {});
+
+/// Runs the agent's executable through the shell with `arguments`, which may redirect.
 ProgramRun runProgram(const std::string& arguments, const std::string& input = {});
 
 std::string readFile(const std::string& path);

@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "agent/linux/FileDescriptor.h"
-#include "agent/run/MergeDiff.h"
 #include "agent/socket/ChangeLog.h"
 #include "agent/socket/SocketAddress.h"
 #include "tests/agent/LiveProgram.h"
@@ -25,6 +24,7 @@ namespace {
 using Agent::Linux::FileDescriptor;
 using Agent::Linux::inPrivateNamespace;
 using Agent::Linux::ip;
+using Agent::Linux::manyAddresses;
 using TestSupport::LiveProgram;
 using TestSupport::runProgram;
 
@@ -71,44 +71,26 @@ std::size_t openFiles(const LiveProgram& agent) {
     return static_cast<std::size_t>(std::distance(begin(files), end(files)));
 }
 
-/// With so many routes an answer does not fit into what the kernel holds for a socket.
-void addManyAddresses() {
-    std::string lines = "link add e1 type veth peer name p1\nlink set e1 up\nlink set p1 up\n";
-    for (int i = 0; i < 3000; ++i) {
-        lines += "addr add 10." + std::to_string(i / 250) + '.' + std::to_string(i % 250)
-                 + ".1/24 dev e1\n";
-    }
-    ASSERT_TRUE(ip(lines));
-}
-
 } // namespace
 
-TEST(Socket, IsForOwnerAndGroupAndGoesWithTheAgent) {
-    inPrivateNamespace([] {
-        ReadyAgent agent;
-        struct stat status {};
-        ASSERT_EQ(::lstat(path, &status), 0);
-        EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0660));
-        agent.signal(SIGTERM);
-        EXPECT_EQ(agent.wait(), 0);
-        EXPECT_NE(::lstat(path, &status), 0);
-    });
-}
-
-TEST(Socket, ReplacesADeadAgentsFileOnly) {
+TEST(Socket, IsForOwnerAndGroupAndReplacesADeadAgentsFileOnly) {
     inPrivateNamespace([] {
         { const ReadyAgent killed; }
         ASSERT_TRUE(std::filesystem::exists(path));
         ReadyAgent agent({"run", "--socket", path});
+        struct stat status {};
+        ASSERT_EQ(::lstat(path, &status), 0);
+        EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFSOCK | 0660));
         LiveProgram second({"run", "--socket", path});
         EXPECT_EQ(second.wait(), 1);
         EXPECT_NE(second.err().find("is in use"), std::string::npos) << second.err();
         ReadyAgent third;
         EXPECT_TRUE(third.untilErr("is in use"));
         EXPECT_EQ(runProgram("show vrfs").status, 0);
-        third.signal(SIGTERM);
-        EXPECT_EQ(third.wait(), 0);
+        EXPECT_EQ(third.endedBy(SIGTERM), 0);
         EXPECT_TRUE(std::filesystem::exists(path)) << "the file is the other agent's";
+        EXPECT_EQ(agent.endedBy(SIGTERM), 0);
+        EXPECT_FALSE(std::filesystem::exists(path));
 
         std::ofstream("/run/file") << "precious";
         EXPECT_EQ(runProgram("run --socket /run/file").status, 1);
@@ -190,7 +172,9 @@ TEST(Socket, SetsAndShowsTheTextTrace) {
 
 TEST(Socket, DropsAReaderThatStopsReadingAndServesTheOthers) {
     inPrivateNamespace([] {
-        addManyAddresses();
+        // So many routes do not fit into what the kernel holds for a socket.
+        ASSERT_TRUE(ip("link add e1 type veth peer name p1\nlink set e1 up\nlink set p1 up"));
+        ASSERT_TRUE(ip(manyAddresses(3000)));
         ReadyAgent agent;
         const std::size_t before = openFiles(agent);
         const FileDescriptor shower = connectToAgent();
@@ -239,23 +223,4 @@ TEST(ChangeLogTest, GivesEachReaderEveryByteUntilItFallsTooFarBehind) {
     }
     EXPECT_GT(log.begin(), written.size());
     EXPECT_LE(log.end() - log.begin(), Agent::ChangeLog::capacity);
-}
-
-TEST(MergeDiffTest, MakesTheOneDocumentOfTheOther) {
-    const std::vector<std::string> documents{"{}",
-                                             R"({"a":1})",
-                                             R"({"a":{"b":{}}})",
-                                             R"({"a":{"b":{"c":true},"d":2}})",
-                                             R"({"a":{"b":{"c":false}},"e":{}})",
-                                             R"({"e":{"f":{"g":"h"}},"a":{}})"};
-    for (const std::string& from : documents) {
-        for (const std::string& to : documents) {
-            auto document = nlohmann::json::parse(from);
-            const auto target = nlohmann::json::parse(to);
-            const auto patch = Agent::mergeDiff(document, target);
-            EXPECT_EQ(patch.empty(), from == to);
-            document.merge_patch(patch);
-            EXPECT_EQ(document, target) << from << " by " << patch;
-        }
-    }
 }
