@@ -1,5 +1,7 @@
 #include "tests/library/DeviceModel.h"
 
+#include <numeric>
+
 namespace Routing::DirectNet {
 
 namespace {
@@ -9,14 +11,6 @@ using Lanx::AddressFamily;
 Lanx::IpGenAddrWithMask parsed(const std::string& address) {
     const bool virtual6 = address.find('/') == std::string::npos;
     return Lanx::IpGenAddrWithMask::fromString(virtual6 ? address + "/128" : address);
-}
-
-std::string viaOf(unsigned type, bool isVirtual) {
-    const char* via = type == 11  ? "connected"
-                      : type == 3 ? "receive-broadcast"
-                      : type == 4 ? "directed-broadcast"
-                                  : "receive";
-    return isVirtual ? std::string(via) + "-virtual" : via;
 }
 
 } // namespace
@@ -41,16 +35,15 @@ std::vector<DeviceModel::Vrf> DeviceModel::vrfsWithContainer() const {
 
 std::set<DeviceModel::Intf> DeviceModel::interfaces(const Vrf& vrf) const {
     std::set<Intf> intfs;
-    if (const auto found = ipv4.find(vrf); found != ipv4.end()) {
-        for (const auto& [intf, addresses] : found->second) {
-            intfs.insert(intf);
+    const auto collect = [&](const auto& family) {
+        if (const auto found = family.find(vrf); found != family.end()) {
+            for (const auto& [intf, addresses] : found->second) {
+                intfs.insert(intf);
+            }
         }
-    }
-    if (const auto found = ipv6.find(vrf); found != ipv6.end()) {
-        for (const auto& [intf, addresses] : found->second) {
-            intfs.insert(intf);
-        }
-    }
+    };
+    collect(ipv4);
+    collect(ipv6);
     return intfs;
 }
 
@@ -174,10 +167,34 @@ std::vector<RouteRow> DeviceModel::routes(const Vrf& vrf) const {
     for (const auto& [prefix, ofPrefix] : contributors) {
         const Contributor& winner = *ofPrefix.begin();
         rows.push_back({prefix.toString(), winner.type, winner.intf,
-                        viaOf(winner.type, winner.isVirtual),
+                        RouteRow::usualVia(winner.type) + (winner.isVirtual ? "-virtual" : ""),
                         winner.sourceVrf == local ? "" : std::to_string(winner.sourceVrf)});
     }
     return rows;
+}
+
+// An interface's own addresses and its virtual ones have via sets apart: two for IPv6, and two more
+// for the broadcasts of IPv4. A route that passes from the one to the other keeps the first.
+std::pair<std::size_t, std::size_t> DeviceModel::viaSets() const {
+    using Holder = std::tuple<Vrf, Intf, AddressFamily, bool>;
+    std::set<Holder> certain;
+    std::set<Holder> possible;
+    for (const Vrf& vrf : vrfsWithContainer()) {
+        for (const auto& [prefix, ofPrefix] : localContributors(vrf)) {
+            for (const Contributor& contributor : ofPrefix) {
+                certain.emplace(vrf, contributor.intf, prefix.af(), contributor.isVirtual);
+                possible.emplace(vrf, contributor.intf, prefix.af(), false);
+            }
+        }
+    }
+    possible.insert(certain.begin(), certain.end());
+    const auto count = [](const std::set<Holder>& holders) {
+        return std::accumulate(
+            holders.begin(), holders.end(), std::size_t{0}, [](std::size_t sum, const Holder& one) {
+                return sum + (std::get<AddressFamily>(one) == AddressFamily::ipv4 ? 4 : 2);
+            });
+    };
+    return {count(certain), count(possible)};
 }
 
 } // namespace Routing::DirectNet

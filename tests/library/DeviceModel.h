@@ -43,6 +43,8 @@ struct DeviceModel {
     bool hasContainer(const Vrf& vrf) const;
     std::vector<Vrf> vrfsWithContainer() const;
     std::vector<RouteRow> routes(const Vrf& vrf) const;
+    /// How many there are at least and at most.
+    std::pair<std::size_t, std::size_t> viaSets() const;
 
   private:
     /// In the order in which they win.

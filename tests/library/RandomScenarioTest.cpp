@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/routing/ProtoVrfStatus.h"
@@ -22,6 +23,8 @@ void expectAgreement(LibraryHarness& harness, const DeviceModel& model) {
             EXPECT_TRUE(harness.ribStatus(vrf)->ready()) << vrf;
         }
     }
+    const auto [least, most] = model.viaSets();
+    EXPECT_THAT(harness.viaSets(), testing::AllOf(testing::Ge(least), testing::Le(most)));
     EXPECT_EQ(harness.protoStatusDir->entity().size(), model.ribWaits.size());
 }
 

@@ -1,0 +1,131 @@
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "platform/ringlog/TraceHandle.h"
+#include "tests/support/LibraryHarness.h"
+
+namespace Routing::DirectNet {
+namespace {
+
+using std::string_literals::operator""s;
+
+class VirtualIpTest : public testing::Test {
+  protected:
+    VirtualIpTest() { harness.vrf("red", 5); }
+
+    LibraryHarness harness;
+};
+
+TEST_F(VirtualIpTest, ReplacedObjectLeavesInterfacesOfTheOldOne) {
+    harness.virtualIp("red", "10.1.1.1/24", "et1");
+    harness.virtualIp("red", "10.1.1.1/24", "et2");
+    const VirtualIp::VrfIpWithMaskPair key("red", Lanx::IpAddrWithMask::fromString("10.1.1.1/24"));
+    const auto other = Orb::makePtr<VirtualIp::VirtualIpIntfStatus>(
+        VirtualIp::VirtualIpIntfStatus::Arguments{key});
+    other->intfIdIs(Lanx::IntfId("et2"), true);
+    other->intfIdIs(Lanx::IntfId("et3"), true);
+    const auto table = harness.root().allVrfVirtualIpStatus()->vrfVirtualIpStatus("red");
+    table->virtualIpIs(other);
+    EXPECT_ROUTES(harness, "red", {{"10.1.1.1/32", 1, "et2", "receive-virtual"}});
+    EXPECT_EQ(harness.viaSets(), 8U);
+    harness.virtualIp("red", "10.1.1.1/24", "et1"); // the old one is not listened to any more
+    other->intfIdDel(Lanx::IntfId("et2"));
+    EXPECT_ROUTES(harness, "red", {{"10.1.1.1/32", 1, "et3", "receive-virtual"}});
+    table->virtualIpDel(key);
+    EXPECT_ROUTES(harness, "red", {});
+    EXPECT_EQ(harness.viaSets(), 0U);
+}
+
+TEST_F(VirtualIpTest, SubnetSettingReachesIpv6) {
+    harness.root().virtualIp6StatusSm()->subnetRouteEnabledIs(true);
+    harness.root().virtualIp6StatusSm()->handleSubnetRoutes();
+    harness.virtualIp("red", "2001:db8::9", "et1");
+    const auto table = harness.root().allVrfVirtualIp6Status()->vrfVirtualIpStatus("red");
+    EXPECT_FALSE(table->subnetRouteEnabled());
+    table->subnetRouteEnabledIs(true);
+    EXPECT_ROUTES(harness, "red", {{"2001:db8::9/128", 1, "et1", "receive-virtual"}});
+}
+
+struct Ipv4Family {
+    using Tables = Ipv4::AllVrfVirtualIpStatus;
+    using Helper = Ipv4::VrfVirtualIpStatusHelper;
+    using Entry = VirtualIp::VirtualIpIntfStatus;
+};
+struct Ipv6Family {
+    using Tables = Ipv6::AllVrfVirtualIpStatus;
+    using Helper = Ipv6::VrfVirtualIpStatusHelper;
+    using Entry = VirtualIp::VirtualIp6IntfStatus;
+};
+
+template <typename Family>
+class VirtualIpTableTest : public testing::Test {
+  protected:
+    ~VirtualIpTableTest() override { Ringlog::TraceHandle::sinkIs({}); }
+
+    /// What the rule says of the VRF's table, less what stands before each text.
+    std::string verdictOn(const L3::VrfName& vrf) const {
+        std::string traced;
+        Ringlog::TraceHandle::sinkIs([&traced](std::string_view line) {
+            traced.append(line.substr(line.find("] ") + 2)).append("\n");
+        });
+        Ringlog::TraceHandle::levelOfAllIs(9);
+        helper->maybeDeleteVrfVirtualIpStatus(vrf);
+        Ringlog::TraceHandle::levelOfAllIs(Ringlog::TraceHandle::off);
+        return traced;
+    }
+
+    LibraryHarness harness{{.gracefulRestart = false, .started = false}};
+    Orb::Ptr<typename Family::Tables> tables = Orb::makePtr<typename Family::Tables>();
+    Orb::Ptr<typename Family::Helper> helper =
+        Orb::makePtr<typename Family::Helper>(typename Family::Helper::Arguments{
+            tables, harness.allVrfStatusLocal, harness.nameToIdMapWrapper});
+};
+
+using Families = testing::Types<Ipv4Family, Ipv6Family>;
+TYPED_TEST_SUITE(VirtualIpTableTest, Families);
+
+TYPED_TEST(VirtualIpTableTest, TableGoesWhileItIsNeededOrStaysWhenItIsNot) {
+    using Entry = typename TypeParam::Entry;
+    const struct {
+        const char* vrf;
+        bool hasId;
+        std::optional<bool> active; ///< what the local status says, if there is one
+        std::string verdict;
+        bool gone;
+    } cases[] = {
+        {"blue", false, true, "VRF name to ID map has been deleted for VRF blue\n", true},
+        {"default", false, {}, "VRF name to ID map has been deleted for VRF default\n", true},
+        {"default", true, {}, "ContainerSm is present for VRF default\n", false},
+        {"default", true, false, "ContainerSm is present for VRF default\n", false},
+        {"blue", true, {}, "allVrfStatusLocal missing for VRF blue\n", true},
+        {"blue", true, false, "allVrfStatusLocal not active for VRF blue state 0\n", true},
+        {"blue", true, true, "ContainerSm is present for VRF blue\n", false},
+    };
+    for (const auto& [vrf, hasId, active, verdict, gone] : cases) {
+        this->harness.removeVrfs();
+        this->tables->vrfVirtualIpStatusDelAll();
+        if (hasId) {
+            this->harness.vrfId(vrf, 7);
+        }
+        if (active) {
+            this->harness.vrfStatus(vrf, *active);
+        }
+        const auto line = [&, name = vrf](const char* text) { return text + (name + "\n"s); };
+        const std::string some = verdict + line("At least one virtual IP present in VRF ");
+        const std::string none = verdict + line("No virtual IPs present in VRF ");
+        EXPECT_EQ(this->verdictOn(vrf), some) << "without a table";
+        auto* table = this->tables->vrfVirtualIpStatusIs(vrf);
+        table->virtualIpIs(Orb::makePtr<Entry>(typename Entry::Arguments{{vrf, {}}}));
+        EXPECT_EQ(this->verdictOn(vrf), some);
+        ASSERT_NE(this->tables->vrfVirtualIpStatus(vrf), nullptr);
+        table->virtualIpDelAll();
+        EXPECT_EQ(this->verdictOn(vrf),
+                  none + (gone ? line("Delete VrfVirtualIpStatus for VRF ") : ""));
+        EXPECT_EQ(this->tables->vrfVirtualIpStatus(vrf) == nullptr, gone) << verdict;
+    }
+}
+
+} // namespace
+} // namespace Routing::DirectNet
