@@ -33,6 +33,7 @@ class InterfaceAddressTest : public testing::Test {
         harness.vrfId("default", 0);
         harness.device("default", "Et1");
     }
+    Ip::IpIntfStatus& et1() { return harness.ipv4("default", "Et1"); }
     void primary(const std::string& address) { harness.address("default", "Et1", address); }
     void secondary(const std::string& address, bool inUse = true) {
         harness.secondary("default", "Et1", address, inUse);
@@ -88,12 +89,11 @@ TEST_F(InterfaceAddressTest, AddressYieldsOtherRoutesThanItsLengthCallsFor) {
 }
 
 TEST_F(InterfaceAddressTest, Ipv6AddressInfoThatChangesTakesAnotherReference) {
-    const Lanx::IntfId et1("Et1");
     const auto address = Lanx::Ip6AddrWithMask::fromString("2001:db8::1/128");
     harness.address6("default", "Et1", "2001:db8::2/128", false); // the default info at first
     harness.address6("default", "Et1", "2001:db8::1/128");
-    Ip6::IntfStatus& status =
-        *harness.ip6Status->vrfIp6IntfStatus(L3::VrfName::defaultVrf())->intfStatus(et1);
+    Ip6::IntfStatus& status = *harness.ip6Status->vrfIp6IntfStatus(L3::VrfName::defaultVrf())
+                                   ->intfStatus(Lanx::IntfId("Et1"));
     for (const std::uint32_t lifetime : {10U, 20U, 0U}) {
         status.addrIs(address, Ip6::AddressInfo{true, lifetime});
         expectRoutes({{"2001:db8::1/128", 2, "Et1"}});
@@ -136,17 +136,17 @@ TEST_F(InterfaceAddressTest, SecondaryFalseOrRemovedTakesWhatItNeverHeld) {
 }
 
 TEST_F(InterfaceAddressTest, UnnumberedInterfaceContributesItsPrimaryOrLosesItsSecondaries) {
-    harness.unnumbered("default", "Et1", "Lo0");
+    et1().unnumberedIntfIdIs(Lanx::IntfId("Lo0"));
     primary(addressOf(1));
     secondary(addressOf(2));
     expectRoutes(setOf(2));
     primary(addressOf(3)); // what was not added is not withdrawn
     expectRoutes(setOf(2));
-    harness.unnumbered("default", "Et1", "");
+    et1().unnumberedIntfIdIs(Lanx::IntfId(""));
     expectRoutes(setOf(2)); // only the address is watched
     primary(addressOf(4));
     expectRoutes(setOf(2) + setOf(4));
-    harness.unnumbered("default", "Et1", "Lo0");
+    et1().unnumberedIntfIdIs(Lanx::IntfId("Lo0"));
     expectRoutes(setOf(2) + setOf(4));
     primary(addressOf(5)); // withdraws what the numbered interface had added
     expectRoutes(setOf(2));
@@ -157,14 +157,14 @@ TEST_F(InterfaceAddressTest, UnnumberedInterfaceContributesItsPrimaryOrLosesItsS
 TEST_F(InterfaceAddressTest, DirectedBroadcastChangesMoreThanTheTypeOrMissesASecondary) {
     primary(addressOf(1));
     secondary(addressOf(2));
-    harness.directedBroadcast("default", "Et1", true);
+    et1().directedBroadcastIs(true);
     expectRoutes(setOf(1, true) + setOf(2, true));
     secondary(addressOf(3));
     expectRoutes(setOf(1, true) + setOf(2, true) + setOf(3, true));
-    harness.directedBroadcast("default", "Et1", false);
+    et1().directedBroadcastIs(false);
     expectRoutes(setOf(1) + setOf(2) + setOf(3));
     primary("10.9.0.1/31");
-    harness.directedBroadcast("default", "Et1", true);
+    et1().directedBroadcastIs(true);
     expectRoutes(setOf(2, true) + setOf(3, true)
                  + std::vector<RouteRow>{{"10.9.0.0/31", 11, "Et1"}, {"10.9.0.1/32", 1, "Et1"}});
 }
@@ -172,10 +172,10 @@ TEST_F(InterfaceAddressTest, DirectedBroadcastChangesMoreThanTheTypeOrMissesASec
 // The flag is applied without a filter: to an unnumbered primary, and to a secondary not in use.
 // What comes of it has no reference and must go all the same.
 TEST_F(InterfaceAddressTest, UnfilteredDirectedBroadcastLeavesRoutesBehind) {
-    harness.unnumbered("default", "Et1", "Lo0");
+    et1().unnumberedIntfIdIs(Lanx::IntfId("Lo0"));
     primary(addressOf(1));
     secondary(addressOf(2), false);
-    harness.directedBroadcast("default", "Et1", true);
+    et1().directedBroadcastIs(true);
     const auto broadcastOnly = [](int n) {
         const std::string net = "10." + std::to_string(n) + ".0.";
         return std::vector<RouteRow>{{net + "0/32", 3, "Et1"},
@@ -185,7 +185,7 @@ TEST_F(InterfaceAddressTest, UnfilteredDirectedBroadcastLeavesRoutesBehind) {
     harness.removeVrfs();
     EXPECT_EQ(harness.leftovers(), "");
     harness.vrfId("default", 0);
-    harness.directedBroadcast("default", "Et1", false);
+    et1().directedBroadcastIs(false);
     harness.secondaryDel("default", "Et1", addressOf(2));
     expectRoutes({{"10.1.0.0/32", 3, "Et1"}, {"10.1.0.255/32", 4, "Et1"}});
 }

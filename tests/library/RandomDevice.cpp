@@ -40,19 +40,19 @@ std::string RandomDevice::intf() { return oneOf(intfs); }
 
 void RandomDevice::step() {
     using Change = void (RandomDevice::*)();
-    static const std::vector<std::pair<Change, int>> weights{
+    static const std::vector<std::pair<Change, std::size_t>> weights{
         {&RandomDevice::changeVrfId, 10},     {&RandomDevice::changeVrfStatus, 10},
         {&RandomDevice::replaceVrfMap, 1},    {&RandomDevice::changeDevice, 16},
         {&RandomDevice::changePrimary, 22},   {&RandomDevice::changeSecondary, 18},
         {&RandomDevice::promoteSecondary, 4}, {&RandomDevice::changeIpv6, 16},
-        {&RandomDevice::removeInterface, 4},  {&RandomDevice::removeFamily, 1},
-        {&RandomDevice::changeVirtualIp, 18}, {&RandomDevice::removeVirtualIp, 4},
+        {&RandomDevice::removeInterfaces, 5}, {&RandomDevice::changeSubnetRoutes, 2},
+        {&RandomDevice::changeVirtualIp, 16}, {&RandomDevice::removeVirtualIp, 4},
         {&RandomDevice::changeLeak, 22},      {&RandomDevice::removeLeaks, 1},
         {&RandomDevice::changeRibWaits, 4},   {&RandomDevice::restart, 1}};
     static const std::vector<Change> changes = [] {
         std::vector<Change> all;
         for (const auto& [change, weight] : weights) {
-            all.insert(all.end(), static_cast<std::size_t>(weight), change);
+            all.insert(all.end(), weight, change);
         }
         return all;
     }();
@@ -110,19 +110,28 @@ void RandomDevice::replaceVrfMap() {
     harness_.nameToIdMapWrapper->nameToIdMapIs(map);
 }
 
+// A member of a list comes, changes its flag or goes.
+void RandomDevice::changeListed(const std::string& what, std::map<std::string, bool>& listed,
+                                const std::string& member, const Apply& apply) {
+    std::optional<bool> flag;
+    if (!oneIn(3)) {
+        flag = !oneIn(5);
+    }
+    note(what + " " + member + (!flag ? " goes" : *flag ? " true" : " false"));
+    if (flag) {
+        listed[member] = *flag;
+    } else {
+        listed.erase(member);
+    }
+    apply(flag);
+}
+
 void RandomDevice::changeDevice() {
     const std::string netns = oneOf(namespaces);
-    const std::string name = intf();
-    if (oneIn(6)) {
-        note("deviceDel " + netns + " " + name);
-        model_.devices[netns].erase(name);
-        harness_.deviceDel(netns, name);
-        return;
-    }
-    const bool running = !oneIn(5);
-    note("device " + netns + " " + name + (running ? " running" : " not running"));
-    model_.devices[netns][name] = running;
-    harness_.device(netns, name, running);
+    const std::string on = intf();
+    changeListed("device " + netns, model_.devices[netns], on, [&](std::optional<bool> running) {
+        running ? harness_.device(netns, on, *running) : harness_.deviceDel(netns, on);
+    });
 }
 
 void RandomDevice::changePrimary() {
@@ -141,21 +150,15 @@ void RandomDevice::changePrimary() {
 void RandomDevice::changeSecondary() {
     const std::string name = vrf();
     const std::string on = intf();
-    DeviceModel::Ipv4& status = model_.ipv4[name][on];
     const std::string address = oneOf(ipv4Addresses);
-    if (status.primary == address) {
-        return;
+    DeviceModel::Ipv4& status = model_.ipv4[name][on];
+    if (status.primary != address) {
+        changeListed("secondary " + name + " " + on, status.secondaries, address,
+                     [&](std::optional<bool> inUse) {
+                         inUse ? harness_.secondary(name, on, address, *inUse)
+                               : harness_.secondaryDel(name, on, address);
+                     });
     }
-    if (oneIn(3)) {
-        note("secondaryDel " + name + " " + on + " " + address);
-        status.secondaries.erase(address);
-        harness_.secondaryDel(name, on, address);
-        return;
-    }
-    const bool inUse = !oneIn(4);
-    note("secondary " + name + " " + on + " " + address + (inUse ? " true" : " false"));
-    status.secondaries[address] = inUse;
-    harness_.secondary(name, on, address, inUse);
 }
 
 void RandomDevice::promoteSecondary() {
@@ -177,63 +180,43 @@ void RandomDevice::changeIpv6() {
     const std::string name = vrf();
     const std::string on = intf();
     const std::string address = oneOf(ipv6Addresses);
-    if (oneIn(3)) {
-        note("address6Del " + name + " " + on + " " + address);
-        model_.ipv6[name][on].erase(address);
-        harness_.address6Del(name, on, address);
-        return;
-    }
-    const bool active = !oneIn(4);
-    note("address6 " + name + " " + on + " " + address + (active ? " true" : " false"));
-    model_.ipv6[name][on][address] = active;
-    harness_.address6(name, on, address, active);
+    changeListed("address6 " + name + " " + on, model_.ipv6[name][on], address,
+                 [&](std::optional<bool> active) {
+                     active ? harness_.address6(name, on, address, *active)
+                            : harness_.address6Del(name, on, address);
+                 });
 }
 
-void RandomDevice::removeInterface() {
+void RandomDevice::removeInterfaces() {
     const std::string name = vrf();
     const std::string on = intf();
-    note("interfaceDel " + name + " " + on);
-    if (oneIn(2)) {
-        model_.ipv4[name].erase(on);
-        harness_.ipv4Del(name, on);
+    const bool all = oneIn(5);
+    const bool ipv6 = oneIn(2);
+    note("interfacesDel " + name + " " + (all ? "all" : on) + (ipv6 ? " IPv6" : " IPv4"));
+    if (ipv6) {
+        all ? void(model_.ipv6.erase(name)) : void(model_.ipv6[name].erase(on));
+        all ? harness_.ipv6Del(name) : harness_.ipv6Del(name, on);
     } else {
-        model_.ipv6[name].erase(on);
-        harness_.ipv6Del(name, on);
+        all ? void(model_.ipv4.erase(name)) : void(model_.ipv4[name].erase(on));
+        all ? harness_.ipv4Del(name) : harness_.ipv4Del(name, on);
     }
 }
 
-void RandomDevice::removeFamily() {
-    const std::string name = vrf();
-    note("familyDel " + name);
-    if (oneIn(2)) {
-        model_.ipv4.erase(name);
-        harness_.ipv4Del(name);
-    } else {
-        model_.ipv6.erase(name);
-        harness_.ipv6Del(name);
-    }
+void RandomDevice::changeSubnetRoutes() {
+    model_.subnetRoutes = !model_.subnetRoutes;
+    note(model_.subnetRoutes ? "subnetRoutes true" : "subnetRoutes false");
+    harness_.subnetRoutes(model_.subnetRoutes);
 }
 
 void RandomDevice::changeVirtualIp() {
-    if (oneIn(10)) {
-        model_.subnetRoutes = !model_.subnetRoutes;
-        note(model_.subnetRoutes ? "subnetRoutes true" : "subnetRoutes false");
-        harness_.subnetRoutes(model_.subnetRoutes);
-        return;
-    }
     const std::string name = vrf();
     const std::string address = oneOf(virtualAddresses);
     const std::string on = intf();
-    if (oneIn(3)) {
-        note("virtualIpDel " + name + " " + address + " " + on);
-        model_.virtualIps[{name, address}].erase(on);
-        harness_.virtualIpDel(name, address, on);
-        return;
-    }
-    const bool carried = !oneIn(6);
-    note("virtualIp " + name + " " + address + " " + on + (carried ? " true" : " false"));
-    model_.virtualIps[{name, address}][on] = carried;
-    harness_.virtualIp(name, address, on, carried);
+    changeListed("virtualIp " + name + " " + address, model_.virtualIps[{name, address}], on,
+                 [&](std::optional<bool> carried) {
+                     carried ? harness_.virtualIp(name, address, on, *carried)
+                             : harness_.virtualIpDel(name, address, on);
+                 });
 }
 
 void RandomDevice::removeVirtualIp() {

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -34,6 +37,11 @@ class RandomDevice {
     std::string intf();
     void note(const std::string& what) { log_ += what + '\n'; }
 
+    /// Takes the flag of what is listed, and nothing for what goes.
+    using Apply = std::function<void(std::optional<bool>)>;
+    void changeListed(const std::string& what, std::map<std::string, bool>& listed,
+                      const std::string& member, const Apply& apply);
+
     void changeVrfId();
     void changeVrfStatus();
     void replaceVrfMap();
@@ -42,8 +50,8 @@ class RandomDevice {
     void changeSecondary();
     void promoteSecondary();
     void changeIpv6();
-    void removeInterface();
-    void removeFamily();
+    void removeInterfaces();
+    void changeSubnetRoutes();
     void changeVirtualIp();
     void removeVirtualIp();
     void changeLeak();

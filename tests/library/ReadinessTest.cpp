@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
 #include <string>
 
 #include "platform/routing/ProtoVrfStatus.h"
@@ -13,125 +12,116 @@ namespace {
 
 class ReadinessTest : public testing::Test {
   protected:
-    void restart(bool gracefulRestart) {
-        harness = nullptr;
-        harness = std::make_unique<LibraryHarness>(LibraryHarness::Options{gracefulRestart, true});
-    }
     void addInterfaces() {
-        harness->device("default", "Et1");
-        harness->address("default", "Et1", "10.0.0.1/24");
-        harness->address6("default", "Et1", "2001:db8::1/64");
+        harness.device("default", "Et1");
+        harness.address("default", "Et1", "10.0.0.1/24");
+        harness.address6("default", "Et1", "2001:db8::1/64");
     }
     VrfReadyStatus& flags(const std::string& vrf = "default") {
-        return *harness->container(vrf).vrfReadyStatus();
+        return *harness.container(vrf).vrfReadyStatus();
     }
     bool ready() { return flags().v4DirectNetsReady() && flags().v6DirectNetsReady(); }
     bool anyReady() { return flags().v4DirectNetsReady() || flags().v6DirectNetsReady(); }
 
-    std::unique_ptr<LibraryHarness> harness = std::make_unique<LibraryHarness>();
+    LibraryHarness harness;
 };
 
 TEST_F(ReadinessTest, VrfIsReadyBeforeItsFirstDrainOrNeverWithoutInterfaces) {
-    harness->vrfId("default", 0);
+    harness.vrfId("default", 0);
     EXPECT_TRUE(ready()); // nothing to write
-    harness->vrfIdDel("default");
+    harness.vrfIdDel("default");
     addInterfaces();
-    harness->vrfId("default", 0);
+    harness.vrfId("default", 0);
     EXPECT_FALSE(anyReady());
-    harness->run(0.03);
+    harness.run(0.03);
     EXPECT_FALSE(anyReady());
-    harness->settle();
+    harness.settle();
     EXPECT_TRUE(ready());
-    harness->address("default", "Et1", "10.0.1.1/24");
+    harness.address("default", "Et1", "10.0.1.1/24");
     EXPECT_TRUE(ready()); // there is no way back
 }
 
 TEST_F(ReadinessTest, VrfIsReadyBetweenTheSlicesOfItsFirstDrain) {
     addInterfaces();
-    harness->vrfId("default", 0);
-    harness->clock->secondsPerRead = 0.05;
-    IntfBacklog& backlog = harness->backlog("default");
+    harness.vrfId("default", 0);
+    harness.clock->secondsPerRead = 0.05;
+    IntfBacklog& backlog = harness.backlog("default");
     while (!backlog.backlog().empty()) {
         EXPECT_FALSE(anyReady());
-        harness->clock->advanceTo(harness->clock->nextWakeup());
-        harness->clock->runDue();
+        harness.clock->advanceTo(harness.clock->nextWakeup());
+        harness.clock->runDue();
     }
     EXPECT_TRUE(ready());
 }
 
 TEST_F(ReadinessTest, GracefulRestartDoesNotHoldReadinessBackOrHoldsItForEver) {
+    addInterfaces();
     for (const bool drainedFirst : {true, false}) {
-        restart(true);
-        addInterfaces();
-        harness->ribWaits("default");
-        harness->vrfId("default", 0);
+        harness.removeVrfs();
+        harness.ribWaits("default", false);
+        harness.stop();
+        harness.grState = Orb::makePtr<GrState>(GrState::Arguments{true});
+        harness.start();
+        harness.ribWaits("default");
+        harness.vrfId("default", 0);
         if (drainedFirst) {
-            harness->settle();
+            harness.settle();
         }
         EXPECT_FALSE(anyReady());
-        harness->grState->startReadyVerificationIs(true);
+        harness.grState->startReadyVerificationIs(true);
         EXPECT_EQ(ready(), drainedFirst);
-        harness->settle();
+        harness.settle();
         EXPECT_TRUE(ready());
-        EXPECT_TRUE(harness->ribStatus("default")->ready());
+        EXPECT_TRUE(harness.ribStatus("default")->ready());
     }
 }
 
-TEST_F(ReadinessTest, FlagsOfAVrfThatCameBackAreTheOldOnes) {
-    addInterfaces();
-    harness->vrfId("default", 0);
-    harness->settle();
-    harness->vrfIdDel("default");
-    harness->vrfId("default", 0);
-    EXPECT_FALSE(anyReady());
-}
-
 TEST_F(ReadinessTest, RibHearsOfReadinessTooEarlyTwiceOrNever) {
-    harness->ribWaits("default");
+    harness.ribWaits("default");
     addInterfaces();
-    ASSERT_NE(harness->ribStatus("default"), nullptr);
-    harness->vrfId("default", 0);
+    ASSERT_NE(harness.ribStatus("default"), nullptr);
+    harness.vrfId("default", 0);
     flags().v4DirectNetsReadyIs(true); // one family is not enough
-    EXPECT_EQ(harness->ribStatus("default")->readyTime(), 0);
-    harness->settle();
-    const double time = harness->ribStatus("default")->readyTime();
-    EXPECT_TRUE(harness->ribStatus("default")->ready());
-    EXPECT_EQ(time, harness->clock->now());
+    EXPECT_EQ(harness.ribStatus("default")->readyTime(), 0);
+    harness.settle();
+    const double time = harness.ribStatus("default")->readyTime();
+    EXPECT_TRUE(harness.ribStatus("default")->ready());
+    EXPECT_EQ(time, harness.clock->now());
 
-    harness->run(10);
-    harness->vrfIdDel("default"); // ready again later, but the time stays
-    harness->vrfId("default", 0);
-    harness->settle();
-    EXPECT_EQ(harness->ribStatus("default")->readyTime(), time);
+    harness.run(10);
+    harness.vrfIdDel("default");
+    harness.vrfId("default", 0);
+    EXPECT_FALSE(anyReady());
+    harness.settle(); // ready again later, but the time stays
+    EXPECT_EQ(harness.ribStatus("default")->readyTime(), time);
 
-    harness->ribWaits("default", false);
-    EXPECT_EQ(harness->ribStatus("default"), nullptr);
-    harness->ribWaits("default"); // listed when everything is ready already
-    EXPECT_TRUE(harness->ribStatus("default")->ready());
-    EXPECT_EQ(harness->ribStatus("default")->readyTime(), harness->clock->now());
+    harness.ribWaits("default", false);
+    EXPECT_EQ(harness.ribStatus("default"), nullptr);
+    harness.ribWaits("default"); // listed when everything is ready already
+    EXPECT_TRUE(harness.ribStatus("default")->ready());
+    EXPECT_EQ(harness.ribStatus("default")->readyTime(), harness.clock->now());
 }
 
 TEST_F(ReadinessTest, BrokenReadyTimeIsOverwritten) {
-    harness->ribWaits("default");
-    harness->ribStatus("default")->readyTimeIs(std::numeric_limits<double>::quiet_NaN());
-    harness->vrfId("default", 0);
-    harness->settle();
+    harness.ribWaits("default");
+    harness.ribStatus("default")->readyTimeIs(std::numeric_limits<double>::quiet_NaN());
+    harness.vrfId("default", 0);
+    harness.settle();
     EXPECT_TRUE(ready());
-    EXPECT_TRUE(std::isnan(harness->ribStatus("default")->readyTime()));
-    EXPECT_FALSE(harness->ribStatus("default")->ready());
+    EXPECT_TRUE(std::isnan(harness.ribStatus("default")->readyTime()));
+    EXPECT_FALSE(harness.ribStatus("default")->ready());
 }
 
 // The directory is brought in line with what the RIB waits for.
 TEST_F(ReadinessTest, RecordsOfAnEarlierRunStay) {
-    restart(false);
-    harness->ribWaits("red");
-    harness->stop();
-    harness->ribWaits("red", false);
-    harness->ribWaits("blue");
-    ASSERT_NE(harness->ribStatus("red"), nullptr);
-    harness->start();
-    EXPECT_EQ(harness->ribStatus("red"), nullptr);
-    EXPECT_NE(harness->ribStatus("blue"), nullptr);
+    harness.ribWaits("red");
+    harness.stop();
+    harness.ribWaits("red", false);
+    harness.ribWaits("blue");
+    ASSERT_NE(harness.ribStatus("red"), nullptr);
+    harness.start();
+    EXPECT_EQ(harness.ribStatus("red"), nullptr);
+    EXPECT_NE(harness.ribStatus("blue"), nullptr);
 }
 
 } // namespace

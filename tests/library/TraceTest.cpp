@@ -96,36 +96,28 @@ TEST_F(TraceTest, levelOfAllHoldsForHandlesMadeLater) {
 
 TEST_F(TraceTest, duallogWritesTheSameTextToWhicheverIsOpen) {
     const std::string large(1000, 'x');
-    for (bool print : {false, true}) {
-        for (bool ring : {false, true}) {
-            printed_.clear();
-            evaluated_ = 0;
-            TraceHandle::levelOfAllIs(print ? 8 : TraceHandle::off);
-            Ringlog::close();
-            if (ring) {
-                openRing();
-            }
-            DIRECTNET_DUALLOG(8, "n=", count(), ' ', large);
-            EXPECT_EQ(evaluated_, print || ring ? 1 : 0);
-            ASSERT_EQ(printed_.size(), print ? 1U : 0U);
-            if (print) {
-                EXPECT_NE(printed_[0].find("] n=1 " + large), std::string::npos);
-            }
-            if (ring) {
-                EXPECT_NE(lastOfRing().find("] n=1 xxxx"), std::string::npos) << lastOfRing();
-            }
+    for (const auto& [print, ring] :
+         {std::pair(false, false), {false, true}, {true, false}, {true, true}}) {
+        printed_.clear();
+        evaluated_ = 0;
+        TraceHandle::levelOfAllIs(print ? 8 : TraceHandle::off);
+        Ringlog::close();
+        if (ring) {
+            openRing();
+        }
+        const int line = __LINE__ + 1;
+        DIRECTNET_DUALLOG(8, "n=", count(), " size=", 5U, ' ', large);
+        const std::string text =
+            at(line) + "duallogWritesTheSameTextToWhicheverIsOpen_Test::TestBody] n=1 size=5 ";
+        EXPECT_EQ(evaluated_, print || ring ? 1 : 0);
+        ASSERT_EQ(printed_.size(), print ? 1U : 0U);
+        if (print) {
+            EXPECT_EQ(printed_[0], "DirectNet 8 " + text + large);
+        }
+        if (ring) {
+            EXPECT_TRUE(lastOfRing().starts_with(text + "xxxx")) << lastOfRing();
         }
     }
-}
-
-TEST_F(TraceTest, ringTextKeepsLiteralsAndTypedValuesInOrder) {
-    openRing();
-    const int line = __LINE__ + 1;
-    DIRECTNET_RINGLOG("backlog size=", 5U, " invocation=", count());
-    EXPECT_EQ(lastOfRing(), at(line)
-                                + "ringTextKeepsLiteralsAndTypedValuesInOrder_Test::TestBody] "
-                                  "backlog size=5 invocation=1");
-    EXPECT_TRUE(printed_.empty());
 }
 
 TEST_F(TraceTest, failingSinkDoesNotFailTheCaller) {

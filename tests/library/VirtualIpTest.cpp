@@ -48,46 +48,25 @@ TEST_F(VirtualIpTest, SubnetSettingReachesIpv6) {
     EXPECT_ROUTES(harness, "red", {{"2001:db8::9/128", 1, "et1", "receive-virtual"}});
 }
 
-struct Ipv4Family {
-    using Tables = Ipv4::AllVrfVirtualIpStatus;
-    using Helper = Ipv4::VrfVirtualIpStatusHelper;
-    using Entry = VirtualIp::VirtualIpIntfStatus;
-};
-struct Ipv6Family {
-    using Tables = Ipv6::AllVrfVirtualIpStatus;
-    using Helper = Ipv6::VrfVirtualIpStatusHelper;
-    using Entry = VirtualIp::VirtualIp6IntfStatus;
-};
+/// What the rule says of a VRF's table, less what stands before each text.
+std::string verdictOn(const L3::VrfName& vrf, Ipv4::VrfVirtualIpStatusHelper& helper) {
+    std::string traced;
+    Ringlog::TraceHandle::sinkIs([&traced](std::string_view line) {
+        traced.append(line.substr(line.find("] ") + 2)).append("\n");
+    });
+    Ringlog::TraceHandle::levelOfAllIs(9);
+    helper.maybeDeleteVrfVirtualIpStatus(vrf);
+    Ringlog::TraceHandle::levelOfAllIs(Ringlog::TraceHandle::off);
+    Ringlog::TraceHandle::sinkIs({});
+    return traced;
+}
 
-template <typename Family>
-class VirtualIpTableTest : public testing::Test {
-  protected:
-    ~VirtualIpTableTest() override { Ringlog::TraceHandle::sinkIs({}); }
-
-    /// What the rule says of the VRF's table, less what stands before each text.
-    std::string verdictOn(const L3::VrfName& vrf) const {
-        std::string traced;
-        Ringlog::TraceHandle::sinkIs([&traced](std::string_view line) {
-            traced.append(line.substr(line.find("] ") + 2)).append("\n");
-        });
-        Ringlog::TraceHandle::levelOfAllIs(9);
-        helper->maybeDeleteVrfVirtualIpStatus(vrf);
-        Ringlog::TraceHandle::levelOfAllIs(Ringlog::TraceHandle::off);
-        return traced;
-    }
-
-    LibraryHarness harness{{.gracefulRestart = false, .started = false}};
-    Orb::Ptr<typename Family::Tables> tables = Orb::makePtr<typename Family::Tables>();
-    Orb::Ptr<typename Family::Helper> helper =
-        Orb::makePtr<typename Family::Helper>(typename Family::Helper::Arguments{
+TEST(VirtualIpTableTest, TableGoesWhileItIsNeededOrStaysWhenItIsNot) {
+    LibraryHarness harness(false);
+    const auto tables = Orb::makePtr<Ipv4::AllVrfVirtualIpStatus>();
+    const auto helper =
+        Orb::makePtr<Ipv4::VrfVirtualIpStatusHelper>(Ipv4::VrfVirtualIpStatusHelper::Arguments{
             tables, harness.allVrfStatusLocal, harness.nameToIdMapWrapper});
-};
-
-using Families = testing::Types<Ipv4Family, Ipv6Family>;
-TYPED_TEST_SUITE(VirtualIpTableTest, Families);
-
-TYPED_TEST(VirtualIpTableTest, TableGoesWhileItIsNeededOrStaysWhenItIsNot) {
-    using Entry = typename TypeParam::Entry;
     const struct {
         const char* vrf;
         bool hasId;
@@ -104,26 +83,27 @@ TYPED_TEST(VirtualIpTableTest, TableGoesWhileItIsNeededOrStaysWhenItIsNot) {
         {"blue", true, true, "ContainerSm is present for VRF blue\n", false},
     };
     for (const auto& [vrf, hasId, active, verdict, gone] : cases) {
-        this->harness.removeVrfs();
-        this->tables->vrfVirtualIpStatusDelAll();
+        harness.removeVrfs();
+        tables->vrfVirtualIpStatusDelAll();
         if (hasId) {
-            this->harness.vrfId(vrf, 7);
+            harness.vrfId(vrf, 7);
         }
         if (active) {
-            this->harness.vrfStatus(vrf, *active);
+            harness.vrfStatus(vrf, *active);
         }
         const auto line = [&, name = vrf](const char* text) { return text + (name + "\n"s); };
         const std::string some = verdict + line("At least one virtual IP present in VRF ");
         const std::string none = verdict + line("No virtual IPs present in VRF ");
-        EXPECT_EQ(this->verdictOn(vrf), some) << "without a table";
-        auto* table = this->tables->vrfVirtualIpStatusIs(vrf);
-        table->virtualIpIs(Orb::makePtr<Entry>(typename Entry::Arguments{{vrf, {}}}));
-        EXPECT_EQ(this->verdictOn(vrf), some);
-        ASSERT_NE(this->tables->vrfVirtualIpStatus(vrf), nullptr);
+        EXPECT_EQ(verdictOn(vrf, *helper), some) << "without a table";
+        auto* table = tables->vrfVirtualIpStatusIs(vrf);
+        table->virtualIpIs(Orb::makePtr<VirtualIp::VirtualIpIntfStatus>(
+            VirtualIp::VirtualIpIntfStatus::Arguments{{vrf, {}}}));
+        EXPECT_EQ(verdictOn(vrf, *helper), some);
+        ASSERT_NE(tables->vrfVirtualIpStatus(vrf), nullptr);
         table->virtualIpDelAll();
-        EXPECT_EQ(this->verdictOn(vrf),
+        EXPECT_EQ(verdictOn(vrf, *helper),
                   none + (gone ? line("Delete VrfVirtualIpStatus for VRF ") : ""));
-        EXPECT_EQ(this->tables->vrfVirtualIpStatus(vrf) == nullptr, gone) << verdict;
+        EXPECT_EQ(tables->vrfVirtualIpStatus(vrf) == nullptr, gone) << verdict;
     }
 }
 

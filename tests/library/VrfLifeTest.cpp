@@ -78,7 +78,7 @@ TEST_F(VrfLifeTest, ContainerIsThereWithoutItsConditionsOrMissingWithThem) {
 TEST_F(VrfLifeTest, StatusThatGoesInTheMiddleOfItsOwnChange) {
     harness.stop();
     for (const bool outsiderFirst : {true, false}) {
-        LibraryHarness h(LibraryHarness::Options{false, !outsiderFirst});
+        LibraryHarness h(!outsiderFirst);
         h.vrfId("red", 5);
         h.vrfStatus("red", false);
         const Orb::Ptr<Ip::VrfStatusLocal> status(h.allVrfStatusLocal->vrf("red"));

@@ -161,14 +161,13 @@ class AttributeLogTest : public testing::Test {
     /// A small whole log.
     std::string someLog() {
         Pipe pipe;
-        tables_->tableIs("red");
+        Table* red = tables_->tableIs("red");
         Writer writer(pipe.sink(), tables_);
-        const ItemKey key("red", {Lanx::IpAddr(0x0a010101), 24});
-        const auto added = makePtr<Item>(Item::Arguments{key});
+        const auto added = item(ItemKey("red", {Lanx::IpAddr(0x0a010101), 24}));
         added->intfIdIs(intfId(1), true);
-        tables_->table("red")->itemIs(added);
+        red->itemIs(added);
         added->intfIdIs(intfId(2), false);
-        tables_->table("red")->flagIs(true);
+        red->flagIs(true);
         writer.finish();
         return pipe.take();
     }
@@ -275,57 +274,53 @@ TEST_F(AttributeLogTest, flippedBitIsFollowed) {
     }
 }
 
+constexpr std::size_t none = std::string::npos;
+
+/// A well-framed log of the bodies, but for the one that got lost.
+std::string framed(const std::vector<std::string>& bodies, std::size_t lost = none) {
+    std::string log;
+    AttributeLogFramer framer;
+    AttributeLogFramer::appendHead(log);
+    for (std::size_t at = 0; at < bodies.size(); ++at) {
+        std::string frame;
+        framer.append(frame, bodies[at]);
+        log += at == lost ? "" : frame;
+    }
+    return log;
+}
+
+/// The records of a log: before each stand its size and its checksum.
 std::vector<std::string> bodiesOf(const std::string& log) {
     std::vector<std::string> bodies;
-    AttributeLogUnframer unframer([&](AttributeLogInput& in) {
-        std::string body;
-        while (true) {
-            try {
-                body += in.bytes(1);
-            } catch (const ParseError&) {
-                break;
-            }
-        }
-        bodies.push_back(body);
-    });
-    unframer.feed(log);
+    std::size_t at = framed({}).size();
+    while (at < log.size()) {
+        AttributeLogInput in(std::string_view(log).substr(at), at);
+        const auto size = in.number<std::uint32_t>();
+        bodies.push_back(log.substr(at + 8, size));
+        at += 8 + size;
+    }
     return bodies;
 }
 
 TEST_F(AttributeLogTest, lostOrMovedRecordGoesUnnoticed) {
-    const std::vector<std::string> bodies = bodiesOf(someLog());
-    std::string log;
-    std::vector<std::string> frames(bodies.size());
-    AttributeLogFramer framer;
-    AttributeLogFramer::appendHead(log);
-    for (std::size_t at = 0; at < bodies.size(); ++at) {
-        framer.append(frames[at], bodies[at]);
-    }
-    for (std::size_t lost = 0; lost + 1 < frames.size(); ++lost) {
-        std::string gap = log;
-        for (std::size_t at = 0; at < frames.size(); ++at) {
-            gap += at == lost ? "" : frames[at];
-        }
-        EXPECT_THROW(Replay(makePtr<Tables>()).feed(gap), ParseError) << lost;
+    const std::string log = someLog();
+    const std::vector<std::string> bodies = bodiesOf(log);
+    ASSERT_EQ(framed(bodies), log);
+    for (std::size_t lost = 0; lost + 1 < bodies.size(); ++lost) {
+        EXPECT_THROW(Replay(makePtr<Tables>()).feed(framed(bodies, lost)), ParseError) << lost;
     }
 }
 
-/// Feeds the bodies as a well-framed log. Answers the error, and what the roots hold then.
+/// Feeds the bodies as a log. Answers the error, and what the roots hold then.
 std::pair<std::string, std::string> outcome(const std::vector<std::string>& bodies) {
-    std::string log;
-    AttributeLogFramer framer;
-    AttributeLogFramer::appendHead(log);
-    for (const std::string& body : bodies) {
-        framer.append(log, body);
-    }
     const auto tables = makePtr<Tables>();
-    Replay replay(tables);
+    std::string problem;
     try {
-        replay.feed(log);
+        Replay(tables).feed(framed(bodies));
     } catch (const ParseError& error) {
-        return {error.what(), textOf(*tables)};
+        problem = error.what();
     }
-    return {"", textOf(*tables)};
+    return {problem, textOf(*tables)};
 }
 
 TEST_F(AttributeLogTest, hostileRecordIsAppliedInPart) {
@@ -398,9 +393,7 @@ TEST_F(AttributeLogTest, hostileValueIsBelieved) {
         const std::string got = outcome(bodies).first;
         EXPECT_NE(got.find(error), std::string::npos) << got << " instead of " << error;
     }
-    std::string endless;
-    AttributeLogFramer::appendHead(endless);
-    endless += "\xff\xff\xff\xff\0\0\0\0"s;
+    const std::string endless = framed({}) + "\xff\xff\xff\xff\0\0\0\0"s;
     EXPECT_THROW(Replay(makePtr<Tables>()).feed(endless), ParseError);
 }
 

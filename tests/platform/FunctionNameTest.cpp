@@ -3,98 +3,59 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <ostream>
 #include <vector>
 
 namespace Routing::DirectNet {
 namespace {
 
 // Each function answers its own signature, spelled by whichever compiler builds the test.
-#define ANSWER_SIGNATURE                                                                           \
-    { return __PRETTY_FUNCTION__; }
-
-class Machine {
-  public:
-    Machine() : constructed(__PRETTY_FUNCTION__) {}
-
-    std::string method(const std::string& /*name*/, const std::function<void(int)>& /*then*/) const
-        ANSWER_SIGNATURE std::vector<std::string> returnsTemplate() const {
-        return {__PRETTY_FUNCTION__};
+template <typename T>
+struct Machine {
+    std::string method(const std::function<void(int)>& /*then*/) const {
+        return __PRETTY_FUNCTION__;
     }
-    template <typename T>
-    std::string templated(const std::vector<T>& /*values*/) ANSWER_SIGNATURE std::string
-        inLambda() {
-        auto lambda = [this](int) { return constructed.empty() ? "" : __PRETTY_FUNCTION__; };
-        return lambda(1);
+    template <typename U>
+    std::string templated(const std::vector<U>& /*values*/) const {
+        return __PRETTY_FUNCTION__;
     }
-    std::string inGenericLambda() const {
-        auto lambda = [](auto) { return __PRETTY_FUNCTION__; };
-        return lambda(1);
+    std::string inLambda() const {
+        return [](auto) { return __PRETTY_FUNCTION__; }(1);
     }
-    std::string operator()(int /*unused*/) const ANSWER_SIGNATURE std::string
-    operator<(const Machine& /*other*/) const ANSWER_SIGNATURE std::string
-    operator[](std::size_t /*index*/) const ANSWER_SIGNATURE explicit
-    operator std::vector<std::string>() const {
-        return {__PRETTY_FUNCTION__};
-    }
-
-    class OrbIpStatus {
-      public:
-        std::string onAttribute() ANSWER_SIGNATURE
+    std::vector<std::string> operator()(int /*unused*/) const { return {__PRETTY_FUNCTION__}; }
+    std::string operator<(const Machine& /*other*/) const { return __PRETTY_FUNCTION__; }
+    struct OrbIpStatus {
+        std::string onAttribute() const { return __PRETTY_FUNCTION__; }
     };
-
-    std::string constructed;
 };
 
 template <typename T>
-class Twin {
-  public:
-    std::string method(T /*value*/) ANSWER_SIGNATURE
-};
-
-template <typename T>
-std::string handleStatusT(const T& /*machine*/) ANSWER_SIGNATURE
-
-    template <typename T>
-    decltype(auto) deduced(const T& /*value*/) {
-    return std::string(__PRETTY_FUNCTION__);
+std::string handleStatusT(const T& /*machine*/) {
+    return __PRETTY_FUNCTION__;
 }
 
-template <typename T>
-std::string operator<<(std::vector<T>& /*left*/, const Machine& /*right*/) ANSWER_SIGNATURE
-
-    std::string inLocalClass() {
+std::string inLocalClass() {
     struct Local {
-        static std::string method() ANSWER_SIGNATURE
+        static std::string method() { return __PRETTY_FUNCTION__; }
     };
     return Local::method();
 }
 
 TEST(FunctionName, cutsWhatThisCompilerWrites) {
-    Machine machine;
-    std::vector<int> numbers;
+    using Numbers = std::vector<int>;
+    const Machine<Numbers> machine;
     const std::vector<std::pair<std::string, std::string>> cases = {
-        {machine.constructed, "Machine::Machine"},
-        {machine.method("", {}), "Machine::method"},
-        {machine.returnsTemplate().front(), "Machine::returnsTemplate"},
-        {machine.templated(numbers), "Machine::templated"},
+        {machine.method({}), "Machine::method"},
+        {machine.templated(Numbers()), "Machine::templated"},
         {machine.inLambda(), "Machine::inLambda"},
-        {machine.inGenericLambda(), "Machine::inGenericLambda"},
-        {machine(1), "Machine::operator()"},
-        {machine < Machine(), "Machine::operator<"},
-        {machine[1], "Machine::operator[]"},
-        {Machine::OrbIpStatus().onAttribute(), "OrbIpStatus::onAttribute"},
-        {Twin<std::vector<int>>().method({}), "Twin::method"},
+        {machine(1).front(), "Machine::operator()"},
+        {machine < machine, "Machine::operator<"},
+        {Machine<int>::OrbIpStatus().onAttribute(), "OrbIpStatus::onAttribute"},
         {handleStatusT(machine), "handleStatusT"},
-        {deduced(machine), "deduced"},
-        {numbers << machine, "operator<<"},
         {inLocalClass(), "Local::method"},
     };
     for (const auto& [signature, name] : cases) {
         EXPECT_EQ(Ringlog::functionName(signature), name) << signature;
     }
-    std::string conversion = static_cast<std::vector<std::string>>(machine).front();
-    EXPECT_EQ(Ringlog::functionName(conversion).find("Machine::operator "), 0U) << conversion;
 }
 
 TEST(FunctionName, cutsTheSpellingsOfBothCompilers) {

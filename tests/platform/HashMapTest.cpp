@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/MapAgainstModel.h"
+
 namespace {
 
 constexpr std::uint64_t allOnes = std::numeric_limits<std::uint64_t>::max();
@@ -50,51 +52,16 @@ struct HashOrder {
 
 class HashMapAgainstModel : public testing::TestWithParam<HashCase> {
   protected:
-    using Map = Orb::HashMap<ForcedKey, std::unique_ptr<std::uint32_t>>;
-    using Model = std::map<ForcedKey, std::uint32_t, HashOrder>;
-
-    ForcedKey key(std::uint32_t id) const { return {id, GetParam().hash(id)}; }
     ForcedKey randomKey() {
-        return key(std::uniform_int_distribution<std::uint32_t>(0, GetParam().keys - 1)(random_));
+        const auto id = static_cast<std::uint32_t>(random_() % GetParam().keys);
+        return {id, GetParam().hash(id)};
     }
-
-    void insertRandom() {
-        const ForcedKey at = randomKey();
-        const auto value = static_cast<std::uint32_t>(random_());
-        const bool added = map_.insertOrAssign(at, std::make_unique<std::uint32_t>(value));
-        ASSERT_EQ(added, model_.insert_or_assign(at, value).second);
-    }
-    void eraseRandom() {
-        const ForcedKey at = randomKey();
-        ASSERT_EQ(map_.erase(at), model_.erase(at) == 1);
-    }
-    void expectSame() const {
-        ASSERT_EQ(map_.size(), model_.size());
-        ASSERT_EQ(map_.empty(), model_.empty());
-        auto expected = model_.begin();
-        for (const auto& [at, value] : map_) {
-            ASSERT_EQ(at, expected->first);
-            ASSERT_EQ(*value, expected->second);
-            ++expected;
-        }
-    }
-    void expectSamePositions(const ForcedKey& at) const {
-        const auto* found = map_.find(at);
-        ASSERT_EQ(found != nullptr, model_.contains(at));
-        const auto expectEntry = [&](const Map::Entry* entry, Model::const_iterator expected) {
-            ASSERT_EQ(entry == nullptr, expected == model_.end());
-            if (entry != nullptr) {
-                ASSERT_EQ(entry->key(), expected->first);
-            }
-        };
-        expectEntry(map_.first(), model_.begin());
-        expectEntry(map_.after(at), model_.upper_bound(at));
-        expectEntry(map_.atOrAfter(at), model_.lower_bound(at));
-    }
+    void insertRandom() { both_.insert(randomKey(), static_cast<std::uint32_t>(random_())); }
 
     std::mt19937 random_{20240117};
-    Map map_;
-    Model model_;
+    TestSupport::MapAgainstModel<Orb::HashMap<ForcedKey, std::unique_ptr<std::uint32_t>>,
+                                 std::map<ForcedKey, std::uint32_t, HashOrder>>
+        both_;
 };
 
 TEST_P(HashMapAgainstModel, RandomOperationsLoseOrMisplaceNothing) {
@@ -106,44 +73,43 @@ TEST_P(HashMapAgainstModel, RandomOperationsLoseOrMisplaceNothing) {
             if (random_() % 100 < insertPercent) {
                 insertRandom();
             } else {
-                eraseRandom();
+                both_.erase(randomKey());
             }
-            expectSamePositions(randomKey());
+            both_.expectSamePositions(randomKey());
         }
-        expectSame();
+        both_.expectSame();
     }
-    map_.clear();
-    model_.clear();
-    expectSame();
+    both_.map.clear();
+    both_.model.clear();
+    both_.expectSame();
 }
 
 TEST_P(HashMapAgainstModel, WalkThroughMutationsMeetsEveryStayingEntryOnce) {
     for (int round = 0; round < 20; ++round) {
-        while (map_.size() < GetParam().keys / 2) {
+        while (both_.map.size() < GetParam().keys / 2) {
             insertRandom();
         }
         std::set<std::uint32_t> staying;
-        for (const auto& entry : model_) {
+        for (const auto& entry : both_.model) {
             staying.insert(entry.first.id);
         }
         std::set<std::uint32_t> met;
-        for (const auto* entry = map_.first(); entry != nullptr;) {
+        for (const auto* entry = both_.map.first(); entry != nullptr;) {
             const ForcedKey at = entry->key();
             ASSERT_TRUE(met.insert(at.id).second) << "met twice";
             for (unsigned change = random_() % 4; change > 0; --change) {
                 const ForcedKey gone = random_() % 4 == 0 ? at : randomKey();
                 if ((round % 2 == 0) == (random_() % 8 != 0)) {
-                    map_.erase(gone);
-                    model_.erase(gone);
+                    both_.erase(gone);
                     staying.erase(gone.id);
                 } else {
                     insertRandom();
                 }
             }
-            entry = map_.after(at);
+            entry = both_.map.after(at);
         }
         ASSERT_TRUE(std::includes(met.begin(), met.end(), staying.begin(), staying.end()));
-        expectSame();
+        both_.expectSame();
     }
 }
 
@@ -157,42 +123,6 @@ INSTANTIATE_TEST_SUITE_P(
         HashCase{"CrowdedTop", [](std::uint32_t id) { return allOnes - mixed(id) / 64; }, 1000},
         HashCase{"OnlyLowBitsDiffer", [](std::uint32_t id) { return std::uint64_t{id}; }, 300}),
     [](const testing::TestParamInfo<HashCase>& tested) { return tested.param.name; });
-
-TEST(HashMap, OrderDoesNotDependOnHistory) {
-    std::vector<std::uint32_t> keys(2000);
-    for (std::uint32_t index = 0; index < keys.size(); ++index) {
-        keys[index] = index * 7;
-    }
-    const auto orderOf = [](const Orb::HashMap<std::uint32_t, int>& map) {
-        std::vector<std::uint32_t> order;
-        for (const auto& entry : map) {
-            order.push_back(entry.key());
-        }
-        return order;
-    };
-    Orb::HashMap<std::uint32_t, int> ascending;
-    for (const std::uint32_t key : keys) {
-        ascending.tryInsert(key);
-    }
-    Orb::HashMap<std::uint32_t, int> onceHuge;
-    for (std::uint32_t key = 0; key < 200000; ++key) {
-        onceHuge.tryInsert(key);
-    }
-    for (std::uint32_t key = 0; key < 200000; ++key) {
-        if (key % 7 != 0 || key >= 14000) {
-            onceHuge.erase(key);
-        }
-    }
-    std::shuffle(keys.begin(), keys.end(), std::mt19937(5));
-    Orb::HashMap<std::uint32_t, int> shuffled;
-    for (const std::uint32_t key : keys) {
-        shuffled.tryInsert(key);
-    }
-    EXPECT_EQ(orderOf(ascending), orderOf(shuffled));
-    EXPECT_EQ(orderOf(ascending), orderOf(onceHuge));
-    EXPECT_EQ(orderOf(ascending), orderOf(Orb::HashMap<std::uint32_t, int>(onceHuge)));
-    EXPECT_LT(onceHuge.allocatedBytes(), 20U * keys.size() * 12) << "kept its largest size";
-}
 
 /// Counts what the table does with its entries.
 class Counted {
@@ -269,30 +199,26 @@ TEST_F(HashMapCost, InsertingInHashOrderDoesNotPileUp) {
     }
 }
 
-TEST_F(HashMapCost, ErasingWhileWalkingIsLinear) {
+TEST_F(HashMapCost, DrainedTableKeepsItsSizeOrPilesUpWhenRefilled) {
     CountedMap map;
-    for (std::uint32_t id = 0; id < count; ++id) {
-        map.tryInsert(Counted(id));
-    }
-    expectLinear(count);
-    drainFront(map, 0);
-    expectLinear(count);
-    EXPECT_EQ(map.allocatedBytes(), 0U);
-}
-
-TEST_F(HashMapCost, RefillingAHalfDrainedTableDoesNotPileUp) {
-    CountedMap map;
-    for (std::uint32_t id = 0; id < count; ++id) {
-        map.tryInsert(Counted(id));
-    }
-    std::uint32_t next = count;
-    for (int round = 0; round < 10; ++round) {
-        drainFront(map, count / 2);
+    std::uint32_t next = 0;
+    const auto refill = [&] {
         while (map.size() < count) {
             map.tryInsert(Counted(next++));
         }
+    };
+    refill();
+    for (int round = 0; round < 10; ++round) {
+        drainFront(map, count / 2);
+        refill();
     }
     expectLinear(std::uint64_t{count} * 11);
+    const std::size_t full = map.allocatedBytes();
+    drainFront(map, count / 100);
+    EXPECT_LT(map.allocatedBytes(), full / 10);
+    drainFront(map, 0);
+    expectLinear(count);
+    EXPECT_EQ(map.allocatedBytes(), 0U);
 }
 
 TEST(HashMap, ElementMayUseTheMapWhileItIsDestroyed) {

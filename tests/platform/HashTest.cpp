@@ -37,22 +37,6 @@ TEST(Hash, RegularKeysPileUpInTheTopBits) {
               14);
 }
 
-TEST(Hash, FlippedInputBitLeavesOutputBitsAlone) {
-    constexpr int keys = 2000;
-    for (unsigned input = 0; input < 64; ++input) {
-        int flips[64] = {};
-        for (std::uint64_t key = 0; key < keys; ++key) {
-            const std::uint64_t changed = hashOf(key) ^ hashOf(key ^ std::uint64_t{1} << input);
-            for (unsigned output = 0; output < 64; ++output) {
-                flips[output] += static_cast<int>(changed >> output & 1);
-            }
-        }
-        for (unsigned output = 0; output < 64; ++output) {
-            ASSERT_NEAR(flips[output], 0.5 * keys, 0.1 * keys) << input << " " << output;
-        }
-    }
-}
-
 } // namespace
 
 } // namespace Orb

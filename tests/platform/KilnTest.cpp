@@ -71,26 +71,23 @@ class TaskTest : public testing::Test {
     std::string log_;
 };
 
-TEST_F(TaskTest, LongTasksTakeTurns) {
-    const auto a = work('a', 5);
-    const auto b = work('b', 3);
-    scheduler_->runQuantumIs(0.15);
-    EXPECT_EQ(run(), "aabbaaba");
-    EXPECT_EQ(a->taskWorkCount() + b->taskWorkCount(), 8U);
-}
-
-TEST_F(TaskTest, PolicyDecidesByChecksOrByWork) {
+TEST_F(TaskTest, LongTasksTakeTurnsByTimeChecksOrWork) {
     const std::pair<Kiln::TaskScheduler::YieldPolicy, std::string> cases[] = {
+        {nullptr, "aabbaaba"}, // by the quantum
         {[](const TaskRun&) { return true; }, "abababaa"},
         {[](const TaskRun& run) { return run.workCount >= 2; }, "aabbaaba"},
         {[](const TaskRun& run) { return run.checks >= 3; }, "aaabbbaa"},
         {[](const TaskRun&) { return false; }, "aaaaabbb"},
     };
+    scheduler_->runQuantumIs(0.15);
     for (const auto& [policy, expected] : cases) {
-        scheduler_->yieldPolicyIs(policy);
+        if (policy != nullptr) {
+            scheduler_->yieldPolicyIs(policy);
+        }
         const auto a = work('a', 5);
         const auto b = work('b', 3);
         EXPECT_EQ(run(), expected);
+        EXPECT_EQ(a->taskWorkCount() + b->taskWorkCount(), 8U);
     }
 }
 
@@ -167,33 +164,26 @@ class TimerWheelTest : public testing::Test {
 };
 
 TEST_F(TimerWheelTest, AgreesWithASortedModelAcrossRounds) {
-    const std::pair<std::uint32_t, std::uint32_t> shapes[] = {
-        {1, 1}, {7, 3}, {64, 64}, {1000, 128}};
-    for (const auto& [slots, bucket] : shapes) {
+    const auto tickNow = [this] { return std::lround(clock_->now() / tick); };
+    for (const auto& [slots, bucket] : {std::pair(1U, 1U), {7, 3}, {64, 64}, {1000, 128}}) {
         std::mt19937 random(slots);
         const auto wheel = makeWheel(slots, bucket);
+        std::multimap<long, std::size_t> model; // tick -> timer; equal ones in scheduling order
+        std::vector<std::pair<long, std::size_t>> fired;
         std::vector<std::unique_ptr<TimerWheel::Timer>> timers;
-        std::multimap<long, int> model; // tick -> timer; equal ones in scheduling order
-        std::vector<std::pair<long, int>> fired;
-        const auto drop = [&model](int index) {
-            std::erase_if(model, [index](const auto& entry) { return entry.second == index; });
-        };
-        const auto tickNow = [this] { return std::lround(clock_->now() / tick); };
-        timers.reserve(60);
-        for (int index = 0; index < 60; ++index) {
+        for (std::size_t index = 0; index < 60; ++index) {
             timers.push_back(std::make_unique<TimerWheel::Timer>(
                 [&fired, &tickNow, index] { fired.emplace_back(tickNow(), index); }));
         }
         for (int step = 0; step < 2000; ++step) {
-            const int index = static_cast<int>(random() % timers.size());
-            drop(index);
+            const std::size_t index = random() % timers.size();
+            std::erase_if(model, [&](const auto& entry) { return entry.second == index; });
             if (random() % 4 == 0) {
-                timers[static_cast<std::size_t>(index)]->cancel();
+                timers[index]->cancel();
             } else {
                 const long at = tickNow() + static_cast<long>(random() % 400);
                 const double part = static_cast<double>(random() % 10) / 10;
-                wheel->schedule(*timers[static_cast<std::size_t>(index)],
-                                (static_cast<double>(at) - part) * tick);
+                wheel->schedule(*timers[index], (static_cast<double>(at) - part) * tick);
                 model.emplace(std::max(at, tickNow() + 1), index);
             }
             ASSERT_EQ(wheel->pendingTimers(), model.size());
@@ -201,7 +191,7 @@ TEST_F(TimerWheelTest, AgreesWithASortedModelAcrossRounds) {
                 const long until = tickNow() + static_cast<long>(random() % 20);
                 manager_.runUntil(static_cast<double>(until) * tick);
                 const auto end = model.upper_bound(until);
-                ASSERT_EQ(fired, (std::vector<std::pair<long, int>>(model.begin(), end)));
+                ASSERT_EQ(fired, (std::vector<std::pair<long, std::size_t>>(model.begin(), end)));
                 model.erase(model.begin(), end);
                 fired.clear();
             }
@@ -223,15 +213,14 @@ TEST_F(TimerWheelTest, LateWakeupFiresInOrderOfExpiryAcrossRounds) {
 
 TEST_F(TimerWheelTest, CallbackMayCancelTimersOfTheSameTick) {
     const auto wheel = makeWheel(100, 10);
-    for (const char name : {'a', 'b', 'c', 'd'}) {
-        wheel->schedule(*timer(name,
-                               [this, name] {
-                                   if (name == 'a') {
-                                       timers_[1]->cancel();
-                                       timers_.erase(timers_.begin() + 2);
-                                   }
-                               }),
-                        2);
+    wheel->schedule(*timer('a',
+                           [this] {
+                               timers_[1]->cancel();
+                               timers_.erase(timers_.begin() + 2);
+                           }),
+                    2);
+    for (const char name : {'b', 'c', 'd'}) {
+        wheel->schedule(*timer(name), 2);
     }
     EXPECT_EQ(run(), "ad");
 }

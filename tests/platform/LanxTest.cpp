@@ -1,6 +1,7 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <set>
 #include <sstream>
 
@@ -104,38 +105,20 @@ TEST(Lanx, Ip6TextDiffersFromTheSystems) {
 
 TEST(Lanx, SloppyAddressIsAccepted) {
     using namespace std::string_literals;
-    for (const std::string& text : {"1.2.3/8"s,
-                                    "1.2.3.4"s,
-                                    "1.2.3.4/"s,
-                                    "/8"s,
-                                    "1.2.3.4.5/8"s,
-                                    "01.2.3.4/8"s,
-                                    "1.2.3.256/8"s,
-                                    "1.2.3.1000/8"s,
-                                    " 1.2.3.4/8"s,
-                                    "1.2.3.4 /8"s,
-                                    "1.2.3.4/ 8"s,
-                                    "1.2.3.4/08"s,
-                                    "1.2.3.4/8 "s,
-                                    "1.2.3.4/+8"s,
-                                    "1.2.3.4/8/8"s,
-                                    "1.2.3.4/0032"s,
-                                    "1..3.4/8"s,
-                                    "1.2.3./8"s,
-                                    "-1.2.3.4/8"s,
-                                    "0x1.2.3.4/8"s,
-                                    "1.2.3.4\0/8"s,
-                                    "::1"s,
-                                    ":::/8"s,
-                                    "1::2::3/8"s,
-                                    "::g/8"s,
-                                    "::1%lo/8"s,
-                                    "::1\0/8"s,
-                                    "1:2:3:4:5:6:7/8"s,
-                                    "1:2:3:4:5:6:7:8:9/8"s,
-                                    "::12345/8"s,
-                                    "::1.2.3.4.5/8"s,
-                                    " ::1/8"s}) {
+    std::vector<std::string> texts{"1.2.3.4\0/8"s, "::1\0/8"s};
+    for (const char* text : {"1.2.3/8",      "1.2.3.4",         "1.2.3.4/",
+                             "/8",           "1.2.3.4.5/8",     "01.2.3.4/8",
+                             "1.2.3.256/8",  "1.2.3.1000/8",    " 1.2.3.4/8",
+                             "1.2.3.4 /8",   "1.2.3.4/ 8",      "1.2.3.4/08",
+                             "1.2.3.4/8 ",   "1.2.3.4/+8",      "1.2.3.4/8/8",
+                             "1.2.3.4/0032", "1..3.4/8",        "1.2.3./8",
+                             "-1.2.3.4/8",   "0x1.2.3.4/8",     "::1",
+                             ":::/8",        "1::2::3/8",       "::g/8",
+                             "::1%lo/8",     "1:2:3:4:5:6:7/8", "1:2:3:4:5:6:7:8:9/8",
+                             "::12345/8",    "::1.2.3.4.5/8",   " ::1/8"}) {
+        texts.emplace_back(text);
+    }
+    for (const std::string& text : texts) {
         EXPECT_THROW(IpGenAddrWithMask::fromString(text), Orb::ParseError) << text;
         EXPECT_THROW(IpGenPrefix::fromString(text), Orb::ParseError) << text;
     }
@@ -144,33 +127,32 @@ TEST(Lanx, SloppyAddressIsAccepted) {
     EXPECT_THROW(IpAddrWithMask::fromString(""), Orb::ParseError);
 }
 
-template <typename Make>
-std::string rangeErrorOf(Make make) {
-    try {
-        make();
-    } catch (const Orb::RangeError& error) {
-        return error.what();
-    }
-    return "none";
-}
-
 TEST(Lanx, OutOfRangeIsStored) {
     const std::string notAPrefix = "Prefix::validAsPrefix != true not allowed";
-    EXPECT_EQ(rangeErrorOf([] { IpGenPrefix::fromString("10.1.1.5/24"); }), notAPrefix);
-    EXPECT_EQ(rangeErrorOf([] { IpGenPrefix::fromString("10.0.0.0/33"); }), notAPrefix);
-    EXPECT_EQ(rangeErrorOf([] { IpGenPrefix::fromString("::/129"); }), notAPrefix);
-    EXPECT_EQ(rangeErrorOf([] { IpPrefix(IpAddr(), 256); }), notAPrefix);
-    EXPECT_EQ(rangeErrorOf([] { IpGenPrefix(IpGenAddr(), 1); }), notAPrefix);
-    EXPECT_EQ(rangeErrorOf([] { IpPrefix::covering(IpAddr(), 33); }), notAPrefix);
-    EXPECT_NE(rangeErrorOf([] { IpAddrWithMask(IpAddr(), 33); }), "none");
-    EXPECT_NE(rangeErrorOf([] { Ip6AddrWithMask(Ip6Addr(), 256); }), "none");
-    EXPECT_NE(rangeErrorOf([] { IpGenAddrWithMask(IpGenAddr(IpAddr()), 33); }), "none");
-    EXPECT_EQ(rangeErrorOf([] { L3::VrfName(std::string(101, 'v')); }),
-              "VrfName::bytes > VrfName::maxLength not allowed");
-    EXPECT_EQ(rangeErrorOf([] { L3::VrfName(std::string(100, 'v')); }), "none");
-    EXPECT_EQ(rangeErrorOf([] { NamespaceName(std::string(151, 'n')); }),
-              "NamespaceName::bytes > 150 not allowed");
-    EXPECT_EQ(rangeErrorOf([] { NamespaceName(std::string(150, 'n')); }), "none");
+    const std::string notALength = "AddrWithMask::len > ";
+    const std::vector<std::pair<std::function<void()>, std::string>> cases{
+        {[] { IpGenPrefix::fromString("10.1.1.5/24"); }, notAPrefix},
+        {[] { IpGenPrefix::fromString("10.0.0.0/33"); }, notAPrefix},
+        {[] { IpGenPrefix::fromString("::/129"); }, notAPrefix},
+        {[] { IpPrefix(IpAddr(), 256); }, notAPrefix},
+        {[] { IpGenPrefix(IpGenAddr(), 1); }, notAPrefix},
+        {[] { IpPrefix::covering(IpAddr(), 33); }, notAPrefix},
+        {[] { IpAddrWithMask(IpAddr(), 33); }, notALength},
+        {[] { Ip6AddrWithMask(Ip6Addr(), 256); }, notALength},
+        {[] { IpGenAddrWithMask(IpGenAddr(IpAddr()), 33); }, notALength},
+        {[] { L3::VrfName(std::string(101, 'v')); },
+         "VrfName::bytes > VrfName::maxLength not allowed"},
+        {[] { NamespaceName(std::string(151, 'n')); }, "NamespaceName::bytes > 150 not allowed"}};
+    for (const auto& [make, expected] : cases) {
+        try {
+            make();
+            ADD_FAILURE() << "no " << expected;
+        } catch (const Orb::RangeError& error) {
+            EXPECT_NE(std::string(error.what()).find(expected), std::string::npos) << error.what();
+        }
+    }
+    EXPECT_EQ(L3::VrfName(std::string(100, 'v')).value().size(), 100U);
+    EXPECT_EQ(NamespaceName(std::string(150, 'n')).value().size(), 150U);
 }
 
 TEST(Lanx, LinkLocalBoundaryIsOffByABit) {

@@ -7,47 +7,27 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/MapAgainstModel.h"
+
 namespace {
-
-using Map = Orb::OrderedMap<std::uint32_t, std::unique_ptr<std::uint32_t>>;
-using Model = std::map<std::uint32_t, std::uint32_t>;
-
-void expectEntry(const Map::Entry* entry, const Model& model, Model::const_iterator expected) {
-    ASSERT_EQ(entry == nullptr, expected == model.end());
-    if (entry != nullptr) {
-        ASSERT_EQ(entry->key(), expected->first);
-        ASSERT_EQ(*entry->value(), expected->second);
-    }
-}
 
 /// The number of distinct keys decides which shapes of the map are passed through.
 class OrderedMapAgainstModel : public testing::TestWithParam<std::uint32_t> {};
 
 TEST_P(OrderedMapAgainstModel, RandomOperationsLoseOrMisplaceNothing) {
     std::mt19937 random(77);
-    Map map;
-    Model model;
+    TestSupport::MapAgainstModel<Orb::OrderedMap<std::uint32_t, std::unique_ptr<std::uint32_t>>,
+                                 std::map<std::uint32_t, std::uint32_t>>
+        both;
+    const auto key = [&] { return static_cast<std::uint32_t>(random() % GetParam()); };
     for (int step = 0; step < 20000; ++step) {
-        const auto key = static_cast<std::uint32_t>(random() % GetParam());
-        const auto value = static_cast<std::uint32_t>(random());
         if (random() % 100 < (step % 2000 < 1000 ? 80U : 20U)) {
-            ASSERT_EQ(map.insertOrAssign(key, std::make_unique<std::uint32_t>(value)),
-                      model.insert_or_assign(key, value).second);
+            both.insert(key(), static_cast<std::uint32_t>(random()));
         } else {
-            ASSERT_EQ(map.erase(key), model.erase(key) == 1);
+            both.erase(key());
         }
-        const auto probe = static_cast<std::uint32_t>(random() % GetParam());
-        expectEntry(map.first(), model, model.begin());
-        expectEntry(map.after(probe), model, model.upper_bound(probe));
-        expectEntry(map.atOrAfter(probe), model, model.lower_bound(probe));
-        ASSERT_EQ(map.contains(probe), model.contains(probe));
-        ASSERT_EQ(map.size(), model.size());
-        ASSERT_EQ(map.empty(), model.empty());
-        auto expected = model.begin();
-        for (const auto& [at, held] : map) {
-            ASSERT_EQ(at, expected->first);
-            ASSERT_EQ(*held, (expected++)->second);
-        }
+        both.expectSamePositions(key());
+        both.expectSame();
     }
 }
 

@@ -25,18 +25,21 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// Everything the reader yields, without the time in front.
-Lines decode(std::string_view bytes, std::size_t* damagedBlocks = nullptr) {
+struct Decoded {
+    Lines lines; ///< everything the reader yields, without the time in front
+    std::size_t damagedBlocks;
+};
+
+Decoded decodeAll(std::string_view bytes) {
     RinglogReader reader(bytes);
     Lines lines;
     while (auto line = reader.next()) {
         lines.push_back(line->substr(line->find(' ') + 1));
     }
-    if (damagedBlocks != nullptr) {
-        *damagedBlocks = reader.damagedBlocks();
-    }
-    return lines;
+    return {lines, reader.damagedBlocks()};
 }
+
+Lines decode(std::string_view bytes) { return decodeAll(bytes).lines; }
 
 class RinglogTest : public testing::Test {
   protected:
@@ -81,9 +84,8 @@ TEST_F(RinglogTest, wrappingKeepsTheNewestMessagesInOrder) {
     for (int count : {1, 10, 25, 26, 60, 100, 1000, 1001}) {
         open("ring", 4);
         writeNumbered(count);
-        std::size_t damaged = 0;
-        Lines lines = decode(read("ring"), &damaged);
-        EXPECT_EQ(damaged, 0U);
+        auto [lines, damagedBlocks] = decodeAll(read("ring"));
+        EXPECT_EQ(damagedBlocks, 0U);
         // A full ring lacks at most the rest of the block it is about to leave and the one before.
         ASSERT_GE(lines.size(), static_cast<std::size_t>(std::min(count, 60)));
         for (int i = count; !lines.empty(); lines.pop_back()) {
@@ -112,38 +114,19 @@ TEST_F(RinglogTest, everyKindOfArgumentReadsAsItsValue) {
                      "Unit:3 [f] Ethernet1 red 5 10.1.1.5/24 2001:db8::/64 10.0.0.1 unset"}));
 }
 
-TEST_F(RinglogTest, oversizedMessagesAreCutAndLeaveTheRingReadable) {
+TEST_F(RinglogTest, oversizedOrUnfinishedMessagesLeaveTheRingReadable) {
     static constinit MessageDescriptor descriptor("Unit", 1, "f()");
     open("ring", 2);
     std::string large(100'000, 'x');
     writeMessage(*defaultRinglogFile(), descriptor, large, " ", large, " ", large, " ", 1, " end");
+    defaultRinglogFile()->startMsg(descriptor); // which never ends, so it is not there
+    defaultRinglogFile()->put(std::string_view("half"));
     writeNumbered(1);
     Lines lines = decode(read("ring"));
     ASSERT_EQ(lines.size(), 2U);
     EXPECT_EQ(lines[0].substr(0, 420), "Unit:1 [f] " + std::string(400, 'x') + " xxxxxxxx");
     EXPECT_EQ(lines[0].substr(lines[0].size() - 4), " ...");
     EXPECT_EQ(lines[1], numbered(0));
-}
-
-TEST_F(RinglogTest, unfinishedMessageIsNotRead) {
-    static constinit MessageDescriptor descriptor("Unit", 1, "f()");
-    open("ring", 2);
-    writeMessage(*defaultRinglogFile(), descriptor, 1);
-    defaultRinglogFile()->startMsg(descriptor);
-    defaultRinglogFile()->put(std::string_view("never ended"));
-    writeMessage(*defaultRinglogFile(), descriptor, 2);
-    EXPECT_EQ(decode(read("ring")), (Lines{"Unit:1 [f] 1", "Unit:1 [f] 2"}));
-}
-
-TEST_F(RinglogTest, callSitesOfAnEarlierFileAreDescribedInTheNext) {
-    static constinit MessageDescriptor other("Unit", 1, "f()");
-    open("first", 2);
-    writeMessage(*defaultRinglogFile(), other, "first only");
-    writeNumbered(1);
-    open("second", 2);
-    writeNumbered(1);
-    EXPECT_EQ(decode(read("first")), (Lines{"Unit:1 [f] first only", numbered(0)}));
-    EXPECT_EQ(decode(read("second")), Lines{numbered(0)});
 }
 
 TEST_F(RinglogTest, callSitesBeyondTheTableAreSkipped) {
@@ -159,48 +142,42 @@ TEST_F(RinglogTest, callSitesBeyondTheTableAreSkipped) {
     EXPECT_EQ(decode(read("ring")).back(), lines.front());
 }
 
-TEST_F(RinglogTest, replacedFileIsKeptUnderTheSecondName) {
+TEST_F(RinglogTest, replacedFileIsLostOrItsCallSitesAreNotDescribedInTheNext) {
+    static constinit MessageDescriptor other("Unit", 1, "f()");
     open("ring", 2);
+    writeMessage(*defaultRinglogFile(), other, "first only");
     writeNumbered(1);
     open("ring", 2, path("old-%d"));
     EXPECT_TRUE(decode(read("ring")).empty());
-    EXPECT_EQ(decode(read("old-" + std::to_string(::getpid()))), Lines{numbered(0)});
+    writeNumbered(1);
+    EXPECT_EQ(decode(read("ring")), Lines{numbered(0)});
+    EXPECT_EQ(decode(read("old-" + std::to_string(::getpid()))),
+              (Lines{"Unit:1 [f] first only", numbered(0)}));
 }
 
 TEST_F(RinglogTest, failureLeavesNoneOpenAndHarmsNothing) {
-    struct Arguments {
-        std::string fileName;
-        std::string sizeSpec = "";
-        int clock = 0;
-        int tablePages = 24;
-        unsigned blockCount = 512;
-    };
     std::filesystem::create_symlink("/dev/null", folder_ / "link");
-    const std::vector<Arguments> cases = {
-        {""},
-        {"/dev/null"},
-        {"/proc/ring"},
-        {folder_},
-        {path("link")},
-        {path("missing/ring")},
-        {path("ring"), "64"},
-        {path("ring"), "-1K"},
-        {path("ring"), "64KB"},
-        {path("ring"), "99999999999K"},
-        {path("ring"), "4194304M"}, // 4 TiB: more than 32 bits of blocks
-        {path("ring"), "", 12345},
-        {path("ring"), "", 0, 0},
-        {path("ring"), "", 0, -1},
-        {path("ring"), "", 0, 24, 1},
-        {path("ring"), "", 0, 24, UINT32_MAX},
-    };
-    for (const Arguments& bad : cases) {
+    const auto expectRefused = [this](const std::string& name, const char* size = "", int clock = 0,
+                                      int pages = 24, unsigned blocks = 512) {
         open("good", 2);
-        initialize(bad.fileName, bad.sizeSpec, "", bad.clock, bad.tablePages, ThreadingMode::single,
-                   true, bad.blockCount);
-        EXPECT_EQ(defaultRinglogFile(), nullptr) << bad.fileName << ' ' << bad.sizeSpec;
+        initialize(name, size, "", clock, pages, ThreadingMode::single, true, blocks);
+        EXPECT_EQ(defaultRinglogFile(), nullptr) << name << ' ' << size;
         EXPECT_FALSE(std::filesystem::exists(path("ring")));
+    };
+    for (const std::string& name :
+         {std::string(), std::string("/dev/null"), std::string("/proc/ring"), folder_.string(),
+          path("link"), path("missing/ring")}) {
+        expectRefused(name);
     }
+    // The last is 4 TiB: more than 32 bits of blocks.
+    for (const char* size : {"64", "-1K", "64KB", "99999999999K", "4194304M"}) {
+        expectRefused(path("ring"), size);
+    }
+    expectRefused(path("ring"), "", 12345);
+    expectRefused(path("ring"), "", 0, 0);
+    expectRefused(path("ring"), "", 0, -1);
+    expectRefused(path("ring"), "", 0, 24, 1);
+    expectRefused(path("ring"), "", 0, 24, UINT32_MAX);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
@@ -274,8 +251,7 @@ TEST_F(RinglogTest, damageInOneBlockCostsNoOther) {
     std::size_t firstBlock = std::size_t{2} * Layout::pageSize;
     std::fill_n(file.begin() + static_cast<std::ptrdiff_t>(firstBlock + Layout::blockSize + 100),
                 300, '\xff');
-    std::size_t damagedBlocks = 0;
-    const Lines after = decode(file, &damagedBlocks);
+    const auto [after, damagedBlocks] = decodeAll(file);
     EXPECT_EQ(damagedBlocks, 1U);
     EXPECT_GT(after.size(), before.size() / 2);
     EXPECT_EQ(after.front(), before.front());

@@ -85,24 +85,33 @@ TEST(CompositeValue, DeclaredDefaultIsForgotten) {
     EXPECT_FALSE(!Settings(0, "default", ""));
 }
 
-TEST(CompositeValue, NestedRangeErrorDoesNotNameThePath) {
-    const std::string text = "Value('Test::Holder', ** {'settings': Value('Test::Settings', ** "
-                             "{'limit': 1, 'vrf': '"
-                             + std::string(101, 'v') + "', 'note': ''})})";
-    try {
-        valueFromStrep<Holder>(text);
-        ADD_FAILURE() << "read";
-    } catch (const RangeError& error) {
-        EXPECT_STREQ(error.what(),
-                     "settings: vrf: VrfName::bytes > VrfName::maxLength not allowed");
+TEST(CompositeValue, OtherTypeOrFieldOrderIsRead) {
+    for (const char* text : {
+             "Value('Test::Holder', ** {'limit': 1, 'vrf': '', 'note': ''})",
+             "Value('Test::Settings', ** {'vrf': '', 'limit': 1, 'note': ''})",
+             "Value('Test::Settings', ** {'limit': 1,'vrf': '', 'note': ''})",
+             "Value('Test::Settings', ** {, 'limit': 1, 'vrf': '', 'note': ''})",
+             "Value('Test::Settings', ** {'limit': 1, 'vrf': ''})",
+         }) {
+        EXPECT_THROW(valueFromStrep<Settings>(text), ParseError) << text;
     }
 }
 
-TEST(CompositeValue, HashIgnoresAField) {
-    const std::uint64_t hash = hashOf(Settings(1, "red", "ab"));
-    EXPECT_NE(hash, hashOf(Settings(2, "red", "ab")));
-    EXPECT_NE(hash, hashOf(Settings(1, "re", "dab")));
-    EXPECT_NE(hash, hashOf(Settings(1, "red", "ab"), 1));
+TEST(CompositeValue, NestedRangeErrorDoesNotNameThePath) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"'limit': 1, 'vrf': '" + std::string(101, 'v') + "', 'note': ''",
+         "settings: vrf: VrfName::bytes > VrfName::maxLength not allowed"},
+        {"'limit': 4294967296, 'vrf': '', 'note': ''", "settings: limit: integer out of range"}};
+    for (const auto& [fields, expected] : cases) {
+        try {
+            valueFromStrep<Holder>("Value('Test::Holder', ** {'settings': Value('Test::Settings', "
+                                   "** {"
+                                   + fields + "})})");
+            ADD_FAILURE() << "read";
+        } catch (const RangeError& error) {
+            EXPECT_EQ(error.what(), expected);
+        }
+    }
 }
 
 } // namespace

@@ -54,10 +54,9 @@ std::string RouteRow::text() const {
            + (via.empty() ? usualVia(type) : via) + (sourceVrf.empty() ? "" : " from " + sourceVrf);
 }
 
-LibraryHarness::LibraryHarness(Options options)
-    : grState(Orb::makePtr<GrState>(GrState::Arguments{options.gracefulRestart})) {
+LibraryHarness::LibraryHarness(bool started) {
     nameToIdMapWrapper->nameToIdMapIs(Orb::makePtr<Vrf::VrfIdMap::NameToIdMap>());
-    if (options.started) {
+    if (started) {
         start();
     }
 }
@@ -149,16 +148,6 @@ void LibraryHarness::secondary(const std::string& vrf, const std::string& intf,
 void LibraryHarness::secondaryDel(const std::string& vrf, const std::string& intf,
                                   const std::string& address) {
     ipv4(vrf, intf).activeSecondaryWithMaskDel(ipv4Address(address));
-}
-
-void LibraryHarness::unnumbered(const std::string& vrf, const std::string& intf,
-                                const std::string& from) {
-    ipv4(vrf, intf).unnumberedIntfIdIs(IntfId(from));
-}
-
-void LibraryHarness::directedBroadcast(const std::string& vrf, const std::string& intf,
-                                       bool enabled) {
-    ipv4(vrf, intf).directedBroadcastIs(enabled);
 }
 
 void LibraryHarness::ipv4Del(const std::string& vrf, const std::string& intf) {

@@ -30,13 +30,7 @@ struct RouteRow {
 /// when a test gives them one. At its end all VRFs go, and nothing of them may be left.
 class LibraryHarness {
   public:
-    struct Options {
-        bool gracefulRestart = false;
-        bool started = true;
-    };
-
-    LibraryHarness() : LibraryHarness(Options{}) {}
-    explicit LibraryHarness(Options options);
+    explicit LibraryHarness(bool started = true);
     LibraryHarness(const LibraryHarness&) = delete;
     LibraryHarness& operator=(const LibraryHarness&) = delete;
     ~LibraryHarness();
@@ -64,8 +58,6 @@ class LibraryHarness {
     void secondary(const std::string& vrf, const std::string& intf, const std::string& address,
                    bool inUse = true);
     void secondaryDel(const std::string& vrf, const std::string& intf, const std::string& address);
-    void unnumbered(const std::string& vrf, const std::string& intf, const std::string& from);
-    void directedBroadcast(const std::string& vrf, const std::string& intf, bool enabled);
     void ipv4Del(const std::string& vrf, const std::string& intf);
     void ipv4Del(const std::string& vrf);
     void address6(const std::string& vrf, const std::string& intf, const std::string& address,
@@ -126,7 +118,7 @@ class LibraryHarness {
     Input<Interface::AllIntfStatusLocalDir> allIntfStatusLocalDir;
     Input<Rib::AllVrfRibReady> allVrfRibReady;
     Input<Orb::Dir> protoStatusDir;
-    Orb::Ptr<GrState> grState;
+    Orb::Ptr<GrState> grState = Orb::makePtr<GrState>(GrState::Arguments{false});
     OrbMemtab::Mount store{entityManager};
 
   private:
