@@ -102,7 +102,8 @@ void VrfInputs::checkIds(const Plan& plan) const {
         const auto [other, first] = coming.emplace(id.value(), &name);
         if (holder != nullptr || !first) {
             const L3::VrfName& taken = holder != nullptr ? *holder : *other->second;
-            const Place vrfs(Place(), "vrfs");
+            const Place document;
+            const Place vrfs(document, "vrfs");
             const Place vrf(vrfs, name.value());
             Place(vrf, "id").refuse(std::to_string(id.value()) + " is the id of VRF "
                                     + taken.value());

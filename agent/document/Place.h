@@ -13,6 +13,8 @@ class Place {
   public:
     Place() = default;
     Place(const Place& parent, std::string_view key) : parent_(&parent), key_(key) {}
+    /// A parent outlives the places in it.
+    Place(const Place&& parent, std::string_view key) = delete;
 
     /// The JSON pointer of the place.
     std::string pointer() const;
