@@ -47,7 +47,8 @@ class Builder : public nlohmann::json_sax<json> {
         const bool range = dynamic_cast<const json::out_of_range*>(&error) != nullptr;
         throw DocumentError(pointer(),
                             (range ? "number out of range at byte " : "invalid JSON at byte ")
-                                + std::to_string(position));
+                                + std::to_string(position),
+                            position);
     }
 
   private:

@@ -101,15 +101,9 @@ std::string ConfigFile::message(const DocumentError& error) const {
            + (pointer.empty() ? "" : pointer + ": ") + error.what();
 }
 
-/// Errors of syntax say at which byte, and the text is no JSON that could be walked.
 std::size_t ConfigFile::line(const DocumentError& error) const {
-    constexpr std::string_view mark = " at byte ";
-    const std::string_view what = error.what();
-    const std::size_t found = what.rfind(mark);
-    if (found != std::string_view::npos) {
-        return lineOf(text_, std::stoul(std::string(what.substr(found + mark.size()))));
-    }
-    return lineOf(text_, std::string_view(error.pointer()));
+    return error.byte() ? lineOf(text_, *error.byte())
+                        : lineOf(text_, std::string_view(error.pointer()));
 }
 
 } // namespace Agent

@@ -229,6 +229,7 @@ TEST(Run, RefusesBadOptionsAndConfigurations) {
              {"", "{\"vrfs\": {\"a\": {\"id\": 7},\n\"b\": {\"id\": 7}}}",
               "/id: 7 is the id of VRF "},
              {"", "{\"leaks\":\n{\"ipv4\":\n", ":3: "},
+             {"", "{\"virtualIps\":\n{\"ipv4\": {\"a\": {\"x at byte y\": {}}}}}", ":2: "},
              {"", "[]", ":1: must be an object"}}) {
         SCOPED_TRACE(std::string(test.arguments) + ' ' + test.config);
         const auto run =
