@@ -5,8 +5,8 @@
 #include "agent/cli/Commands.h"
 #include "agent/show/Output.h"
 #include "agent/show/RouteText.h"
+#include "agent/show/TextTable.h"
 #include "agent/socket/AgentConnection.h"
-#include "platform/ringlog/Printable.h"
 
 namespace Agent {
 
@@ -20,9 +20,7 @@ struct Options {
 };
 
 std::string textOf(const Json& value) {
-    std::string text;
-    Ringlog::appendPrintable(text, value.is_string() ? value.get<std::string>() : "-");
-    return text;
+    return printable(value.is_string() ? value.get<std::string>() : "-");
 }
 
 /// As a live agent prints its changes, with "=" before what is there in the beginning.

@@ -1,7 +1,5 @@
 #include "agent/run/ChangeText.h"
 
-#include <nlohmann/json.hpp>
-
 #include "agent/show/JsonString.h"
 #include "agent/show/RouteText.h"
 #include "platform/ringlog/Printable.h"
@@ -13,7 +11,7 @@ using Kind = RouteFeed::Kind;
 void appendChangeAsJson(std::string& out, double time, const RouteFeed::Change& change,
                         const RouteLookup& lookup) {
     out += "{\"time\":";
-    out += nlohmann::json(StateView::inMicroseconds(time)).dump();
+    out += jsonSeconds(time);
     out += change.kind == Kind::comes     ? ",\"change\":\"comes\",\"vrf\":"
            : change.kind == Kind::changes ? ",\"change\":\"changes\",\"vrf\":"
                                           : ",\"change\":\"goes\",\"vrf\":";
@@ -35,7 +33,7 @@ void appendChangeAsText(std::string& out, const RouteFeed::Change& change,
     out += ' ';
     change.key.prefix().appendTo(out);
     if (change.kind != Kind::goes) {
-        const StateView::Target target = lookup.target(change.route);
+        const RouteLookup::Target target = lookup.target(change.route);
         out += "  " + routeTypeText(change.route.routeType()) + "  ";
         Ringlog::appendPrintable(out, target.intfId ? target.intfId->name() : "-");
         out += "  ";

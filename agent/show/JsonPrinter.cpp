@@ -1,31 +1,17 @@
 #include "agent/show/JsonPrinter.h"
 
-#include <nlohmann/json.hpp>
-#include <string_view>
+#include <string>
 
+#include "agent/show/JsonString.h"
 #include "agent/show/Output.h"
+#include "agent/show/RouteText.h"
 
 namespace Agent {
 
 using Lanx::AddressFamily;
 
-namespace {
-
-using json = nlohmann::json;
-
-/// A JSON string. Names may hold any bytes; what is no UTF-8 is replaced.
-std::string jsonString(std::string_view text) {
-    return json(text).dump(-1, ' ', false, json::error_handler_t::replace);
-}
-
-std::string number(double seconds) { return json(StateView::inMicroseconds(seconds)).dump(); }
-
-const char* boolean(bool value) { return value ? "true" : "false"; }
-
-} // namespace
-
 void JsonPrinter::print(const StateView& state, const std::string* label) {
-    out_ << "{\"time\":" << number(state.time());
+    out_ << "{\"time\":" << jsonSeconds(state.time());
     if (label != nullptr) {
         out_ << ",\"label\":" << jsonString(*label);
     }
@@ -44,11 +30,11 @@ void JsonPrinter::print(const StateView& state, const std::string* label) {
 
 void JsonPrinter::printVrf(const StateView& state, const StateView::Vrf& vrf) {
     out_ << jsonString(vrf.container->vrfName().value()) << ":{\"id\":" << vrf.container->vrfId()
-         << ",\"ready\":{\"ipv4\":" << boolean(vrf.ipv4Ready)
-         << ",\"ipv6\":" << boolean(vrf.ipv6Ready) << '}';
+         << ",\"ready\":{\"ipv4\":" << jsonBoolean(vrf.ipv4Ready)
+         << ",\"ipv6\":" << jsonBoolean(vrf.ipv6Ready) << '}';
     if (vrf.rib != nullptr) {
-        out_ << ",\"rib\":{\"ready\":" << boolean(vrf.rib->ready())
-             << ",\"readyTime\":" << number(vrf.rib->readyTime()) << '}';
+        out_ << ",\"rib\":{\"ready\":" << jsonBoolean(vrf.rib->ready())
+             << ",\"readyTime\":" << jsonSeconds(vrf.rib->readyTime()) << '}';
     }
     out_ << ",\"backlog\":" << vrf.backlog << ",\"ipv4\":{";
     printRoutes(state, vrf, AddressFamily::ipv4);
@@ -58,17 +44,12 @@ void JsonPrinter::printVrf(const StateView& state, const StateView::Vrf& vrf) {
 }
 
 void JsonPrinter::printRoutes(const StateView& state, const StateView::Vrf& vrf, AddressFamily af) {
+    std::string members;
     const char* separator = "";
     for (const StateView::Route* route : state.routes(vrf, af)) {
-        const StateView::Target target = state.target(*route);
-        out_ << separator << '"' << route->key().prefix() << "\":{\"type\":" << route->routeType()
-             << ",\"intf\":" << (target.intfId ? jsonString(target.intfId->name()) : "null")
-             << ",\"via\":" << (target.via.empty() ? "null" : jsonString(target.via));
-        if (target.leaked) {
-            out_ << ",\"sourceVrf\":"
-                 << (target.sourceVrf != nullptr ? jsonString(target.sourceVrf->value()) : "null");
-        }
-        out_ << '}';
+        members.clear();
+        appendRouteMembers(members, *route, state.target(*route));
+        out_ << separator << '"' << route->key().prefix() << "\":{" << members << '}';
         separator = ",";
     }
 }

@@ -1,9 +1,12 @@
 #include "agent/show/JsonString.h"
 
 #include <algorithm>
+#include <cmath>
 #include <nlohmann/json.hpp>
 
 namespace Agent {
+
+using json = nlohmann::json;
 
 void appendJsonString(std::string& out, std::string_view text) {
     const auto isPlain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
@@ -13,8 +16,15 @@ void appendJsonString(std::string& out, std::string_view text) {
         out += '"';
         return;
     }
-    using json = nlohmann::json;
     out += json(text).dump(-1, ' ', false, json::error_handler_t::replace);
 }
+
+std::string jsonString(std::string_view text) {
+    std::string quoted;
+    appendJsonString(quoted, text);
+    return quoted;
+}
+
+std::string jsonSeconds(double seconds) { return json(std::round(seconds * 1e6) / 1e6).dump(); }
 
 } // namespace Agent

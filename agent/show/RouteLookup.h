@@ -1,6 +1,11 @@
 #pragma once
 
-#include "agent/show/StateView.h"
+#include <optional>
+#include <string_view>
+
+#include "agent/device/DeviceInputs.h"
+#include "directnet/root/RootSm.h"
+#include "platform/routing/Route.h"
 
 namespace Agent {
 
@@ -10,7 +15,14 @@ class RouteLookup {
   public:
     using RootSm = Routing::DirectNet::RootSm;
     using Route = Routing::Rib::Route;
-    using Target = StateView::Target;
+
+    /// A route, followed to what it points at. Nothing where a table lacks the next record.
+    struct Target {
+        std::optional<Lanx::IntfId> intfId;
+        std::string_view via; // which of the interface's via sets; empty if it is none of them
+        bool leaked;
+        const L3::VrfName* sourceVrf; // of a leaked route; null if no VRF has the id
+    };
 
     RouteLookup(const RootSm& root, const DeviceInputs& inputs) : root_(root), inputs_(inputs) {}
 

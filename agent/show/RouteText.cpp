@@ -24,8 +24,13 @@ std::string routeTypeText(RouteType type) {
     return std::to_string(static_cast<unsigned>(type));
 }
 
+TextTable routeTable(Lanx::AddressFamily af, bool anyLeaked) {
+    return TextTable({af == Lanx::AddressFamily::ipv4 ? "IPv4 PREFIX" : "IPv6 PREFIX", "TYPE",
+                      "INTERFACE", "VIA", anyLeaked ? "SOURCE VRF" : ""});
+}
+
 void appendRouteMembers(std::string& out, const Routing::Rib::Route& route,
-                        const StateView::Target& target) {
+                        const RouteLookup::Target& target) {
     out += "\"type\":";
     out += std::to_string(static_cast<unsigned>(route.routeType()));
     out += ",\"intf\":";

@@ -1,36 +1,13 @@
 #include "agent/show/StateView.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace Agent {
 
 using Lanx::AddressFamily;
-using Routing::DirectNet::IntfViaSetKeyStatus;
-using Vrf::VrfIdMap::VrfId;
 
 StateView::StateView(const RootSm& root, const DeviceInputs& inputs, double time)
-    : root_(root), inputs_(inputs), time_(inMicroseconds(time)) {
-    for (const auto& container : root.containerSm()) {
-        indexViaSets(*container->intfBacklog()->intfViaSetKeyStatus4());
-        indexViaSets(*container->intfBacklog()->intfViaSetKeyStatus6());
-        indexViaSets(*container->vrfVirtualIpStatusSm()->ivskStatus());
-        indexViaSets(*container->vrfVirtualIp6StatusSm()->ivskStatus());
-    }
-}
-
-double StateView::inMicroseconds(double seconds) { return std::round(seconds * 1e6) / 1e6; }
-
-void StateView::indexViaSets(const IntfViaSetKeyStatus& status) {
-    for (const auto& [intfId, keys] : status.intfViaSetKey()) {
-        viaNames_.insertOrAssign(keys.viaSetKey(), "connected");
-        viaNames_.insertOrAssign(keys.rxViaSetKey(), "receive");
-        if (status.af() == AddressFamily::ipv4) {
-            viaNames_.insertOrAssign(keys.rxBcastViaSetKey(), "receive-broadcast");
-            viaNames_.insertOrAssign(keys.directedBcastViaSetKey(), "directed-broadcast");
-        }
-    }
-}
+    : root_(root), inputs_(inputs), time_(time), lookup_(root, inputs) {}
 
 std::vector<StateView::Vrf> StateView::vrfs() const {
     std::vector<Vrf> vrfs;
@@ -60,26 +37,6 @@ std::vector<const StateView::Route*> StateView::routes(const Vrf& vrf, AddressFa
     std::sort(sorted.begin(), sorted.end(),
               [](const Route* a, const Route* b) { return a->key().prefix() < b->key().prefix(); });
     return sorted;
-}
-
-StateView::Target StateView::target(const Route& route) const {
-    Target target{};
-    const auto* viaSet = inputs_.viaSetConfig()->viaSetCollection()->viaSet(route.viaSetKey());
-    if (viaSet != nullptr && !viaSet->viaKey().empty()) {
-        const Routing::Rib::Via via =
-            viaConfig(route.key().prefix().af()).via(viaSet->viaKey().front());
-        if (via != Routing::Rib::Via()) {
-            target.intfId = via.intfId();
-        }
-    }
-    if (const std::string_view* name = viaNames_.find(route.viaSetKey())) {
-        target.via = *name;
-    }
-    if (route.srcVrfId() != VrfId::invalid()) {
-        target.leaked = true;
-        target.sourceVrf = inputs_.vrfs().name(route.srcVrfId());
-    }
-    return target;
 }
 
 std::size_t StateView::viaSets() const {

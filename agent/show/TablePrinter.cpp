@@ -1,40 +1,19 @@
 #include "agent/show/TablePrinter.h"
 
 #include <algorithm>
-#include <string_view>
 
+#include "agent/show/JsonString.h"
 #include "agent/show/Output.h"
-#include "platform/ringlog/Printable.h"
+#include "agent/show/RouteText.h"
 
 namespace Agent {
 
 using Lanx::AddressFamily;
-using Routing::Fib::RouteType;
 
 namespace {
 
-std::string printable(std::string_view text) {
-    std::string result;
-    Ringlog::appendPrintable(result, text);
-    return result;
-}
-
-std::string typeText(RouteType type) {
-    switch (type) {
-    case RouteType::receive:
-        return "1 receive";
-    case RouteType::attachedHost:
-        return "2 attached-host";
-    case RouteType::receiveBroadcast:
-        return "3 receive-broadcast";
-    case RouteType::dropDirectedBroadcast:
-        return "4 drop-broadcast";
-    case RouteType::connected:
-        return "11 connected";
-    case RouteType::unset:
-        break;
-    }
-    return std::to_string(static_cast<unsigned>(type));
+bool isLeaked(const StateView::Route* route) {
+    return route->srcVrfId() != Vrf::VrfIdMap::VrfId::invalid();
 }
 
 const char* yesOrNo(bool value) { return value ? "yes" : "no"; }
@@ -46,7 +25,7 @@ void TablePrinter::print(const StateView& state, const std::string* label) {
         out_ << '\n';
     }
     first_ = false;
-    out_ << "time " << state.time();
+    out_ << "time " << jsonSeconds(state.time());
     if (label != nullptr) {
         out_ << "  " << printable(*label);
     }
@@ -66,7 +45,7 @@ void TablePrinter::printVrf(const StateView& state, const StateView::Vrf& vrf) {
     if (vrf.rib != nullptr) {
         out_ << ", rib ";
         if (vrf.rib->ready()) {
-            out_ << "ready at " << StateView::inMicroseconds(vrf.rib->readyTime());
+            out_ << "ready at " << jsonSeconds(vrf.rib->readyTime());
         } else {
             out_ << "waiting";
         }
@@ -82,50 +61,17 @@ void TablePrinter::printRoutes(const StateView& state, const StateView::Vrf& vrf
     if (routes.empty()) {
         return;
     }
-    const Row header{af == AddressFamily::ipv4 ? "IPv4 PREFIX" : "IPv6 PREFIX", "TYPE", "INTERFACE",
-                     "VIA", "SOURCE VRF"};
-    Widths widths{};
-    bool anyLeaked = false;
-    const auto widen = [&widths](const Row& row) {
-        for (std::size_t column = 0; column < columns; ++column) {
-            widths[column] = std::max(widths[column], row[column].size());
-        }
-    };
-    widen(header);
+    TextTable table = routeTable(af, std::ranges::any_of(routes, isLeaked));
     for (const StateView::Route* route : routes) {
-        const Row row = rowOf(state, *route);
-        widen(row);
-        anyLeaked = anyLeaked || !row.back().empty();
+        const RouteLookup::Target target = state.target(*route);
+        table.rowIs({route->key().prefix().toString(), routeTypeText(route->routeType()),
+                     target.intfId ? std::string(target.intfId->name()) : "-",
+                     target.via.empty() ? "-" : std::string(target.via),
+                     !target.leaked     ? ""
+                     : target.sourceVrf ? target.sourceVrf->value()
+                                        : "-"});
     }
-    Row shown = header;
-    if (!anyLeaked) {
-        shown.back().clear();
-    }
-    printRow(shown, widths);
-    for (const StateView::Route* route : routes) {
-        printRow(rowOf(state, *route), widths);
-    }
-}
-
-TablePrinter::Row TablePrinter::rowOf(const StateView& state, const StateView::Route& route) {
-    const StateView::Target target = state.target(route);
-    std::string sourceVrf;
-    if (target.leaked) {
-        sourceVrf = target.sourceVrf == nullptr ? "-" : printable(target.sourceVrf->value());
-    }
-    return {route.key().prefix().toString(), typeText(route.routeType()),
-            target.intfId ? printable(target.intfId->name()) : "-",
-            target.via.empty() ? "-" : std::string(target.via), sourceVrf};
-}
-
-void TablePrinter::printRow(const Row& row, const Widths& widths) {
-    std::string line = "  ";
-    for (std::size_t column = 0; column < columns; ++column) {
-        line += row[column];
-        line.append(widths[column] - row[column].size() + 2, ' ');
-    }
-    line.erase(line.find_last_not_of(' ') + 1);
-    out_ << line << '\n';
+    table.print(out_, "  ");
 }
 
 std::string TablePrinter::bold(const std::string& text) const {

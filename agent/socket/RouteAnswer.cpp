@@ -1,7 +1,5 @@
 #include "agent/socket/RouteAnswer.h"
 
-#include <nlohmann/json.hpp>
-
 #include "agent/show/JsonString.h"
 #include "agent/show/RouteText.h"
 #include "platform/orb/Name.h"
@@ -10,12 +8,6 @@
 namespace Agent {
 
 namespace {
-
-std::string number(double seconds) {
-    return nlohmann::json(StateView::inMicroseconds(seconds)).dump();
-}
-
-const char* boolean(bool value) { return value ? "true" : "false"; }
 
 std::string perFamily(std::size_t ipv4, std::size_t ipv6) {
     return "{\"ipv4\":" + std::to_string(ipv4) + ",\"ipv6\":" + std::to_string(ipv6) + "}";
@@ -61,7 +53,7 @@ bool RouteAnswer::appendNext(std::string& out) {
 }
 
 void RouteAnswer::appendTime(std::string& out) const {
-    out += "{\"time\":" + number(view_.clock.now()) + "}\n";
+    out += "{\"time\":" + jsonSeconds(view_.clock.now()) + "}\n";
 }
 
 void RouteAnswer::appendVrf(std::string& out, const RouteWalk::ContainerSm& vrf) const {
@@ -69,16 +61,16 @@ void RouteAnswer::appendVrf(std::string& out, const RouteWalk::ContainerSm& vrf)
     appendJsonString(out, vrf.vrfName().value());
     out += ",\"id\":" + std::to_string(vrf.vrfId().value());
     out += ",\"ready\":{\"ipv4\":";
-    out += boolean(vrf.vrfReadyStatus()->v4DirectNetsReady());
+    out += jsonBoolean(vrf.vrfReadyStatus()->v4DirectNetsReady());
     out += ",\"ipv6\":";
-    out += boolean(vrf.vrfReadyStatus()->v6DirectNetsReady());
+    out += jsonBoolean(vrf.vrfReadyStatus()->v6DirectNetsReady());
     out += '}';
     const auto* rib = dynamic_cast<const Routing::Rib::ProtoVrfStatus*>(
         view_.inputs.protoStatusDir()->entity(Orb::Name(vrf.vrfName().value())));
     if (rib != nullptr) {
         out += ",\"rib\":{\"ready\":";
-        out += boolean(rib->ready());
-        out += ",\"readyTime\":" + number(rib->readyTime()) + "}";
+        out += jsonBoolean(rib->ready());
+        out += ",\"readyTime\":" + jsonSeconds(rib->readyTime()) + "}";
     }
     out += ",\"backlog\":" + std::to_string(vrf.intfBacklog()->backlog().size());
     const auto* ipv4 = view_.root.ipv4AllVrfRouteConfig()->routes(vrf.vrfId());

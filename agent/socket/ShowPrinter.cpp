@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "agent/show/RouteText.h"
-#include "agent/socket/TextTable.h"
+#include "agent/show/TextTable.h"
 #include "platform/lanx/IpGenPrefix.h"
 
 namespace Agent {
@@ -117,23 +117,24 @@ void printAsJson(std::ostream& out, GroupReader& reader) {
 }
 
 void printFamily(std::ostream& out, const VrfGroup& group, AddressFamily af) {
-    TextTable table({af == AddressFamily::ipv4 ? "IPv4 PREFIX" : "IPv6 PREFIX", "TYPE", "INTERFACE",
-                     "VIA", ""});
-    bool any = false;
+    const auto isOfFamily = [af](const Route& route) { return route.prefix.af() == af; };
+    const auto isLeaked = [&](const Route& route) {
+        return isOfFamily(route) && route.members.contains("sourceVrf");
+    };
+    if (std::ranges::none_of(group.routes, isOfFamily)) {
+        return;
+    }
+    TextTable table = routeTable(af, std::ranges::any_of(group.routes, isLeaked));
     for (const Route& route : group.routes) {
-        if (route.prefix.af() != af) {
-            continue;
+        if (isOfFamily(route)) {
+            const auto type =
+                static_cast<Routing::Fib::RouteType>(route.members.at("type").get<int>());
+            table.rowIs({route.prefix.toString(), routeTypeText(type),
+                         cell(route.members.at("intf")), cell(route.members.at("via")),
+                         isLeaked(route) ? cell(route.members.at("sourceVrf")) : ""});
         }
-        const auto type = static_cast<Routing::Fib::RouteType>(route.members.at("type").get<int>());
-        const bool leaked = route.members.contains("sourceVrf");
-        table.rowIs({route.prefix.toString(), routeTypeText(type), cell(route.members.at("intf")),
-                     cell(route.members.at("via")),
-                     leaked ? "from " + cell(route.members.at("sourceVrf")) : ""});
-        any = true;
     }
-    if (any) {
-        table.print(out, "  ");
-    }
+    table.print(out, "  ");
 }
 
 void printAsTables(std::ostream& out, GroupReader& reader) {

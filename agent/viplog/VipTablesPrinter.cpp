@@ -1,31 +1,16 @@
 #include "agent/viplog/VipTablesPrinter.h"
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/ringlog/Printable.h"
+#include "agent/show/JsonString.h"
+#include "agent/show/TextTable.h"
 
 namespace Agent {
 
 namespace {
-
-using json = nlohmann::json;
-
-std::string printable(std::string_view text) {
-    std::string result;
-    Ringlog::appendPrintable(result, text);
-    return result;
-}
-
-/// A JSON string. Names may hold any bytes; what is no UTF-8 is replaced.
-std::string quoted(std::string_view text) {
-    return json(text).dump(-1, ' ', false, json::error_handler_t::replace);
-}
-
-const char* boolean(bool value) { return value ? "true" : "false"; }
 
 std::string addressOf(const VirtualIp::VirtualIpIntfStatus& virtualIp) {
     return virtualIp.vrfIpWithMask().ipAddrWithMask().toString();
@@ -82,15 +67,16 @@ template <typename Tables>
 void printFamilyAsJson(std::ostream& out, const Tables& tables) {
     const char* nextTable = "{";
     for (const auto* table : sorted(tables.vrfVirtualIpStatus())) {
-        out << std::exchange(nextTable, ",") << quoted(table->name().value())
-            << ":{\"subnetRoutes\":" << boolean(table->subnetRouteEnabled()) << ",\"virtualIps\":";
+        out << std::exchange(nextTable, ",") << jsonString(table->name().value())
+            << ":{\"subnetRoutes\":" << jsonBoolean(table->subnetRouteEnabled())
+            << ",\"virtualIps\":";
         const char* nextIp = "{";
         for (const auto* virtualIp : sorted(table->virtualIp())) {
-            out << std::exchange(nextIp, ",") << quoted(addressOf(*virtualIp)) << ":";
+            out << std::exchange(nextIp, ",") << jsonString(addressOf(*virtualIp)) << ":";
             const char* nextInterface = "{";
             for (const auto& [intfId, carried] : interfacesOf(*virtualIp)) {
-                out << std::exchange(nextInterface, ",") << quoted(intfId.name()) << ':'
-                    << boolean(carried);
+                out << std::exchange(nextInterface, ",") << jsonString(intfId.name()) << ':'
+                    << jsonBoolean(carried);
             }
             out << (*nextInterface == '{' ? "{}" : "}");
         }

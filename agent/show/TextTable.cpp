@@ -1,4 +1,4 @@
-#include "agent/socket/TextTable.h"
+#include "agent/show/TextTable.h"
 
 #include <algorithm>
 #include <utility>
@@ -7,13 +7,17 @@
 
 namespace Agent {
 
+std::string printable(std::string_view text) {
+    std::string result;
+    Ringlog::appendPrintable(result, text);
+    return result;
+}
+
 void TextTable::rowIs(Row row) {
-    widths_.resize(row.size());
+    widths_.resize(std::max(widths_.size(), row.size()));
     for (std::size_t column = 0; column < row.size(); ++column) {
-        std::string cell;
-        Ringlog::appendPrintable(cell, row[column]);
-        widths_[column] = std::max(widths_[column], cell.size());
-        row[column] = std::move(cell);
+        row[column] = printable(row[column]);
+        widths_[column] = std::max(widths_[column], row[column].size());
     }
     rows_.push_back(std::move(row));
 }
