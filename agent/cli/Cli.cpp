@@ -29,11 +29,12 @@ ExitStatus parseAndRun(CLI::App& app, int argc, const char* const* argv) {
     try {
         app.parse(argc, argv);
         finishOutput(std::cout);
-    } catch (const CLI::ParseError& error) {
-        if (app.exit(error, std::cout, std::cerr) != 0) {
-            return ExitStatus::badInput;
-        }
+    } catch (const CLI::Success& answer) { // --help, --version
+        app.exit(answer, std::cout, std::cerr);
         finishOutput(std::cout);
+    } catch (const CLI::ParseError& error) {
+        return fail(ExitStatus::badInput,
+                    "directnet: " + std::string(error.what()) + "; see --help");
     }
     return ExitStatus::fine;
 }
@@ -46,12 +47,20 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
     return command;
 }
 
+CLI::Validator notEmpty() {
+    return {[](const std::string& value) {
+                return std::string(value.empty() ? "must not be empty" : "");
+            },
+            ""};
+}
+
 void addSocketOption(CLI::App& command, std::string& path) {
     command
         .add_option("--socket", path,
                     "Where the agent listens; by default /run/directnet.sock for root, else "
                     "directnet.sock in the user's runtime folder")
-        ->option_text("PATH");
+        ->option_text("PATH")
+        ->check(notEmpty());
 }
 
 int runCommandLine(int argc, const char* const* argv) {

@@ -8,6 +8,9 @@ namespace Agent {
 /// Adds a command with the options that every command has.
 CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& description);
 
+/// Refuses an empty value, such as that of a shell variable which is not set.
+CLI::Validator notEmpty();
+
 /// Adds the option that says where the running agent listens.
 void addSocketOption(CLI::App& command, std::string& path);
 

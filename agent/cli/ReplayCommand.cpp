@@ -64,7 +64,8 @@ void registerReplay(CLI::App& app) {
     command
         ->add_option("--vip-log", options->vipLog,
                      "Log every change of the tables of virtual addresses to FILE")
-        ->option_text("FILE");
+        ->option_text("FILE")
+        ->check(notEmpty());
     command->callback([options] { runReplay(*options); });
 }
 

@@ -77,14 +77,16 @@ void registerRun(CLI::App& app) {
         ->add_option("--config", options->configFile,
                      "A device document with virtualIps, leaks, ribWaits, vrfs.NAME.id and "
                      "gracefulRestart; SIGHUP reads it again")
-        ->option_text("FILE");
+        ->option_text("FILE")
+        ->check(notEmpty());
     CLI::Option* socket =
         command
             ->add_option(
                 "--socket", options->socket,
                 "Where clients can ask the agent; by default /run/directnet.sock for root, "
                 "else directnet.sock in the user's runtime folder, and nowhere with --once")
-            ->option_text("PATH");
+            ->option_text("PATH")
+            ->check(notEmpty());
     command->add_flag("--no-socket", options->noSocket, "Let no clients ask")->excludes(socket);
     command->callback([options] { run(*options); });
 }

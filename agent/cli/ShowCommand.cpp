@@ -4,9 +4,12 @@
 #include <string>
 
 #include "agent/cli/Commands.h"
+#include "agent/linux/Utf8.h"
 #include "agent/show/Output.h"
 #include "agent/socket/AgentConnection.h"
 #include "agent/socket/ShowPrinter.h"
+#include "platform/orb/Error.h"
+#include "platform/vrf/VrfName.h"
 
 namespace Agent {
 
@@ -18,6 +21,19 @@ struct Options {
     bool json = false;
     std::string socket;
 };
+
+/// What makes the text no name of a VRF; empty if it is one.
+std::string complaintAboutVrf(const std::string& name) {
+    if (name.empty() || !Linux::isUtf8(name)) {
+        return "must be a name in UTF-8";
+    }
+    try {
+        const L3::VrfName checked(name);
+    } catch (const Orb::Error& error) {
+        return error.what();
+    }
+    return {};
+}
 
 void show(const Options& options) {
     AgentConnection::Json request{{"show", options.topic}};
@@ -49,7 +65,8 @@ void registerShow(CLI::App& app) {
         ->check(CLI::IsMember(
             std::set<std::string>{"routes", "vrfs", "vips", "leaks", "backlog", "trace"}));
     command->add_option("--vrf", options->vrf, "Only this VRF; of leaks those out of it")
-        ->option_text("NAME");
+        ->option_text("NAME")
+        ->check(CLI::Validator(complaintAboutVrf, ""));
     command->add_flag("--json", options->json,
                       "Print JSON: routes as one state document, else one object a line");
     addSocketOption(*command, options->socket);

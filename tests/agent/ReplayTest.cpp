@@ -82,7 +82,7 @@ TEST(Replay, PrintsAlignedTablesForPeople) {
         R"("e\u001b":{"address":"192.168.100.200/32"}}}}})"
         "\n{\"show\":\"at once\"}");
     EXPECT_EQ(run.err, "");
-    EXPECT_EQ(run.out, R"(time 1  at once
+    EXPECT_EQ(run.out, R"(time 1.0  at once
 VRF default  id 0, ready ipv4 no ipv6 no, rib waiting, backlog 3
 vias 2 ipv4, 0 ipv6; via sets 8
 
@@ -107,7 +107,7 @@ TEST(CommandLine, AnswersWithTheRightExitStatus) {
         {"replay --version", 0, "0.", ""},
         {"ringlog --help", 0, "FILE", ""},
         {"", 2, "", "A subcommand is required"},
-        {"reply", 2, "", "--help"},
+        {"reply", 2, "", "directnet: A subcommand is required; see --help\n"},
         {"replay", 2, "", "FILE is required"},
         {"replay --trace 10 -", 2, "", "not in range"},
         {"replay /nowhere/at-all", 2, "", "/nowhere/at-all: No such file or directory"},
@@ -116,8 +116,11 @@ TEST(CommandLine, AnswersWithTheRightExitStatus) {
         {"replay - >/dev/full", 1, "", "cannot write the output"},
         {"run --once >/dev/full", 1, "", "cannot write the output"},
         {"run --no-socket >/dev/full", 1, "", "cannot write the output"},
+        {"run --no-socket >&-", 1, "", "cannot write the output"},
+        {"replay --vip-log '' -", 2, "", "must not be empty"},
+        {"show --vrf \xff", 2, "", "must be a name"},
         {"--help >/dev/full", 1, "", "cannot write the output"},
-        {"replay --trace 0 -", 0, "time 1\n", ""},
+        {"replay --trace 0 -", 0, "time 1.0\n", ""},
     };
     for (const auto& expected : cases) {
         const ProgramRun run = runProgram(expected.arguments);
