@@ -200,26 +200,23 @@ TEST_F(AttributeLogTest, readerDiffersFromWriterAfterAnyChange) {
 }
 
 /// Undoes some changes from inside their notification, before the log hears of them.
-class Meddler : public Tables::NotifieeConst {
-  public:
-    explicit Meddler(Ptr<Tables> tables) : tables_(std::move(tables)) {
+struct Meddler : Tables::NotifieeConst {
+    explicit Meddler(Ptr<Tables> those) : tables(std::move(those)) {
         hasNotificationActiveIs(true);
-        notifierIs(tables_);
+        notifierIs(tables);
     }
     void onAttribute(AttributeId, const void* key) override {
         const L3::VrfName name = keyAs<L3::VrfName>(key);
-        if (Table* table = tables_->table(name)) {
+        if (Table* table = tables->table(name)) {
             table->flagIs(true);
             if (name == "red") {
-                tables_->tableDel(name);
+                tables->tableDel(name);
             }
         } else if (name == "default") {
-            tables_->tableIs(name);
+            tables->tableIs(name);
         }
     }
-
-  private:
-    Ptr<Tables> tables_;
+    Ptr<Tables> tables;
 };
 
 TEST_F(AttributeLogTest, changesInsideANotificationReachTheReaderInTheWrongOrder) {
@@ -244,33 +241,27 @@ TEST_F(AttributeLogTest, memberWithMoreStateThanARecordHoldsIsCut) {
     EXPECT_EQ(textOf(*early.tables), textOf(*tables_));
 }
 
-TEST_F(AttributeLogTest, truncatedLogIsTakenAsWhole) {
-    const std::string log = someLog();
-    for (std::size_t size = 0; size < log.size(); ++size) {
-        Replay replay(makePtr<Tables>());
-        replay.feed(log.substr(0, size));
-        ASSERT_THROW(replay.finish(), ParseError) << size;
-    }
+/// Whether the bytes are taken as a whole log.
+bool isTaken(const std::string& log) {
     Replay replay(makePtr<Tables>());
-    replay.feed(log);
-    replay.finish();
-    replay.feed("x");
-    EXPECT_THROW(replay.finish(), ParseError) << "behind the end";
+    try {
+        replay.feed(log);
+        replay.finish();
+    } catch (const ParseError&) {
+        return false;
+    }
+    return true;
 }
 
-TEST_F(AttributeLogTest, flippedBitIsFollowed) {
+TEST_F(AttributeLogTest, truncatedExtendedOrFlippedLogIsTaken) {
     const std::string log = someLog();
+    EXPECT_TRUE(isTaken(log));
+    EXPECT_FALSE(isTaken(log + 'x'));
     for (std::size_t bit = 0; bit < log.size() * 8; ++bit) {
         std::string flipped = log;
         flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ 1 << bit % 8);
-        Replay replay(makePtr<Tables>());
-        ASSERT_THROW(
-            {
-                replay.feed(flipped);
-                replay.finish();
-            },
-            ParseError)
-            << bit;
+        ASSERT_FALSE(isTaken(flipped)) << bit;
+        ASSERT_FALSE(isTaken(log.substr(0, bit / 8))) << bit;
     }
 }
 
@@ -307,7 +298,7 @@ TEST_F(AttributeLogTest, lostOrMovedRecordGoesUnnoticed) {
     const std::vector<std::string> bodies = bodiesOf(log);
     ASSERT_EQ(framed(bodies), log);
     for (std::size_t lost = 0; lost + 1 < bodies.size(); ++lost) {
-        EXPECT_THROW(Replay(makePtr<Tables>()).feed(framed(bodies, lost)), ParseError) << lost;
+        EXPECT_FALSE(isTaken(framed(bodies, lost))) << lost;
     }
 }
 
@@ -393,8 +384,8 @@ TEST_F(AttributeLogTest, hostileValueIsBelieved) {
         const std::string got = outcome(bodies).first;
         EXPECT_NE(got.find(error), std::string::npos) << got << " instead of " << error;
     }
-    const std::string endless = framed({}) + "\xff\xff\xff\xff\0\0\0\0"s;
-    EXPECT_THROW(Replay(makePtr<Tables>()).feed(endless), ParseError);
+    const std::string endless = "\xff\xff\xff\xff\0\0\0\0"s;
+    EXPECT_THROW(Replay(makePtr<Tables>()).feed(framed({}) + endless), ParseError);
 }
 
 TEST_F(AttributeLogTest, slowReaderHoldsTheWriterUpOrFillsItsMemory) {

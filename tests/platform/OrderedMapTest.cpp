@@ -34,32 +34,11 @@ TEST_P(OrderedMapAgainstModel, RandomOperationsLoseOrMisplaceNothing) {
 INSTANTIATE_TEST_SUITE_P(Sizes, OrderedMapAgainstModel, testing::Values(2, 5, 12, 60));
 
 TEST(OrderedMap, ElementMayUseTheMapWhileItIsDestroyed) {
-    for (const std::uint32_t size : {1U, 3U, 9U, 40U}) {
-        Orb::OrderedMap<std::uint32_t, std::shared_ptr<void>> map;
-        for (std::uint32_t key = 0; key < size; ++key) {
-            map.insertOrAssign(key, std::shared_ptr<void>(nullptr, [&map, key](void*) {
-                                   EXPECT_FALSE(map.contains(key));
-                                   map.tryInsert(key + 1000);
-                                   map.erase(key + 1);
-                               }));
-        }
-        map.erase(0);
-        EXPECT_EQ(map.size(), size) << "every entry went and left another";
-        EXPECT_EQ(map.first()->key(), 1000U);
-    }
+    TestSupport::expectElementMayUseTheMapWhileItIsDestroyed<Orb::OrderedMap>();
 }
 
-TEST(OrderedMap, CopyIsIndependent) {
-    for (const std::uint32_t size : {1U, 8U, 9U}) {
-        Orb::OrderedMap<std::uint32_t, int> map;
-        for (std::uint32_t key = 0; key < size; ++key) {
-            map.insertOrAssign(key, 1);
-        }
-        Orb::OrderedMap<std::uint32_t, int> copy(map);
-        copy.insertOrAssign(0, 2);
-        EXPECT_EQ(*map.find(0), 1);
-        EXPECT_EQ(copy.size(), size);
-    }
+TEST(OrderedMap, CopyAndMoveOwnTheirEntries) {
+    TestSupport::expectCopyAndMoveToOwnTheirEntries<Orb::OrderedMap>();
 }
 
 } // namespace

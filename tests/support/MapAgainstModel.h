@@ -4,6 +4,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <utility>
 
 namespace TestSupport {
 
@@ -46,5 +48,39 @@ struct MapAgainstModel {
     Map map;
     Model model;
 };
+
+template <template <typename, typename> typename Map>
+void expectElementMayUseTheMapWhileItIsDestroyed() {
+    for (const std::uint32_t size : {1U, 3U, 9U, 40U}) {
+        Map<std::uint32_t, std::shared_ptr<void>> map;
+        for (std::uint32_t key = 0; key < size; ++key) {
+            map.insertOrAssign(key, std::shared_ptr<void>(nullptr, [&map, key](void*) {
+                                   EXPECT_FALSE(map.contains(key));
+                                   map.tryInsert(key + 1000);
+                                   map.erase(key + 1);
+                               }));
+        }
+        map.erase(0);
+        EXPECT_EQ(map.size(), size) << "every entry went and left another";
+        EXPECT_FALSE(map.contains(size - 1));
+    }
+}
+
+template <template <typename, typename> typename Map>
+void expectCopyAndMoveToOwnTheirEntries() {
+    for (const std::uint32_t size : {1U, 8U, 9U, 50U}) {
+        Map<std::uint32_t, std::string> map;
+        for (std::uint32_t key = 0; key < size; ++key) {
+            map.insertOrAssign(key, std::string(40, 'v'));
+        }
+        Map<std::uint32_t, std::string> copy(map);
+        Map<std::uint32_t, std::string> moved(std::move(map));
+        map = copy;
+        copy.erase(0);
+        moved.find(0)->clear();
+        EXPECT_EQ(*map.find(0), std::string(40, 'v'));
+        EXPECT_EQ(copy.size() + 1, moved.size());
+    }
+}
 
 } // namespace TestSupport
