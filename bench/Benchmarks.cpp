@@ -197,7 +197,7 @@ void Teardown(benchmark::State& state) {
             Result teardown;
             teardown.routes = table(rig, Family::ipv4).size();
             const double start = cpuSeconds();
-            rig.inputs().vrfs().nameToIdMapWrapper()->nameToIdMap()->vrfIdDel(Rig::vrfName(0));
+            rig.inputs().vrfs().nameToIdMapWrapper()->nameToIdMap()->vrfIdDel(rig.vrfName(0));
             teardown.cpu = cpuSeconds() - start;
             return teardown;
         });

@@ -55,6 +55,7 @@ Result inChild(const std::function<Result()>& workload) {
 
 Result medianOf(int runs, const std::function<Result()>& workload) {
     std::vector<Result> results;
+    results.reserve(static_cast<std::size_t>(runs));
     for (int run = 0; run < runs; ++run) {
         results.push_back(inChild(workload));
     }

@@ -30,29 +30,45 @@ Rig::Rig(Orb::Ptr<Orb::Clock> clock)
     : clock_(std::move(clock)), activityManager_(clock_),
       inputs_(Orb::makePtr<Kiln::TaskScheduler>(clock_), false),
       root_(std::make_unique<Agent::AgentRoot>(inputs_)) {
-    OrbMemtab::Mount mount(inputs_.entityManager());
     for (std::size_t vrf = 0; vrf < vrfs; ++vrf) {
-        const std::string netns = "ns-" + vrfName(vrf).value();
-        const Orb::String path = Orb::format("kni/ns/%s/status", netns.c_str());
-        mount.doMount(path, "KernelNetInfo::Status",
-                      OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
-        const auto kernel = mount.getEntity<KernelNetInfo::Status>(path);
-        for (std::size_t interface = 0; interface < interfaces; ++interface) {
-            const Lanx::IntfId id = intfId(vrf, interface);
-            kernel->deviceIs(id, KernelNetInfo::Device(std::string(id.name()), true));
-        }
-        inputs_.vrfs().nameToIdMapWrapper()->nameToIdMap()->vrfIdIs(vrfName(vrf), vrfId(vrf));
-        auto* status = inputs_.vrfs().allVrfStatusLocal()->vrfIs(vrfName(vrf));
-        status->netNsIs(netns);
-        status->stateIs(Ip::VrfState::active);
+        addVrf(vrf);
     }
     settle();
 }
 
-L3::VrfName Rig::vrfName(std::size_t vrf) { return "vrf" + std::to_string(vrf); }
+std::array<Rig::Names, Rig::vrfs> Rig::makeNames() {
+    std::array<Names, vrfs> names;
+    for (std::size_t vrf = 0; vrf < vrfs; ++vrf) {
+        const std::string number = std::to_string(vrf);
+        names[vrf].vrf = L3::VrfName("vrf" + number);
+        names[vrf].interfaces.reserve(interfaces);
+        for (std::size_t interface = 0; interface < interfaces; ++interface) {
+            names[vrf].interfaces.emplace_back("Ethernet" + number + "/"
+                                               + std::to_string(interface));
+        }
+    }
+    return names;
+}
 
-Lanx::IntfId Rig::intfId(std::size_t vrf, std::size_t interface) {
-    return Lanx::IntfId("Ethernet" + std::to_string(vrf) + "/" + std::to_string(interface));
+void Rig::addVrf(std::size_t vrf) {
+    const L3::VrfName& name = vrfName(vrf);
+    const std::string netns = "ns-" + name.value();
+    const Orb::String path = Orb::format("kni/ns/%s/status", netns.c_str());
+    OrbMemtab::Mount mount(inputs_.entityManager());
+    mount.doMount(path, "KernelNetInfo::Status",
+                  OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
+    const auto kernel = mount.getEntity<KernelNetInfo::Status>(path);
+    auto* ipv4 = inputs_.ipStatus()->vrfIpIntfStatusIs(name);
+    auto* ipv6 = inputs_.ip6Status()->vrfIp6IntfStatusIs(name);
+    for (const Lanx::IntfId id : names_[vrf].interfaces) {
+        kernel->deviceIs(id, KernelNetInfo::Device(std::string(id.name()), true));
+        ipv4->ipIntfStatusIs(id);
+        ipv6->intfStatusIs(id);
+    }
+    inputs_.vrfs().nameToIdMapWrapper()->nameToIdMap()->vrfIdIs(name, vrfId(vrf));
+    auto* status = inputs_.vrfs().allVrfStatusLocal()->vrfIs(name);
+    status->netNsIs(netns);
+    status->stateIs(Ip::VrfState::active);
 }
 
 Vrf::VrfIdMap::VrfId Rig::vrfId(std::size_t vrf) {
@@ -65,8 +81,8 @@ Lanx::IpAddrWithMask Rig::ipv4(std::size_t n) {
 
 Ip::IpIntfStatus& Rig::ipv4Interface(std::size_t n) {
     return *inputs_.ipStatus()
-                ->vrfIpIntfStatusIs(vrfName(vrfOf(n)))
-                ->ipIntfStatusIs(intfId(vrfOf(n), interfaceOf(n)));
+                ->vrfIpIntfStatus(vrfName(vrfOf(n)))
+                ->ipIntfStatus(intfId(vrfOf(n), interfaceOf(n)));
 }
 
 void Rig::addIpv4(std::size_t n) {
@@ -95,8 +111,8 @@ void Rig::addIpv6(std::size_t n) {
     bytes[6] = static_cast<std::uint8_t>(m);
     bytes[15] = 1;
     inputs_.ip6Status()
-        ->vrfIp6IntfStatusIs(vrfName(vrfOf(n)))
-        ->intfStatusIs(intfId(vrfOf(n), interfaceOf(n)))
+        ->vrfIp6IntfStatus(vrfName(vrfOf(n)))
+        ->intfStatus(intfId(vrfOf(n), interfaceOf(n)))
         ->addrIs({Lanx::Ip6Addr(bytes), 64}, Ip6::AddressInfo{true, 0});
 }
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
+#include <vector>
 
 #include "agent/device/AgentRoot.h"
 #include "agent/device/DeviceInputs.h"
@@ -10,8 +12,8 @@
 
 namespace Bench {
 
-/// An agent with 16 VRFs of 1024 interfaces each, all of them running kernel devices, and nothing
-/// else yet. Addresses are published straight into its input entities.
+/// An agent with 16 VRFs of 1024 interfaces each: running kernel devices that are listed in both
+/// families, without addresses yet. Those are published straight into the input entities.
 class Rig {
   public:
     static constexpr std::size_t vrfs = 16;
@@ -19,8 +21,7 @@ class Rig {
 
     explicit Rig(Orb::Ptr<Orb::Clock> clock);
 
-    static L3::VrfName vrfName(std::size_t vrf);
-    static Lanx::IntfId intfId(std::size_t vrf, std::size_t interface);
+    const L3::VrfName& vrfName(std::size_t vrf) const { return names_[vrf].vrf; }
     static Vrf::VrfIdMap::VrfId vrfId(std::size_t vrf);
 
     Agent::DeviceInputs& inputs() { return inputs_; }
@@ -46,7 +47,20 @@ class Rig {
     double settle();
 
   private:
+    /// Made once: making them is not the agent's work.
+    struct Names {
+        L3::VrfName vrf;
+        std::vector<Lanx::IntfId> interfaces;
+    };
+
+    static std::array<Names, vrfs> makeNames();
+    void addVrf(std::size_t vrf);
+    Lanx::IntfId intfId(std::size_t vrf, std::size_t interface) const {
+        return names_[vrf].interfaces[interface];
+    }
     Ip::IpIntfStatus& ipv4Interface(std::size_t n);
+
+    const std::array<Names, vrfs> names_ = makeNames();
 
     Orb::Ptr<Orb::Clock> clock_;
     Orb::ActivityManager activityManager_;

@@ -46,6 +46,12 @@ class IntfBacklog : public Orb::Entity {
                               const Lanx::IpGenAddrWithMask& addrWithMask, Fib::RouteType routeType,
                               Rib::ViaSetKey viaSetKey, VrfId sourceVrfId, bool isVirtual);
 
+    /// Fetches what adding a contributor will read first, for a caller that has work until then.
+    void fetchAhead(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix) const {
+        intfIdsByPrefix().prefetch(prefix);
+        backlog().prefetch(IntfIdAndPrefix(intfId, prefix));
+    }
+
     /// Takes a contributor away. One that is not there leaves no trace and queues nothing.
     void delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
                                 const Lanx::IpGenAddrWithMask& addrWithMask,

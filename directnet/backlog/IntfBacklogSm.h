@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <utility>
+#include <vector>
 
 #include "directnet/backlog/IntfBacklog.h"
 #include "directnet/backlog/IntfViaSetConfig.h"
@@ -127,12 +128,17 @@ class IntfBacklogSm : public Orb::Entity {
     static IntfIdAndAddr getIntfIdAndAddr(const IntfIdSet* intfIdAndAddrs);
     static Rib::ViaSetKey getViaSetKey(const IntfIdSet* set, const IntfIdAndAddr& iiaa);
 
+    Rib::RouteConfig& routeConfigOf(Lanx::AddressFamily af) const;
     bool drainPending() const { return orbBacklogClock_.timeMin() < Orb::Clock::never; }
+
+    using Member = Orb::MapEntry<IntfIdAndPrefix, bool>;
 
     /// Works through the members from `start` on; answers where the slice stopped, null for the
     /// end.
-    const IntfIdAndPrefix* drain(const IntfIdAndPrefix* start);
-    const IntfIdAndPrefix* firstMember();
+    const Member* drain(const Member* start);
+    const Member* firstMember();
+    /// The next few members from `start` on, for which what processing them reads is being fetched.
+    std::vector<IntfIdAndPrefix> fetchAhead(const Member* start) const;
 
     OrbBacklogClock orbBacklogClock_;
     OrbIntfBacklog orbIntfBacklog_;

@@ -14,9 +14,11 @@ namespace Routing::DirectNet {
 template <typename Key>
 class ViaSetReferences {
   public:
-    void take(const Key& key, Lanx::IntfId intfId, IntfViaSetKeyStatus& status) {
-        ++*taken_.tryInsert(key).first;
+    /// Answers whether it is the first that is held for the key.
+    bool take(const Key& key, Lanx::IntfId intfId, IntfViaSetKeyStatus& status) {
+        const bool first = ++*taken_.tryInsert(key).first == 1;
         status.incIntfVskRefcount(intfId);
+        return first;
     }
 
     void giveBack(const Key& key, Lanx::IntfId intfId, IntfViaSetConfig& config,

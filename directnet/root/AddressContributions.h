@@ -30,6 +30,8 @@ class AddressContributions {
     }
 
     void add(const AddrWithMask& address) {
+        fetchAhead(address.subnet());
+        fetchAhead(address.hostPrefix());
         const IntfViaSetKey key = viaSetKey();
         if (address.len() < Traits::hostLen) {
             addPrefix(address.subnet(), address, Fib::RouteType::connected, key.viaSetKey());
@@ -42,6 +44,10 @@ class AddressContributions {
             delPrefix(address.subnet(), address, Fib::RouteType::connected);
         }
         delPrefix(address.hostPrefix(), address, hostRouteType(address));
+    }
+
+    void fetchAhead(const Lanx::IpGenPrefix& prefix) const {
+        intfBacklog_->fetchAhead(intfId_, prefix);
     }
 
     void addPrefix(const Lanx::IpGenPrefix& prefix, const AddrWithMask& address,
@@ -57,10 +63,9 @@ class AddressContributions {
     }
 
     void takeReference(const AddrWithMask& address) {
-        if (!references_.holds(address)) {
+        if (references_.take(address, intfId_, status())) {
             status().incOwnAddresses(intfId_);
         }
-        references_.take(address, intfId_, status());
     }
 
     /// Gives back all references that were taken for the address; via sets go with the last one.

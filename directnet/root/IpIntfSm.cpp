@@ -110,6 +110,8 @@ void IpIntfSm::updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdr
         contributions_.delPrefix(broadcast, address, directed);
         return;
     }
+    contributions_.fetchAhead(network);
+    contributions_.fetchAhead(broadcast);
     // The flag chooses the broadcast route's type only; its via set stays the same.
     const bool flag = ipIntfStatus()->directedBroadcast();
     const IntfViaSetKey key = contributions_.viaSetKey();

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/lanx/Prefix.h"
+#include "platform/orb/Error.h"
 
 namespace Lanx {
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <bit>
+#include <compare>
 #include <cstdint>
 
 #include "platform/orb/Hash.h"
@@ -11,11 +14,39 @@ namespace Lanx {
 /// the rest is zero.
 using AddressBytes = std::array<std::uint8_t, 16>;
 
-/// Clears every bit behind the first `len` (0 to 128).
-void clearHostBits(AddressBytes& bytes, unsigned len);
+/// An address as two numbers, the more significant one first.
+using AddressWords = std::array<std::uint64_t, 2>;
 
-/// Whether the first `len` bits (0 to 128) of both are the same.
-bool sameNetworkBits(const AddressBytes& left, const AddressBytes& right, unsigned len);
+constexpr std::uint64_t networkOrder(std::uint64_t word) {
+    return std::endian::native == std::endian::little ? __builtin_bswap64(word) : word;
+}
+
+constexpr AddressWords wordsOf(const AddressBytes& bytes) {
+    const auto words = std::bit_cast<AddressWords>(bytes);
+    return {networkOrder(words[0]), networkOrder(words[1])};
+}
+
+constexpr AddressBytes bytesOf(const AddressWords& words) {
+    return std::bit_cast<AddressBytes>(
+        AddressWords{networkOrder(words[0]), networkOrder(words[1])});
+}
+
+/// The first `count` (0 to 64) bits of a word.
+constexpr std::uint64_t leadingBits(unsigned count) {
+    return count == 0 ? 0 : ~std::uint64_t{0} << (64 - count);
+}
+
+/// The address with every bit behind the first `len` (0 to 128) cleared.
+constexpr AddressBytes maskedBytes(const AddressBytes& bytes, unsigned len) {
+    const AddressWords words = wordsOf(bytes);
+    return bytesOf({words[0] & leadingBits(std::min(len, 64U)),
+                    words[1] & leadingBits(len > 64 ? len - 64 : 0)});
+}
+
+/// The order of the bytes, front to back.
+constexpr std::strong_ordering compareBytes(const AddressBytes& left, const AddressBytes& right) {
+    return wordsOf(left) <=> wordsOf(right);
+}
 
 /// Whether the first 10 bits are those of fe80::/10.
 constexpr bool isLinkLocal6(const AddressBytes& bytes) {
@@ -23,9 +54,7 @@ constexpr bool isLinkLocal6(const AddressBytes& bytes) {
 }
 
 inline void mixBytes(Orb::Hasher& hasher, const AddressBytes& bytes) {
-    std::uint64_t words[2];
-    static_assert(sizeof words == sizeof bytes);
-    std::memcpy(words, bytes.data(), sizeof words);
+    const AddressWords words = wordsOf(bytes);
     hasher.mix(words[0]);
     hasher.mix(words[1]);
 }

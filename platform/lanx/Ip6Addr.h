@@ -33,11 +33,7 @@ class Ip6Addr {
     constexpr bool operator!() const { return isZero(); }
 
     /// The address with all bits behind the first `len` (0 to 128) cleared.
-    Ip6Addr masked(unsigned len) const {
-        Ip6Addr result = *this;
-        clearHostBits(result.bytes_, len);
-        return result;
-    }
+    constexpr Ip6Addr masked(unsigned len) const { return Ip6Addr(maskedBytes(bytes_, len)); }
 
     std::uint64_t hash(std::uint64_t seed) const {
         Orb::Hasher hasher(seed);
@@ -51,7 +47,9 @@ class Ip6Addr {
     static Ip6Addr fromString(std::string_view text) { return Ip6Addr(parseIp6Text(text)); }
 
     friend constexpr bool operator==(const Ip6Addr&, const Ip6Addr&) = default;
-    friend constexpr std::strong_ordering operator<=>(const Ip6Addr&, const Ip6Addr&) = default;
+    friend constexpr std::strong_ordering operator<=>(const Ip6Addr& a, const Ip6Addr& b) {
+        return compareBytes(a.bytes_, b.bytes_);
+    }
 
   private:
     AddressBytes bytes_{};

@@ -39,7 +39,7 @@ class IpGenAddr {
     /// The address with all bits behind the first `len` (0 to bits()) cleared.
     IpGenAddr masked(unsigned len) const {
         IpGenAddr result = *this;
-        clearHostBits(result.bytes_, len);
+        result.bytes_ = maskedBytes(bytes_, len);
         return result;
     }
 
@@ -56,7 +56,9 @@ class IpGenAddr {
     static IpGenAddr fromString(std::string_view text);
 
     friend constexpr bool operator==(const IpGenAddr&, const IpGenAddr&) = default;
-    friend constexpr std::strong_ordering operator<=>(const IpGenAddr&, const IpGenAddr&) = default;
+    friend constexpr std::strong_ordering operator<=>(const IpGenAddr& a, const IpGenAddr& b) {
+        return a.af_ != b.af_ ? a.af_ <=> b.af_ : compareBytes(a.bytes_, b.bytes_);
+    }
 
   private:
     AddressFamily af_ = AddressFamily::unset;

@@ -5,19 +5,18 @@ namespace Lanx {
 IpGenPrefix::IpGenPrefix(const IpGenAddr& address, unsigned len)
     : addr_(address), len_(static_cast<std::uint8_t>(len)) {
     if (len > address.bits() || address != address.masked(len)) {
-        throw Orb::RangeError("Prefix::validAsPrefix != true not allowed");
+        throwInvalidPrefix();
     }
 }
 
 IpGenPrefix IpGenPrefix::covering(const IpGenAddr& address, unsigned len) {
-    return {len <= address.bits() ? address.masked(len) : address, len};
-}
-
-std::uint64_t IpGenPrefix::hash(std::uint64_t seed) const {
-    Orb::Hasher hasher(seed);
-    mixBytes(hasher, addr_.bytes());
-    hasher.mix(std::uint64_t{len_} << 8 | static_cast<std::uint64_t>(af()));
-    return hasher.result();
+    if (len > address.bits()) {
+        throwInvalidPrefix();
+    }
+    IpGenPrefix prefix;
+    prefix.addr_ = address.masked(len);
+    prefix.len_ = static_cast<std::uint8_t>(len);
+    return prefix;
 }
 
 void IpGenPrefix::appendTo(std::string& out) const {

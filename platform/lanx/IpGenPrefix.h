@@ -17,8 +17,10 @@ namespace Lanx {
 class IpGenPrefix {
   public:
     constexpr IpGenPrefix() = default;
-    IpGenPrefix(const IpPrefix& prefix) : IpGenPrefix(prefix.addr(), prefix.len()) {}
-    IpGenPrefix(const Ip6Prefix& prefix) : IpGenPrefix(prefix.addr(), prefix.len()) {}
+    constexpr IpGenPrefix(const IpPrefix& prefix)
+        : addr_(prefix.addr()), len_(static_cast<std::uint8_t>(prefix.len())) {}
+    constexpr IpGenPrefix(const Ip6Prefix& prefix)
+        : addr_(prefix.addr()), len_(static_cast<std::uint8_t>(prefix.len())) {}
 
     /// Throws RangeError when the length is too long for the family or a host bit is set.
     IpGenPrefix(const IpGenAddr& address, unsigned len);
@@ -27,7 +29,7 @@ class IpGenPrefix {
     static IpGenPrefix covering(const IpGenAddr& address, unsigned len);
 
     /// The prefix that holds nothing but the address.
-    static IpGenPrefix host(const IpGenAddr& address) { return {address, address.bits()}; }
+    static IpGenPrefix host(const IpGenAddr& address) { return covering(address, address.bits()); }
 
     constexpr AddressFamily af() const { return addr_.af(); }
     constexpr const IpGenAddr& addr() const { return addr_; }
@@ -37,14 +39,17 @@ class IpGenPrefix {
     constexpr bool operator!() const { return !addr_; }
 
     /// False for an address of another family.
-    bool contains(const IpGenAddr& address) const {
-        return address.af() == af() && sameNetworkBits(address.bytes(), addr_.bytes(), len_);
-    }
+    bool contains(const IpGenAddr& address) const { return address.masked(len_) == addr_; }
     bool contains(const IpGenPrefix& other) const {
         return other.len_ >= len_ && contains(other.addr_);
     }
 
-    std::uint64_t hash(std::uint64_t seed) const;
+    std::uint64_t hash(std::uint64_t seed) const {
+        Orb::Hasher hasher(seed);
+        mixBytes(hasher, addr_.bytes());
+        hasher.mix(std::uint64_t{len_} << 8 | static_cast<std::uint64_t>(af()));
+        return hasher.result();
+    }
 
     void appendTo(std::string& out) const;
     std::string toString() const { return Orb::plainText(*this); }

@@ -7,9 +7,10 @@
 
 #include "platform/lanx/Ip6Addr.h"
 #include "platform/lanx/IpAddr.h"
-#include "platform/orb/Error.h"
 
 namespace Lanx {
+
+[[noreturn]] void throwInvalidPrefix();
 
 /// A subnet: an address whose bits behind the first len() are zero. Ordered by address, then
 /// length. The default is the zero-length prefix. `Addr` is IpAddr or Ip6Addr.
@@ -21,17 +22,23 @@ class Prefix {
     /// Throws RangeError when the length is too long or a host bit is set.
     Prefix(Addr address, unsigned len) : addr_(address), len_(static_cast<std::uint8_t>(len)) {
         if (len > Addr::bits || address != address.masked(len)) {
-            throw Orb::RangeError("Prefix::validAsPrefix != true not allowed");
+            throwInvalidPrefix();
         }
     }
 
     /// The prefix of that length which the address lies in. Throws RangeError when it is too long.
     static Prefix covering(Addr address, unsigned len) {
-        return Prefix(len <= Addr::bits ? address.masked(len) : address, len);
+        if (len > Addr::bits) {
+            throwInvalidPrefix();
+        }
+        Prefix prefix;
+        prefix.addr_ = address.masked(len);
+        prefix.len_ = static_cast<std::uint8_t>(len);
+        return prefix;
     }
 
     /// The prefix that holds nothing but the address.
-    static Prefix host(Addr address) { return Prefix(address, Addr::bits); }
+    static Prefix host(Addr address) { return covering(address, Addr::bits); }
 
     constexpr AddressFamily af() const { return Addr::af; }
     constexpr Addr addr() const { return addr_; }

@@ -25,21 +25,21 @@ class HashMap : public HashTable<MapEntry<K, V>, MapEntryKey<K, V>> {
 
     /// Adds the pair unless the key is there. Returns the key's value and whether it was added.
     std::pair<V*, bool> tryInsert(K key, V value = V()) {
-        const std::uint32_t tag = this->tagOf(key);
-        if (V* present = valueOf(this->findEntry(key, tag))) {
+        const auto place = this->placeOf(key);
+        if (V* present = valueOf(this->entryAt(place, key))) {
             return {present, false};
         }
-        return {&this->insertNew(Entry(std::move(key), std::move(value)), tag)->value(), true};
+        return {&this->insertNew(Entry(std::move(key), std::move(value)), place)->value(), true};
     }
 
     /// Adds the pair or replaces the key's value. Returns whether the key was added.
     bool insertOrAssign(K key, V value) {
-        const std::uint32_t tag = this->tagOf(key);
-        if (V* present = valueOf(this->findEntry(key, tag))) {
+        const auto place = this->placeOf(key);
+        if (V* present = valueOf(this->entryAt(place, key))) {
             std::swap(*present, value); // the old value dies last: its destructor may use the map
             return false;
         }
-        this->insertNew(Entry(std::move(key), std::move(value)), tag);
+        this->insertNew(Entry(std::move(key), std::move(value)), place);
         return true;
     }
 

@@ -22,21 +22,21 @@ class HashMap2018 : public HashTable<T, KeyOf> {
     /// Adds the element unless its key is there. Returns the key's element and whether it was
     /// added.
     std::pair<T*, bool> tryInsert(T element) {
-        const std::uint32_t tag = this->tagOf(KeyOf()(element));
-        if (T* present = this->findEntry(KeyOf()(element), tag)) {
+        const auto place = this->placeOf(KeyOf()(element));
+        if (T* present = this->entryAt(place, KeyOf()(element))) {
             return {present, false};
         }
-        return {this->insertNew(std::move(element), tag), true};
+        return {this->insertNew(std::move(element), place), true};
     }
 
     /// Adds the element or replaces the one of the same key. Returns whether the key was added.
     bool insertOrAssign(T element) {
-        const std::uint32_t tag = this->tagOf(KeyOf()(element));
-        if (T* present = this->findEntry(KeyOf()(element), tag)) {
+        const auto place = this->placeOf(KeyOf()(element));
+        if (T* present = this->entryAt(place, KeyOf()(element))) {
             std::swap(*present, element); // the old one dies last: its destructor may use the map
             return false;
         }
-        this->insertNew(std::move(element), tag);
+        this->insertNew(std::move(element), place);
         return true;
     }
 };

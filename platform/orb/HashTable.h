@@ -148,6 +148,31 @@ class HashTable {
     T* atOrAfter(const Key& key) { return entryAt(slotBehind(key, false)); }
     const T* atOrAfter(const Key& key) const { return entryAt(slotBehind(key, false)); }
 
+    /// The entry behind one of the table's, or null.
+    const T* next(const T* entry) const {
+        return entryAt(occupiedFrom(static_cast<std::uint32_t>(entry - block_->entries()) + 1));
+    }
+
+    /// Fetches what a search for the key will read first, for a caller that has work until then.
+    void prefetch(const Key& key) const {
+        if (block_ != nullptr) {
+            const std::uint32_t slot = home(*block_, tagOf(key));
+            __builtin_prefetch(block_->tags() + slot);
+            __builtin_prefetch(block_->entries() + slot);
+        }
+    }
+
+    /// The entry that a search for the key would look at first, most likely the key's if that is
+    /// there; or null. Reads nothing that an entry points to.
+    const T* likely(const Key& key) const {
+        if (block_ == nullptr) {
+            return nullptr;
+        }
+        const std::uint32_t tag = tagOf(key);
+        const std::uint32_t slot = tagBound(tag);
+        return block_->tags()[slot] == tag ? block_->entries() + slot : nullptr;
+    }
+
     /// Takes the entry of that key out of the table.
     std::optional<T> take(const Key& key) {
         T* entry = findEntry(key);
@@ -170,35 +195,44 @@ class HashTable {
     std::size_t allocatedBytes() const { return block_ == nullptr ? 0 : bytesFor(block_->slots); }
 
   protected:
-    /// The part of a key's hash that the table goes by; finding and then adding takes it once.
-    static std::uint32_t tagOf(const Key& key) {
-        const auto top = static_cast<std::uint32_t>(hashOf(key) >> 32);
-        return std::clamp(top, std::uint32_t{1}, endTag - 1);
+    /// Where a key is or belongs, found once for finding and then adding. Valid until the next
+    /// insertion or erasure.
+    struct Place {
+        std::uint32_t tag;
+        std::uint32_t slot;
+    };
+
+    Place placeOf(const Key& key) const {
+        const std::uint32_t tag = tagOf(key);
+        return {tag, block_ == nullptr ? 0 : lowerBound(tag, key)};
     }
 
-    T* findEntry(const Key& key, std::uint32_t tag) {
-        return block_ == nullptr ? nullptr : lookUp(key, tag);
+    /// The entry of the key whose place it is, or null.
+    T* entryAt(const Place& place, const Key& key) {
+        return block_ != nullptr && isAt(place, key) ? block_->entries() + place.slot : nullptr;
     }
 
-    /// Adds an entry. Its key must not be in the table.
-    T* insertNew(T entry, std::uint32_t tag) {
+    /// Adds an entry at the place of its key, which must not be in the table.
+    T* insertNew(T entry, Place place) {
         const Key& key = KeyOf()(entry);
         if (block_ == nullptr || block_->size == block_->maxSize) {
             grow();
+            place.slot = lowerBound(place.tag, key);
         }
-        std::uint32_t slot = lowerBound(tag, key);
-        std::uint32_t gap = nextGap(slot);
+        std::uint32_t gap = nextGap(place.slot);
         if (gap == block_->slots) {
             relayout(Shape{block_->homes, block_->slots + (block_->slots - block_->homes) + 8,
                            block_->maxSize});
-            slot = lowerBound(tag, key);
-            gap = nextGap(slot);
+            place.slot = lowerBound(place.tag, key);
+            gap = nextGap(place.slot);
         }
         Block& block = *block_;
+        const auto [tag, slot] = place;
         const std::uint64_t distance = block.distance + (gap - home(block, tag));
         if (distance > crowdedMean * (block.size + 8U) && block.size >= block.retryCrowdedAt
             && spread(distance)) {
-            return insertNew(std::move(entry), tag);
+            place.slot = lowerBound(place.tag, key);
+            return insertNew(std::move(entry), place);
         }
         shiftRight(slot, gap);
         std::construct_at(block.entries() + slot, std::move(entry));
@@ -339,9 +373,19 @@ class HashTable {
         return slot;
     }
 
-    T* lookUp(const Key& key) const { return lookUp(key, tagOf(key)); }
+    /// The part of a key's hash that the table goes by.
+    static std::uint32_t tagOf(const Key& key) {
+        const auto top = static_cast<std::uint32_t>(hashOf(key) >> 32);
+        return std::clamp(top, std::uint32_t{1}, endTag - 1);
+    }
 
-    T* lookUp(const Key& key, std::uint32_t tag) const {
+    bool isAt(const Place& place, const Key& key) const {
+        return block_->tags()[place.slot] == place.tag
+               && KeyOf()(block_->entries()[place.slot]) == key;
+    }
+
+    T* lookUp(const Key& key) const {
+        const std::uint32_t tag = tagOf(key);
         const std::uint32_t* tags = block_->tags();
         for (std::uint32_t slot = tagBound(tag); tags[slot] == tag; ++slot) {
             T* entry = block_->entries() + slot;
@@ -364,12 +408,8 @@ class HashTable {
         if (block_ == nullptr) {
             return 0;
         }
-        const std::uint32_t tag = tagOf(key);
-        std::uint32_t slot = lowerBound(tag, key);
-        if (skipEqual && block_->tags()[slot] == tag && KeyOf()(block_->entries()[slot]) == key) {
-            ++slot;
-        }
-        return occupiedFrom(slot);
+        const Place place = placeOf(key);
+        return occupiedFrom(skipEqual && isAt(place, key) ? place.slot + 1 : place.slot);
     }
 
     std::uint32_t nextGap(std::uint32_t slot) const {

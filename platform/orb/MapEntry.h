@@ -38,7 +38,7 @@ class MapEntry {
     }
 
   private:
-    K key_;
+    [[no_unique_address]] K key_; // a small value lies in its padding
     V value_;
 };
 

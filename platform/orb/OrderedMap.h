@@ -16,8 +16,8 @@
 namespace Orb {
 
 /// A map in key order, made for holding one entry, which is nearly always the case where it is
-/// used, and sound for a hundred thousand. Empty, it is a null pointer; up to eight entries are a
-/// sorted array in one block of fitting size; more live in a balanced tree.
+/// used, and sound for a hundred thousand. Empty, it is a null pointer; up to 32 entries are a sorted
+/// array in one block of fitting size; more live in a balanced tree.
 ///
 /// Entries must be movable without exceptions; comparing keys must not throw. When an insertion
 /// throws std::bad_alloc, the map holds what it held. Destructors of entries may use the map:
@@ -164,8 +164,8 @@ class OrderedMap {
     void clear() { OrderedMap().swap(*this); }
 
   private:
-    static constexpr std::uint32_t maxArray = 8;
-    static constexpr std::uint32_t backToArray = 4;
+    static constexpr std::uint32_t maxArray = 32;
+    static constexpr std::uint32_t backToArray = 16;
 
     /// Header of the allocation; the array of `capacity` entries, or the tree when capacity is
     /// zero, lies behind it.
@@ -237,12 +237,7 @@ class OrderedMap {
 
     /// Place of the first array entry whose key is not below `key`.
     Entry* arrayBound(const K& key) const {
-        Entry* entry = array();
-        Entry* const end = entry + count();
-        while (entry != end && entry->key() < key) {
-            ++entry;
-        }
-        return entry;
+        return std::lower_bound(array(), array() + count(), key, ByKey());
     }
 
     Entry* entryOrNull(Entry* entry) const { return entry == array() + count() ? nullptr : entry; }

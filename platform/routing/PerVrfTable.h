@@ -40,6 +40,13 @@ class PerVrfTable {
         return vrf == nullptr ? nullptr : vrf->find(key);
     }
 
+    /// Fetches what a search for the key will read first, for a caller that has work until then.
+    void prefetch(const Key& key) const {
+        if (const Records* vrf = records(key.vrfId())) {
+            vrf->prefetch(key);
+        }
+    }
+
     /// Adds or replaces; answers whether anything changed. Throws RangeError when full.
     bool insertOrAssign(const Record& record) {
         if (size_ >= capacity_ && find(record.key()) == nullptr) {

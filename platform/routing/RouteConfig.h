@@ -18,6 +18,9 @@ class RouteConfig : public OrbMemtab::Table {
     /// The route of that key, or the default route.
     Route route(const RouteKey& key) const;
 
+    /// Fetches what route() and routeAdd() will read first, for a caller that has work until then.
+    void prefetch(const RouteKey& key) const { table_.prefetch(key); }
+
     /// The VRF's routes; null while it has none.
     const Routes* routes(Vrf::VrfIdMap::VrfId vrfId) const { return table_.records(vrfId); }
     std::size_t size() const { return table_.size(); }

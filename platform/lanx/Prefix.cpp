@@ -1,0 +1,9 @@
+#include "platform/lanx/Prefix.h"
+
+#include "platform/orb/Error.h"
+
+namespace Lanx {
+
+void throwInvalidPrefix() { throw Orb::RangeError("Prefix::validAsPrefix != true not allowed"); }
+
+} // namespace Lanx
