@@ -51,6 +51,9 @@ void handleSubnetRoutesT(Sm& sm, bool enabled) {
 
 namespace Ipv4 {
 
+ORB_DEFINE_TYPE(VirtualIpStatusSm)
+ORB_REGISTER(VirtualIpStatusSm, VirtualIpStatusSm, unitVirtualIpStatusSm, 1)
+
 void VirtualIpStatusSm::OrbVirtualIpStatus::onAttribute(Orb::AttributeId id, const void* key) {
     if (id == VirtualIp::VirtualIpStatus::virtualIpIntfStatusId) {
         owner()->handleVirtualIpStatus(Orb::keyAs<VirtualIp::VrfIpWithMaskPair>(key));
@@ -91,6 +94,9 @@ void VirtualIpStatusSm::handleSubnetRoutes() {
 
 namespace Ipv6 {
 
+ORB_DEFINE_TYPE(VirtualIpStatusSm)
+ORB_REGISTER(VirtualIpStatusSm, VirtualIpStatusSm, unitVirtualIpStatusSm, 0)
+
 void VirtualIpStatusSm::OrbVirtualIpStatus::onAttribute(Orb::AttributeId id, const void* key) {
     if (id == VirtualIp::VirtualIp6Status::virtualIp6IntfStatusId) {
         owner()->handleVirtualIpStatus(Orb::keyAs<VirtualIp::VrfIpPair>(key));
@@ -119,17 +125,3 @@ void VirtualIpStatusSm::handleSubnetRoutes() { DIRECTNET_DUALLOG(8, "handleSubne
 } // namespace Ipv6
 
 } // namespace Routing::DirectNet
-
-namespace Routing::DirectNet::Ipv4 {
-
-ORB_DEFINE_TYPE(VirtualIpStatusSm)
-ORB_REGISTER(VirtualIpStatusSm, VirtualIpStatusSm, unitVirtualIpStatusSm, 1)
-
-} // namespace Routing::DirectNet::Ipv4
-
-namespace Routing::DirectNet::Ipv6 {
-
-ORB_DEFINE_TYPE(VirtualIpStatusSm)
-ORB_REGISTER(VirtualIpStatusSm, VirtualIpStatusSm, unitVirtualIpStatusSm, 0)
-
-} // namespace Routing::DirectNet::Ipv6

@@ -13,6 +13,7 @@ struct VirtualIpTraits;
 template <>
 struct VirtualIpTraits<Traits::IPv4> {
     using Key = VirtualIp::VrfIpWithMaskPair;
+    using IntfStatus = VirtualIp::VirtualIpIntfStatus;
     static constexpr bool hasSubnets = true;
 
     static Lanx::IpAddrWithMask addrWithMask(const Key& key) { return key.ipAddrWithMask(); }
@@ -24,6 +25,7 @@ struct VirtualIpTraits<Traits::IPv4> {
 template <>
 struct VirtualIpTraits<Traits::IPv6> {
     using Key = VirtualIp::VrfIpPair;
+    using IntfStatus = VirtualIp::VirtualIp6IntfStatus;
     static constexpr bool hasSubnets = false;
 
     static Lanx::Ip6AddrWithMask addrWithMask(const Key& key) {

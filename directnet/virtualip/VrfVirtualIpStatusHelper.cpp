@@ -42,36 +42,36 @@ void maybeDeleteVrfVirtualIpStatusT(Helper& helper, const L3::VrfName& vrfName) 
 
 } // namespace
 
-Orb::Ptr<Ipv4::VrfVirtualIpStatus>
-Ipv4::VrfVirtualIpStatusHelper::findOrCreateVrfVirtualIpStatus(const L3::VrfName& vrfName) {
-    return Orb::Ptr(allVrfVirtualIpStatus()->vrfVirtualIpStatusIs(vrfName));
-}
-
-Orb::Ptr<Ipv6::VrfVirtualIpStatus>
-Ipv6::VrfVirtualIpStatusHelper::findOrCreateVrfVirtualIpStatus(const L3::VrfName& vrfName) {
-    return Orb::Ptr(allVrfVirtualIpStatus()->vrfVirtualIpStatusIs(vrfName));
-}
-
-void Ipv4::VrfVirtualIpStatusHelper::maybeDeleteVrfVirtualIpStatus(const L3::VrfName& vrfName) {
-    maybeDeleteVrfVirtualIpStatusT(*this, vrfName);
-}
-
-void Ipv6::VrfVirtualIpStatusHelper::maybeDeleteVrfVirtualIpStatus(const L3::VrfName& vrfName) {
-    maybeDeleteVrfVirtualIpStatusT(*this, vrfName);
-}
-
-} // namespace Routing::DirectNet
-
-namespace Routing::DirectNet::Ipv4 {
+namespace Ipv4 {
 
 ORB_DEFINE_TYPE(VrfVirtualIpStatusHelper)
 ORB_REGISTER(VrfVirtualIpStatusHelper, VrfVirtualIpStatusHelper, unitVrfVirtualIpStatus, 3)
 
-} // namespace Routing::DirectNet::Ipv4
+Orb::Ptr<VrfVirtualIpStatus>
+VrfVirtualIpStatusHelper::findOrCreateVrfVirtualIpStatus(const L3::VrfName& vrfName) {
+    return Orb::Ptr(allVrfVirtualIpStatus()->vrfVirtualIpStatusIs(vrfName));
+}
 
-namespace Routing::DirectNet::Ipv6 {
+void VrfVirtualIpStatusHelper::maybeDeleteVrfVirtualIpStatus(const L3::VrfName& vrfName) {
+    maybeDeleteVrfVirtualIpStatusT(*this, vrfName);
+}
+
+} // namespace Ipv4
+
+namespace Ipv6 {
 
 ORB_DEFINE_TYPE(VrfVirtualIpStatusHelper)
 ORB_REGISTER(VrfVirtualIpStatusHelper, VrfVirtualIpStatusHelper, unitVrfVirtualIpStatus, 0)
 
-} // namespace Routing::DirectNet::Ipv6
+Orb::Ptr<VrfVirtualIpStatus>
+VrfVirtualIpStatusHelper::findOrCreateVrfVirtualIpStatus(const L3::VrfName& vrfName) {
+    return Orb::Ptr(allVrfVirtualIpStatus()->vrfVirtualIpStatusIs(vrfName));
+}
+
+void VrfVirtualIpStatusHelper::maybeDeleteVrfVirtualIpStatus(const L3::VrfName& vrfName) {
+    maybeDeleteVrfVirtualIpStatusT(*this, vrfName);
+}
+
+} // namespace Ipv6
+
+} // namespace Routing::DirectNet

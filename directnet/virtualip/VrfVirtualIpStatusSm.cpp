@@ -1,7 +1,6 @@
 #include "directnet/virtualip/VrfVirtualIpStatusSm.h"
 
 #include "directnet/model/Trace.h"
-#include "directnet/virtualip/VirtualIpTraits.h"
 #include "platform/orb/DefineType.h"
 #include "platform/orb/Keys.h"
 
@@ -122,15 +121,43 @@ void handleVirtualIpIntfStatusDeletionT(Sm& sm, typename Sm::OrbVirtualIpIntfSta
     }
 }
 
-template <typename Sm>
-void releaseAll(Sm& sm) {
-    sm.virtualIpIntfStatusSmDelAll();
-    sm.intfViaSetConfig()->delViaSetKeyAll(*sm.ivskStatus());
-}
-
 } // namespace
 
+template <typename Sm, typename Family>
+void VrfVirtualIpMachine<Sm, Family>::handleVrfVirtualIpStatus(const Key& key) {
+    handleVrfVirtualIpStatusT(self(), key);
+}
+
+template <typename Sm, typename Family>
+void VrfVirtualIpMachine<Sm, Family>::handleVrfVirtualIpStatus() {
+    handleVrfVirtualIpStatusT(self());
+}
+
+template <typename Sm, typename Family>
+void VrfVirtualIpMachine<Sm, Family>::handleVirtualIpIntfStatus(const Key& key,
+                                                                Lanx::IntfId intfId) {
+    handleVirtualIpIntfStatusT<Family>(self(), self().virtualIpIntfStatusSm(key), key, intfId);
+}
+
+template <typename Sm, typename Family>
+void VrfVirtualIpMachine<Sm, Family>::handleVirtualIpIntfStatusDeletion(
+    OrbVirtualIpIntfStatusSm& nested) {
+    handleVirtualIpIntfStatusDeletionT<Family>(self(), nested);
+}
+
+template <typename Sm, typename Family>
+void VrfVirtualIpMachine<Sm, Family>::doReleaseAll() {
+    self().virtualIpIntfStatusSmDelAll();
+    self().intfViaSetConfig()->delViaSetKeyAll(*self().ivskStatus());
+}
+
+template class VrfVirtualIpMachine<Ipv4::VrfVirtualIpStatusSm, Traits::IPv4>;
+template class VrfVirtualIpMachine<Ipv6::VrfVirtualIpStatusSm, Traits::IPv6>;
+
 namespace Ipv4 {
+
+ORB_DEFINE_TYPE(VrfVirtualIpStatusSm)
+ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 1)
 
 VrfVirtualIpStatusSm::VrfVirtualIpStatusSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbVrfVirtualIpStatus_(this) {
@@ -144,22 +171,8 @@ VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() { VrfVirtualIpStatusSm::orbDoZombi
 void VrfVirtualIpStatusSm::orbDoZombieReactors(bool zombie) {
     Entity::orbDoZombieReactors(zombie);
     if (zombie) {
-        releaseAll(*this);
+        doReleaseAll();
     }
-}
-
-void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus(const Key& key) {
-    handleVrfVirtualIpStatusT(*this, key);
-}
-
-void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus() { handleVrfVirtualIpStatusT(*this); }
-
-void VrfVirtualIpStatusSm::handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId) {
-    handleVirtualIpIntfStatusT<Traits::IPv4>(*this, virtualIpIntfStatusSm(key), key, intfId);
-}
-
-void VrfVirtualIpStatusSm::handleVirtualIpIntfStatusDeletion(OrbVirtualIpIntfStatusSm& nested) {
-    handleVirtualIpIntfStatusDeletionT<Traits::IPv4>(*this, nested);
 }
 
 void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
@@ -184,6 +197,9 @@ void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
 
 namespace Ipv6 {
 
+ORB_DEFINE_TYPE(VrfVirtualIpStatusSm)
+ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 0)
+
 VrfVirtualIpStatusSm::VrfVirtualIpStatusSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbVrfVirtualIpStatus_(this) {
     newIvskStatus(Lanx::AddressFamily::ipv6);
@@ -196,22 +212,8 @@ VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() { VrfVirtualIpStatusSm::orbDoZombi
 void VrfVirtualIpStatusSm::orbDoZombieReactors(bool zombie) {
     Entity::orbDoZombieReactors(zombie);
     if (zombie) {
-        releaseAll(*this);
+        doReleaseAll();
     }
-}
-
-void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus(const Key& key) {
-    handleVrfVirtualIpStatusT(*this, key);
-}
-
-void VrfVirtualIpStatusSm::handleVrfVirtualIpStatus() { handleVrfVirtualIpStatusT(*this); }
-
-void VrfVirtualIpStatusSm::handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId) {
-    handleVirtualIpIntfStatusT<Traits::IPv6>(*this, virtualIpIntfStatusSm(key), key, intfId);
-}
-
-void VrfVirtualIpStatusSm::handleVirtualIpIntfStatusDeletion(OrbVirtualIpIntfStatusSm& nested) {
-    handleVirtualIpIntfStatusDeletionT<Traits::IPv6>(*this, nested);
 }
 
 void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
@@ -221,17 +223,3 @@ void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
 } // namespace Ipv6
 
 } // namespace Routing::DirectNet
-
-namespace Routing::DirectNet::Ipv4 {
-
-ORB_DEFINE_TYPE(VrfVirtualIpStatusSm)
-ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 1)
-
-} // namespace Routing::DirectNet::Ipv4
-
-namespace Routing::DirectNet::Ipv6 {
-
-ORB_DEFINE_TYPE(VrfVirtualIpStatusSm)
-ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 0)
-
-} // namespace Routing::DirectNet::Ipv6

@@ -4,8 +4,7 @@
 
 #include "directnet/backlog/IntfBacklog.h"
 #include "directnet/backlog/IntfViaSetConfig.h"
-#include "directnet/virtualip/VirtualIpIntfReactor.h"
-#include "directnet/virtualip/VirtualIpTableReactor.h"
+#include "directnet/virtualip/VrfVirtualIpMachine.h"
 #include "directnet/virtualip/VrfVirtualIpStatus.h"
 
 namespace Routing::DirectNet::Ipv4 {
@@ -13,7 +12,8 @@ namespace Routing::DirectNet::Ipv4 {
 /// Turns the IPv4 virtual addresses of one VRF into contributions to its backlog: per interface
 /// that carries an address a receive route of the address and, while the table says so, the
 /// address's subnet. Zero and link-local addresses yield nothing and take no via sets.
-class VrfVirtualIpStatusSm : public Orb::Entity {
+class VrfVirtualIpStatusSm : public Orb::Entity,
+                             public VrfVirtualIpMachine<VrfVirtualIpStatusSm, Traits::IPv4> {
     ORB_ENTITY(VrfVirtualIpStatusSm, "Routing::DirectNet::Ipv4::VrfVirtualIpStatusSm")
     ORB_CONSTRUCTOR((Orb::Ptr<const VrfVirtualIpStatus>, vrfVirtualIpStatus),
                     (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
@@ -21,12 +21,9 @@ class VrfVirtualIpStatusSm : public Orb::Entity {
     /// The machine's own via sets, apart from those of the VRF's interfaces.
     ORB_CHILD(261, IntfViaSetKeyStatus, ivskStatus)
 
-  public:
-    using Key = VirtualIp::VrfIpWithMaskPair;
-    using OrbVirtualIpIntfStatusSm =
-        VirtualIpIntfReactor<VrfVirtualIpStatusSm, VirtualIp::VirtualIpIntfStatus>;
     ORB_REACTORS(262, OrbVirtualIpIntfStatusSm, virtualIpIntfStatusSm)
 
+  public:
     explicit VrfVirtualIpStatusSm(Arguments arguments);
     ~VrfVirtualIpStatusSm() override;
 
@@ -36,10 +33,6 @@ class VrfVirtualIpStatusSm : public Orb::Entity {
         return ivskStatusIs(af);
     }
 
-    void handleVrfVirtualIpStatus(const Key& key);
-    void handleVrfVirtualIpStatus();
-    void handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId);
-    void handleVirtualIpIntfStatusDeletion(OrbVirtualIpIntfStatusSm& nested);
     void handleSubnetRouteEnabled();
 
     void orbDoZombieReactors(bool zombie) override;
@@ -61,7 +54,8 @@ namespace Routing::DirectNet::Ipv6 {
 /// Turns the IPv6 virtual addresses of one VRF into contributions to its backlog: per interface
 /// that carries an address a receive route of the address. Zero and link-local addresses yield
 /// nothing and take no via sets.
-class VrfVirtualIpStatusSm : public Orb::Entity {
+class VrfVirtualIpStatusSm : public Orb::Entity,
+                             public VrfVirtualIpMachine<VrfVirtualIpStatusSm, Traits::IPv6> {
     ORB_ENTITY(VrfVirtualIpStatusSm, "Routing::DirectNet::Ipv6::VrfVirtualIpStatusSm")
     ORB_CONSTRUCTOR((Orb::Ptr<const VrfVirtualIpStatus>, vrfVirtualIp6Status),
                     (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
@@ -69,12 +63,9 @@ class VrfVirtualIpStatusSm : public Orb::Entity {
     /// The machine's own via sets, apart from those of the VRF's interfaces.
     ORB_CHILD(261, IntfViaSetKeyStatus, ivskStatus)
 
-  public:
-    using Key = VirtualIp::VrfIpPair;
-    using OrbVirtualIpIntfStatusSm =
-        VirtualIpIntfReactor<VrfVirtualIpStatusSm, VirtualIp::VirtualIp6IntfStatus>;
     ORB_REACTORS(262, OrbVirtualIpIntfStatusSm, virtualIpIntfStatusSm)
 
+  public:
     explicit VrfVirtualIpStatusSm(Arguments arguments);
     ~VrfVirtualIpStatusSm() override;
 
@@ -84,10 +75,6 @@ class VrfVirtualIpStatusSm : public Orb::Entity {
         return ivskStatusIs(af);
     }
 
-    void handleVrfVirtualIpStatus(const Key& key);
-    void handleVrfVirtualIpStatus();
-    void handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId);
-    void handleVirtualIpIntfStatusDeletion(OrbVirtualIpIntfStatusSm& nested);
     void handleSubnetRouteEnabled();
 
     void orbDoZombieReactors(bool zombie) override;
