@@ -36,6 +36,7 @@ LiveProgram::LiveProgram(std::vector<std::string> arguments)
 
 LiveProgram::LiveProgram(std::vector<std::string> command, int in) {
     std::vector<char*> argv;
+    argv.reserve(command.size() + 1);
     for (std::string& word : command) {
         argv.push_back(word.data());
     }

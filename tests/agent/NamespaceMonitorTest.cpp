@@ -114,8 +114,8 @@ TEST(NamespaceMonitorTest, FollowsWhateverTheKernelDoesWithAddresses) {
         "link set w1 up",
         "link add br0 type bridge\nlink set br0 up\nlink set v1 master br0",
         "link set v1 nomaster\nlink del br0",
-        "link add x1 index 77 type ifb\naddr add 10.7.0.1/24 dev x1\nlink del x1\n"
-        "link add x2 index 77 type ifb\naddr add 10.8.0.1/24 dev x2",
+        "link add x1 index 77 type ifb\naddr add 10.7.0.1/24 dev x1",
+        "link del x1\nlink add x2 index 77 type ifb\naddr add 10.8.0.1/24 dev x2",
         "netns add other\nlink set v1 netns other",
         "addr flush dev e2",
         "netns del other\nlink del e1"};

@@ -60,7 +60,7 @@ void expectKernelRoutes(LiveProgram& agent, const std::string& vrf, const std::s
 }
 
 std::string temporaryFile(const std::string& text) {
-    const std::string path = "/run/config.json";
+    std::string path = "/run/config.json";
     std::ofstream(path) << text;
     return path;
 }
@@ -86,8 +86,8 @@ TEST(Run, FollowsEveryKindOfChangeAsTheKernelDoes) {
         withoutDuplicateDetection();
         LiveProgram agent({"run"});
         const std::vector<std::string> steps{
-            "link add e1 type veth peer name p1\nlink add e2 type veth peer name p2\n"
-            "link set e1 up\nlink set p1 up\nlink set e2 up\nlink set p2 up",
+            "link add e1 up type veth peer name p1\nlink add e2 up type veth peer name p2",
+            "link set p1 up\nlink set p2 up",
             "addr add 10.1.0.1/24 dev e1\naddr add 2001:db8:1::1/64 dev e1",
             // A second address of the subnet, then promotion of it.
             "addr add 10.1.0.2/24 dev e1", "addr del 10.1.0.1/24 dev e1",

@@ -193,6 +193,7 @@ TEST(Socket, TurnsAwayClientsBeyondTheBoundAndRecovers) {
         ReadyAgent agent;
         {
             std::vector<FileDescriptor> clients;
+            clients.reserve(80);
             for (int i = 0; i < 80; ++i) {
                 clients.push_back(connectToAgent());
             }
