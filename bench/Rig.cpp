@@ -36,22 +36,10 @@ Rig::Rig(Orb::Ptr<Orb::Clock> clock)
     settle();
 }
 
-std::array<Rig::Names, Rig::vrfs> Rig::makeNames() {
-    std::array<Names, vrfs> names;
-    for (std::size_t vrf = 0; vrf < vrfs; ++vrf) {
-        const std::string number = std::to_string(vrf);
-        names[vrf].vrf = L3::VrfName("vrf" + number);
-        names[vrf].interfaces.reserve(interfaces);
-        for (std::size_t interface = 0; interface < interfaces; ++interface) {
-            names[vrf].interfaces.emplace_back("Ethernet" + number + "/"
-                                               + std::to_string(interface));
-        }
-    }
-    return names;
-}
-
 void Rig::addVrf(std::size_t vrf) {
-    const L3::VrfName& name = vrfName(vrf);
+    const std::string number = std::to_string(vrf);
+    const L3::VrfName name("vrf" + number);
+    vrfs_[vrf].name = name;
     const std::string netns = "ns-" + name.value();
     const Orb::String path = Orb::format("kni/ns/%s/status", netns.c_str());
     OrbMemtab::Mount mount(inputs_.entityManager());
@@ -60,10 +48,11 @@ void Rig::addVrf(std::size_t vrf) {
     const auto kernel = mount.getEntity<KernelNetInfo::Status>(path);
     auto* ipv4 = inputs_.ipStatus()->vrfIpIntfStatusIs(name);
     auto* ipv6 = inputs_.ip6Status()->vrfIp6IntfStatusIs(name);
-    for (const Lanx::IntfId id : names_[vrf].interfaces) {
-        kernel->deviceIs(id, KernelNetInfo::Device(std::string(id.name()), true));
-        ipv4->ipIntfStatusIs(id);
-        ipv6->intfStatusIs(id);
+    for (std::size_t interface = 0; interface < interfaces; ++interface) {
+        const std::string device = "Ethernet" + number + "/" + std::to_string(interface);
+        const Lanx::IntfId id(device);
+        kernel->deviceIs(id, KernelNetInfo::Device(device, true));
+        vrfs_[vrf].interfaces.push_back({id, ipv4->ipIntfStatusIs(id), ipv6->intfStatusIs(id)});
     }
     inputs_.vrfs().nameToIdMapWrapper()->nameToIdMap()->vrfIdIs(name, vrfId(vrf));
     auto* status = inputs_.vrfs().allVrfStatusLocal()->vrfIs(name);
@@ -71,33 +60,31 @@ void Rig::addVrf(std::size_t vrf) {
     status->stateIs(Ip::VrfState::active);
 }
 
-Vrf::VrfIdMap::VrfId Rig::vrfId(std::size_t vrf) {
-    return Vrf::VrfIdMap::VrfId(static_cast<std::uint32_t>(vrf));
+::Vrf::VrfIdMap::VrfId Rig::vrfId(std::size_t vrf) {
+    return ::Vrf::VrfIdMap::VrfId(static_cast<std::uint32_t>(vrf));
 }
 
 Lanx::IpAddrWithMask Rig::ipv4(std::size_t n) {
     return {Lanx::IpAddr(0x0a000001U + (static_cast<std::uint32_t>(n) << 8)), 24};
 }
 
-Ip::IpIntfStatus& Rig::ipv4Interface(std::size_t n) {
-    return *inputs_.ipStatus()
-                ->vrfIpIntfStatus(vrfName(vrfOf(n)))
-                ->ipIntfStatus(intfId(vrfOf(n), interfaceOf(n)));
+const Rig::Interface& Rig::interface(std::size_t n) const {
+    return vrfs_[vrfOf(n)].interfaces[interfaceOf(n)];
 }
 
 void Rig::addIpv4(std::size_t n) {
     if (placeOf(n) == 0) {
-        ipv4Interface(n).activeAddrWithMaskIs(ipv4(n));
+        interface(n).ipv4->activeAddrWithMaskIs(ipv4(n));
     } else {
-        ipv4Interface(n).activeSecondaryWithMaskIs(ipv4(n), true);
+        interface(n).ipv4->activeSecondaryWithMaskIs(ipv4(n), true);
     }
 }
 
 void Rig::delIpv4(std::size_t n) {
     if (placeOf(n) == 0) {
-        ipv4Interface(n).activeAddrWithMaskIs(Lanx::IpAddrWithMask());
+        interface(n).ipv4->activeAddrWithMaskIs(Lanx::IpAddrWithMask());
     } else {
-        ipv4Interface(n).activeSecondaryWithMaskDel(ipv4(n));
+        interface(n).ipv4->activeSecondaryWithMaskDel(ipv4(n));
     }
 }
 
@@ -110,10 +97,7 @@ void Rig::addIpv6(std::size_t n) {
     bytes[5] = static_cast<std::uint8_t>(m >> 8);
     bytes[6] = static_cast<std::uint8_t>(m);
     bytes[15] = 1;
-    inputs_.ip6Status()
-        ->vrfIp6IntfStatus(vrfName(vrfOf(n)))
-        ->intfStatus(intfId(vrfOf(n), interfaceOf(n)))
-        ->addrIs({Lanx::Ip6Addr(bytes), 64}, Ip6::AddressInfo{true, 0});
+    interface(n).ipv6->addrIs({Lanx::Ip6Addr(bytes), 64}, Ip6::AddressInfo{true, 0});
 }
 
 void Rig::addVirtualIp(std::size_t n) {
@@ -121,7 +105,7 @@ void Rig::addVirtualIp(std::size_t n) {
     auto* virtualIp = inputs_.virtualIpStatus()->virtualIpIntfStatusIs(
         VirtualIp::VrfIpWithMaskPair(vrfName(vrfOf(n)), ipv4(n)));
     for (std::size_t carrier = 0; carrier < carriers; ++carrier) {
-        virtualIp->intfIdIs(intfId(vrfOf(n), (interfaceOf(n) + carrier) % interfaces), true);
+        virtualIp->intfIdIs(interface(n + carrier * vrfs).intfId, true);
     }
 }
 

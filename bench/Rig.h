@@ -21,8 +21,8 @@ class Rig {
 
     explicit Rig(Orb::Ptr<Orb::Clock> clock);
 
-    const L3::VrfName& vrfName(std::size_t vrf) const { return names_[vrf].vrf; }
-    static Vrf::VrfIdMap::VrfId vrfId(std::size_t vrf);
+    const L3::VrfName& vrfName(std::size_t vrf) const { return vrfs_[vrf].name; }
+    static ::Vrf::VrfIdMap::VrfId vrfId(std::size_t vrf);
 
     Agent::DeviceInputs& inputs() { return inputs_; }
     const Agent::AgentRoot& root() const { return *root_; }
@@ -47,20 +47,21 @@ class Rig {
     double settle();
 
   private:
-    /// Made once: making them is not the agent's work.
-    struct Names {
-        L3::VrfName vrf;
-        std::vector<Lanx::IntfId> interfaces;
+    /// What publishes an interface's addresses knows of it.
+    struct Interface {
+        Lanx::IntfId intfId;
+        Ip::IpIntfStatus* ipv4;
+        Ip6::IntfStatus* ipv6;
+    };
+    struct Vrf {
+        L3::VrfName name;
+        std::vector<Interface> interfaces;
     };
 
-    static std::array<Names, vrfs> makeNames();
     void addVrf(std::size_t vrf);
-    Lanx::IntfId intfId(std::size_t vrf, std::size_t interface) const {
-        return names_[vrf].interfaces[interface];
-    }
-    Ip::IpIntfStatus& ipv4Interface(std::size_t n);
+    const Interface& interface(std::size_t n) const;
 
-    const std::array<Names, vrfs> names_ = makeNames();
+    std::array<Vrf, vrfs> vrfs_;
 
     Orb::Ptr<Orb::Clock> clock_;
     Orb::ActivityManager activityManager_;

@@ -20,7 +20,7 @@ constexpr unsigned tickMsecs = 10;
 constexpr unsigned initialMaxTicks = 30000;
 constexpr unsigned defaultBucketSize = 1024;
 
-constexpr std::size_t membersAhead = 16;
+constexpr std::size_t membersAhead = 64;
 
 /// A test aid: 0 is normal work; 1 and negative numbers drop members unprocessed, greater ones
 /// leave them where they are.
