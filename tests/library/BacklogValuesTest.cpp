@@ -45,13 +45,6 @@ TEST(BacklogValues, ContributorOrderIsNotFieldByField) {
     }
 }
 
-TEST(BacklogValues, OnlyTheDefaultIsEmpty) {
-    EXPECT_TRUE(!IntfIdAndAddr());
-    EXPECT_FALSE(!IntfIdAndAddr({}, {}, Vrf::VrfIdMap::VrfId(0), false, Fib::RouteType::unset));
-    EXPECT_TRUE(!IntfViaSetKey());
-    EXPECT_FALSE(!IntfViaSetKey(Lanx::IntfId("Ethernet1"), {}, {}, {}, {}, {}));
-}
-
 TEST(BacklogValues, TextFormIsAnother) {
     EXPECT_EQ(Orb::valueToStrep(IntfIdAndAddr(
                   Lanx::IntfId("Ethernet1"), Lanx::IpAddrWithMask::fromString("10.1.1.5/24"),

@@ -1,7 +1,5 @@
 #include "tests/library/DeviceModel.h"
 
-#include <numeric>
-
 namespace Routing::DirectNet {
 
 namespace {
@@ -13,14 +11,17 @@ Lanx::IpGenAddrWithMask parsed(const std::string& address) {
     return Lanx::IpGenAddrWithMask::fromString(virtual6 ? address + "/128" : address);
 }
 
+/// The member's value, or an empty one.
+template <typename Map>
+typename Map::mapped_type valueAt(const Map& map, const typename Map::key_type& key) {
+    const auto found = map.find(key);
+    return found == map.end() ? typename Map::mapped_type() : found->second;
+}
+
 } // namespace
 
 bool DeviceModel::hasContainer(const Vrf& vrf) const {
-    if (!ids.contains(vrf)) {
-        return false;
-    }
-    const auto status = statuses.find(vrf);
-    return vrf == "default" || (status != statuses.end() && status->second.active);
+    return ids.contains(vrf) && (vrf == "default" || valueAt(statuses, vrf).active);
 }
 
 std::vector<DeviceModel::Vrf> DeviceModel::vrfsWithContainer() const {
@@ -35,15 +36,12 @@ std::vector<DeviceModel::Vrf> DeviceModel::vrfsWithContainer() const {
 
 std::set<DeviceModel::Intf> DeviceModel::interfaces(const Vrf& vrf) const {
     std::set<Intf> intfs;
-    const auto collect = [&](const auto& family) {
-        if (const auto found = family.find(vrf); found != family.end()) {
-            for (const auto& [intf, addresses] : found->second) {
-                intfs.insert(intf);
-            }
-        }
-    };
-    collect(ipv4);
-    collect(ipv6);
+    for (const auto& [intf, status] : valueAt(ipv4, vrf)) {
+        intfs.insert(intf);
+    }
+    for (const auto& [intf, addresses] : valueAt(ipv6, vrf)) {
+        intfs.insert(intf);
+    }
     return intfs;
 }
 
@@ -51,25 +49,17 @@ std::set<DeviceModel::Intf> DeviceModel::interfaces(const Vrf& vrf) const {
 std::vector<DeviceModel::Address> DeviceModel::ownAddresses(const Vrf& vrf,
                                                             const Intf& intf) const {
     const std::string netns = vrf == "default" ? "default" : statuses.at(vrf).netns;
-    const auto present = devices.find(netns);
-    if (present == devices.end() || !present->second.contains(intf) || !present->second.at(intf)) {
+    if (!valueAt(valueAt(devices, netns), intf)) {
         return {};
     }
     std::vector<std::string> texts;
-    if (ipv4.contains(vrf) && ipv4.at(vrf).contains(intf)) {
-        const Ipv4& status = ipv4.at(vrf).at(intf);
-        if (!status.primary.empty()) {
-            texts.push_back(status.primary);
-        }
-        for (const auto& [address, inUse] : status.secondaries) {
-            if (inUse) {
-                texts.push_back(address);
-            }
-        }
+    const Ipv4 status = valueAt(valueAt(ipv4, vrf), intf);
+    if (!status.primary.empty()) {
+        texts.push_back(status.primary);
     }
-    if (ipv6.contains(vrf) && ipv6.at(vrf).contains(intf)) {
-        for (const auto& [address, active] : ipv6.at(vrf).at(intf)) {
-            if (active) {
+    for (const auto& listed : {status.secondaries, valueAt(valueAt(ipv6, vrf), intf)}) {
+        for (const auto& [address, inUse] : listed) {
+            if (inUse) {
                 texts.push_back(address);
             }
         }
@@ -145,12 +135,8 @@ void DeviceModel::addLeaked(const Vrf& vrf, Contributors& contributors) const {
             if (id != sourceId || !hasContainer(source)) {
                 continue;
             }
-            const Contributors ofSource = localContributors(source);
-            const auto found = ofSource.find(Lanx::IpGenPrefix::fromString(prefix));
-            if (found == ofSource.end()) {
-                continue;
-            }
-            for (const Contributor& contributor : found->second) {
+            for (const Contributor& contributor :
+                 valueAt(localContributors(source), Lanx::IpGenPrefix::fromString(prefix))) {
                 if (countsForLeaks(source, contributor)) {
                     contributors[contributor.address.hostPrefix()].insert(
                         {contributor.intf, contributor.address, sourceId, false, 1});
@@ -176,25 +162,23 @@ std::vector<RouteRow> DeviceModel::routes(const Vrf& vrf) const {
 // An interface's own addresses and its virtual ones have via sets apart: two for IPv6, and two more
 // for the broadcasts of IPv4. A route that passes from the one to the other keeps the first.
 std::pair<std::size_t, std::size_t> DeviceModel::viaSets() const {
-    using Holder = std::tuple<Vrf, Intf, AddressFamily, bool>;
-    std::set<Holder> certain;
-    std::set<Holder> possible;
+    std::set<std::tuple<Vrf, Intf, AddressFamily, bool>> holders;
+    std::set<std::tuple<Vrf, Intf, AddressFamily>> intfs;
+    std::size_t least = 0;
+    std::size_t most = 0;
     for (const Vrf& vrf : vrfsWithContainer()) {
         for (const auto& [prefix, ofPrefix] : localContributors(vrf)) {
-            for (const Contributor& contributor : ofPrefix) {
-                certain.emplace(vrf, contributor.intf, prefix.af(), contributor.isVirtual);
-                possible.emplace(vrf, contributor.intf, prefix.af(), false);
+            const std::size_t size = prefix.af() == AddressFamily::ipv4 ? 4 : 2;
+            for (const auto& [intf, address, sourceVrf, isVirtual, type] : ofPrefix) {
+                if (holders.emplace(vrf, intf, prefix.af(), isVirtual).second) {
+                    least += size;
+                    most += isVirtual ? size : 0;
+                }
+                most += intfs.emplace(vrf, intf, prefix.af()).second ? size : 0;
             }
         }
     }
-    possible.insert(certain.begin(), certain.end());
-    const auto count = [](const std::set<Holder>& holders) {
-        return std::accumulate(
-            holders.begin(), holders.end(), std::size_t{0}, [](std::size_t sum, const Holder& one) {
-                return sum + (std::get<AddressFamily>(one) == AddressFamily::ipv4 ? 4 : 2);
-            });
-    };
-    return {count(certain), count(possible)};
+    return {least, most};
 }
 
 } // namespace Routing::DirectNet

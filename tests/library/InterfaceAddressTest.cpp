@@ -9,8 +9,6 @@
 namespace Routing::DirectNet {
 namespace {
 
-const std::vector<RouteRow> none;
-
 std::vector<RouteRow> operator+(std::vector<RouteRow> rows, const std::vector<RouteRow>& more) {
     rows.insert(rows.end(), more.begin(), more.end());
     return rows;
@@ -52,30 +50,21 @@ class InterfaceAddressTest : public testing::Test {
 
 TEST_F(InterfaceAddressTest, AddressYieldsOtherRoutesThanItsLengthCallsFor) {
     const std::vector<std::pair<std::string, std::vector<RouteRow>>> cases{
-        {"10.1.1.5/24",
-         {{"10.1.1.0/24", 11, "Et1"},
-          {"10.1.1.5/32", 1, "Et1"},
-          {"10.1.1.0/32", 3, "Et1"},
-          {"10.1.1.255/32", 4, "Et1"}}},
         {"10.1.1.5/30",
          {{"10.1.1.4/30", 11, "Et1"},
           {"10.1.1.5/32", 1, "Et1"},
           {"10.1.1.4/32", 3, "Et1"},
           {"10.1.1.7/32", 4, "Et1"}}},
         {"10.1.1.5/31", {{"10.1.1.4/31", 11, "Et1"}, {"10.1.1.5/32", 1, "Et1"}}},
-        {"10.1.1.5/32", {{"10.1.1.5/32", 2, "Et1"}}},
         {"10.1.1.0/24", // the address is the network's: the host route's type is the smaller
          {{"10.1.1.0/24", 11, "Et1"}, {"10.1.1.0/32", 1, "Et1"}, {"10.1.1.255/32", 4, "Et1"}}},
         {"10.1.1.5/0",
          {{"10.1.1.5/32", 1, "Et1"}, {"0.0.0.0/32", 3, "Et1"}, {"255.255.255.255/32", 4, "Et1"}}},
-        {"0.0.0.0/24", {}},
         {"0.0.0.0/32", {}},
         {"169.254.0.1/32", {{"169.254.0.1/32", 2, "Et1"}}},
         {"2001:db8::1/64", {{"2001:db8::/64", 11, "Et1"}, {"2001:db8::1/128", 1, "Et1"}}},
-        {"2001:db8::1/127", {{"2001:db8::/127", 11, "Et1"}, {"2001:db8::1/128", 1, "Et1"}}},
         {"2001:db8::1/128", {{"2001:db8::1/128", 2, "Et1"}}},
         {"2001:db8::1/0", {{"2001:db8::1/128", 1, "Et1"}}},
-        {"febf::1/64", {}},
         {"fec0::1/128", {{"fec0::1/128", 2, "Et1"}}},
         {"::/64", {}}};
     for (const auto& [address, rows] : cases) {
@@ -92,8 +81,7 @@ TEST_F(InterfaceAddressTest, Ipv6AddressInfoThatChangesTakesAnotherReference) {
     const auto address = Lanx::Ip6AddrWithMask::fromString("2001:db8::1/128");
     harness.address6("default", "Et1", "2001:db8::2/128", false); // the default info at first
     harness.address6("default", "Et1", "2001:db8::1/128");
-    Ip6::IntfStatus& status = *harness.ip6Status->vrfIp6IntfStatus(L3::VrfName::defaultVrf())
-                                   ->intfStatus(Lanx::IntfId("Et1"));
+    Ip6::IntfStatus& status = harness.ipv6("default", "Et1");
     for (const std::uint32_t lifetime : {10U, 20U, 0U}) {
         status.addrIs(address, Ip6::AddressInfo{true, lifetime});
         expectRoutes({{"2001:db8::1/128", 2, "Et1"}});
@@ -125,7 +113,7 @@ TEST_F(InterfaceAddressTest, SecondaryFalseOrRemovedTakesWhatItNeverHeld) {
                     harness.settle();
                 }
             }
-            expectRoutes(setOf(1) + (used ? setOf(2) : none));
+            expectRoutes(setOf(1) + (used ? setOf(2) : std::vector<RouteRow>()));
             ends[end]();
             expectNoneOfTheInterface();
             ASSERT_FALSE(HasFailure()) << sequence << " end " << end;

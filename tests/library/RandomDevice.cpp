@@ -193,11 +193,14 @@ void RandomDevice::removeInterfaces() {
     const bool all = oneIn(5);
     const bool ipv6 = oneIn(2);
     note("interfacesDel " + name + " " + (all ? "all" : on) + (ipv6 ? " IPv6" : " IPv4"));
+    const auto remove = [&](auto& interfaces) {
+        all ? interfaces.erase(name) : interfaces[name].erase(on);
+    };
     if (ipv6) {
-        all ? void(model_.ipv6.erase(name)) : void(model_.ipv6[name].erase(on));
+        remove(model_.ipv6);
         all ? harness_.ipv6Del(name) : harness_.ipv6Del(name, on);
     } else {
-        all ? void(model_.ipv4.erase(name)) : void(model_.ipv4[name].erase(on));
+        remove(model_.ipv4);
         all ? harness_.ipv4Del(name) : harness_.ipv4Del(name, on);
     }
 }
@@ -255,10 +258,9 @@ void RandomDevice::changeRibWaits() {
     const bool waits = !oneIn(3);
     note((waits ? "ribWaits " : "ribWaitsDel ") + name);
     harness_.ribWaits(name, waits);
+    model_.ribWaits.erase(name);
     if (waits) {
         model_.ribWaits.insert(name);
-    } else {
-        model_.ribWaits.erase(name);
     }
 }
 

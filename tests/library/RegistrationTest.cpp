@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "directnet/root/RootSm.h"
 #include "platform/orb/TypeNode.h"
@@ -34,17 +34,12 @@ TEST(RegistrationTest, OrderIsTheLinkers) {
 
 // Constructor attributes take the first ids; ids that are stated are those of their attributes.
 TEST(RegistrationTest, AttributesAreMissingOrOutOfOrder) {
-    std::vector<std::string> names;
-    for (const auto& attribute : ContainerSm::fwkType().attributes()) {
-        if (names.size() < 21) {
-            EXPECT_EQ(attribute.id, 258 + names.size());
-        }
-        names.emplace_back(attribute.name);
+    const auto& attributes = ContainerSm::fwkType().attributes();
+    ASSERT_GT(attributes.size(), 21U);
+    for (const auto& [at, name] : {std::pair(0U, "entityManager"), {20U, "vrfReadyStatus"}}) {
+        EXPECT_EQ(attributes[at].id, 258 + at);
+        EXPECT_EQ(attributes[at].name, name);
     }
-    ASSERT_GT(names.size(), 21U);
-    EXPECT_EQ(names[0], "entityManager");
-    EXPECT_EQ(names[6], "vrfVirtualIpStatus");
-    EXPECT_EQ(names[20], "vrfReadyStatus");
     EXPECT_EQ(Vrf::VrfIdMap::NameToIdMapWrapper::generationId, 258U);
     EXPECT_EQ(Vrf::VrfIdMap::NameToIdMap::vrfIdId, 258U);
     EXPECT_EQ(Ip::AllVrfStatusLocal::vrfId, 258U);

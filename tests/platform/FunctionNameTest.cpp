@@ -11,18 +11,14 @@ namespace {
 // Each function answers its own signature, spelled by whichever compiler builds the test.
 template <typename T>
 struct Machine {
-    std::string method(const std::function<void(int)>& /*then*/) const {
-        return __PRETTY_FUNCTION__;
-    }
     template <typename U>
-    std::string templated(const std::vector<U>& /*values*/) const {
+    std::string method(const std::function<void(U)>& /*then*/) const {
         return __PRETTY_FUNCTION__;
     }
     std::string inLambda() const {
         return [](auto) { return __PRETTY_FUNCTION__; }(1);
     }
     std::vector<std::string> operator()(int /*unused*/) const { return {__PRETTY_FUNCTION__}; }
-    std::string operator<(const Machine& /*other*/) const { return __PRETTY_FUNCTION__; }
     struct OrbIpStatus {
         std::string onAttribute() const { return __PRETTY_FUNCTION__; }
     };
@@ -33,25 +29,14 @@ std::string handleStatusT(const T& /*machine*/) {
     return __PRETTY_FUNCTION__;
 }
 
-std::string inLocalClass() {
-    struct Local {
-        static std::string method() { return __PRETTY_FUNCTION__; }
-    };
-    return Local::method();
-}
-
 TEST(FunctionName, cutsWhatThisCompilerWrites) {
-    using Numbers = std::vector<int>;
-    const Machine<Numbers> machine;
+    const Machine<std::vector<int>> machine;
     const std::vector<std::pair<std::string, std::string>> cases = {
-        {machine.method({}), "Machine::method"},
-        {machine.templated(Numbers()), "Machine::templated"},
+        {machine.method<int>({}), "Machine::method"},
         {machine.inLambda(), "Machine::inLambda"},
         {machine(1).front(), "Machine::operator()"},
-        {machine < machine, "Machine::operator<"},
         {Machine<int>::OrbIpStatus().onAttribute(), "OrbIpStatus::onAttribute"},
         {handleStatusT(machine), "handleStatusT"},
-        {inLocalClass(), "Local::method"},
     };
     for (const auto& [signature, name] : cases) {
         EXPECT_EQ(Ringlog::functionName(signature), name) << signature;
@@ -74,14 +59,11 @@ TEST(FunctionName, cutsTheSpellingsOfBothCompilers) {
         {"void M<IpIntfSm>::f(int) [Sm = IpIntfSm]", "IpIntfSm::f"},
         {"A::~A()", "A::~A"},
         {"std::string A::f[abi:cxx11]()", "A::f"},
-        {"A& A::operator=(A&&)", "A::operator="},
         {"bool A::operator<=(const A&) const", "A::operator<="},
         {"std::ostream& Lanx::operator<<(std::ostream&, const T&) [T = int]", "operator<<"},
         {"B *A::operator->() const", "A::operator->"},
         {"A::operator bool() const", "A::operator bool"},
         {"std::function<void (int)> A::f()", "A::f"},
-        {"const char* const* A::f()", "A::f"},
-        {"int main()", "main"},
         {"", ""},
         {"<<<((", ""},
     };

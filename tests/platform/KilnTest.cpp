@@ -81,9 +81,7 @@ TEST_F(TaskTest, LongTasksTakeTurnsByTimeChecksOrWork) {
     };
     scheduler_->runQuantumIs(0.15);
     for (const auto& [policy, expected] : cases) {
-        if (policy != nullptr) {
-            scheduler_->yieldPolicyIs(policy);
-        }
+        scheduler_->yieldPolicyIs(policy);
         const auto a = work('a', 5);
         const auto b = work('b', 3);
         EXPECT_EQ(run(), expected);

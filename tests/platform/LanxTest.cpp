@@ -109,7 +109,10 @@ TEST(Lanx, Ip6TextDiffersFromTheSystems) {
 
 TEST(Lanx, SloppyAddressIsAccepted) {
     using namespace std::string_literals;
-    std::vector<std::string> texts{"1.2.3.4\0/8"s, "::1\0/8"s};
+    const auto expectRefused = [](const std::string& text) {
+        EXPECT_THROW(IpGenAddrWithMask::fromString(text), Orb::ParseError) << text;
+        EXPECT_THROW(IpGenPrefix::fromString(text), Orb::ParseError) << text;
+    };
     for (const char* text : {"1.2.3/8",      "1.2.3.4",         "1.2.3.4/",
                              "/8",           "1.2.3.4.5/8",     "01.2.3.4/8",
                              "1.2.3.256/8",  "1.2.3.1000/8",    " 1.2.3.4/8",
@@ -120,12 +123,10 @@ TEST(Lanx, SloppyAddressIsAccepted) {
                              ":::/8",        "1::2::3/8",       "::g/8",
                              "::1%lo/8",     "1:2:3:4:5:6:7/8", "1:2:3:4:5:6:7:8:9/8",
                              "::12345/8",    "::1.2.3.4.5/8",   " ::1/8"}) {
-        texts.emplace_back(text);
+        expectRefused(text);
     }
-    for (const std::string& text : texts) {
-        EXPECT_THROW(IpGenAddrWithMask::fromString(text), Orb::ParseError) << text;
-        EXPECT_THROW(IpGenPrefix::fromString(text), Orb::ParseError) << text;
-    }
+    expectRefused("1.2.3.4\0/8"s);
+    expectRefused("::1\0/8"s);
     EXPECT_THROW(IpAddrWithMask::fromString("::1/8"), Orb::ParseError);
     EXPECT_THROW(Ip6AddrWithMask::fromString("1.2.3.4/8"), Orb::ParseError);
     EXPECT_THROW(IpAddrWithMask::fromString(""), Orb::ParseError);
@@ -160,17 +161,12 @@ TEST(Lanx, OutOfRangeIsStored) {
 }
 
 TEST(Lanx, LinkLocalBoundaryIsOffByABit) {
-    for (const auto& [text, linkLocal] : {std::pair("169.254.0.0", true),
-                                          {"169.253.255.255", false},
-                                          {"169.255.0.0", false},
-                                          {"fe80::", true},
-                                          {"febf:ffff::1", true},
-                                          {"fec0::", false},
-                                          {"fe7f:ffff::", false},
-                                          {"254.128.0.1", false},
-                                          {"a9fe::", false},
-                                          {"", false}}) {
-        EXPECT_EQ(IpGenAddr::fromString(text).isLinkLocal(), linkLocal) << text;
+    for (const char* text : {"169.254.0.0", "169.254.255.255", "fe80::", "febf:ffff::1"}) {
+        EXPECT_TRUE(IpGenAddr::fromString(text).isLinkLocal()) << text;
+    }
+    for (const char* text :
+         {"169.253.255.255", "169.255.0.0", "fec0::", "fe7f:ffff::", "254.128.0.1", "a9fe::", ""}) {
+        EXPECT_FALSE(IpGenAddr::fromString(text).isLinkLocal()) << text;
     }
 }
 

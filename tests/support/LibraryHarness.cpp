@@ -22,10 +22,6 @@ Lanx::IpAddrWithMask ipv4Address(const std::string& text) {
     return Lanx::IpAddrWithMask::fromString(text);
 }
 
-Lanx::Ip6AddrWithMask ipv6Address(const std::string& text) {
-    return Lanx::Ip6AddrWithMask::fromString(text);
-}
-
 bool isIpv6(const std::string& text) { return text.find(':') != std::string::npos; }
 
 VirtualIp::VrfIpWithMaskPair key4(const std::string& vrf, const std::string& address) {
@@ -158,18 +154,18 @@ void LibraryHarness::ipv4Del(const std::string& vrf) {
     ipStatus->vrfIpIntfStatusDel(L3::VrfName(vrf));
 }
 
+Ip6::IntfStatus& LibraryHarness::ipv6(const std::string& vrf, const std::string& intf) {
+    return *ip6Status->vrfIp6IntfStatusIs(L3::VrfName(vrf))->intfStatusIs(IntfId(intf));
+}
+
 void LibraryHarness::address6(const std::string& vrf, const std::string& intf,
                               const std::string& address, bool active) {
-    ip6Status->vrfIp6IntfStatusIs(L3::VrfName(vrf))
-        ->intfStatusIs(IntfId(intf))
-        ->addrIs(ipv6Address(address), Ip6::AddressInfo{active});
+    ipv6(vrf, intf).addrIs(Lanx::Ip6AddrWithMask::fromString(address), Ip6::AddressInfo{active});
 }
 
 void LibraryHarness::address6Del(const std::string& vrf, const std::string& intf,
                                  const std::string& address) {
-    ip6Status->vrfIp6IntfStatusIs(L3::VrfName(vrf))
-        ->intfStatusIs(IntfId(intf))
-        ->addrDel(ipv6Address(address));
+    ipv6(vrf, intf).addrDel(Lanx::Ip6AddrWithMask::fromString(address));
 }
 
 void LibraryHarness::ipv6Del(const std::string& vrf, const std::string& intf) {
@@ -239,22 +235,26 @@ Rib::ProtoVrfStatus* LibraryHarness::ribStatus(const std::string& vrf) const {
     return dynamic_cast<Rib::ProtoVrfStatus*>(protoStatusDir->entity(Orb::Name(vrf)));
 }
 
+void LibraryHarness::wakeUp() {
+    clock->advanceTo(clock->nextWakeup());
+    clock->runDue();
+}
+
+void LibraryHarness::runUntil(double end) {
+    while (clock->nextWakeup() <= end) {
+        wakeUp();
+    }
+}
+
 void LibraryHarness::run(double seconds) {
     const double end = clock->now() + seconds;
-    for (double next = clock->nextWakeup(); next <= end; next = clock->nextWakeup()) {
-        clock->advanceTo(next);
-        clock->runDue();
-    }
+    runUntil(end);
     clock->advanceTo(end);
 }
 
 void LibraryHarness::settle() {
-    const double end = clock->now() + longEnough;
-    while (clock->nextWakeup() != Orb::Clock::never) {
-        ASSERT_LT(clock->nextWakeup(), end) << "the agent does not come to rest";
-        clock->advanceTo(clock->nextWakeup());
-        clock->runDue();
-    }
+    runUntil(clock->now() + longEnough);
+    ASSERT_EQ(clock->nextWakeup(), Orb::Clock::never) << "the agent does not come to rest";
 }
 
 ContainerSm& LibraryHarness::container(const std::string& vrf) const {

@@ -60,6 +60,7 @@ class LibraryHarness {
     void secondaryDel(const std::string& vrf, const std::string& intf, const std::string& address);
     void ipv4Del(const std::string& vrf, const std::string& intf);
     void ipv4Del(const std::string& vrf);
+    Ip6::IntfStatus& ipv6(const std::string& vrf, const std::string& intf);
     void address6(const std::string& vrf, const std::string& intf, const std::string& address,
                   bool active = true);
     void address6Del(const std::string& vrf, const std::string& intf, const std::string& address);
@@ -83,6 +84,8 @@ class LibraryHarness {
     Rib::ProtoVrfStatus* ribStatus(const std::string& vrf) const;
 
     // Time.
+    /// What is due next happens at its time.
+    void wakeUp();
     void run(double seconds);
     /// Until nothing is pending; a test that never comes to rest fails.
     void settle();
@@ -122,6 +125,7 @@ class LibraryHarness {
     OrbMemtab::Mount store{entityManager};
 
   private:
+    void runUntil(double end);
     template <typename T>
     Orb::Ptr<T> table(const Orb::String& path);
     RouteLeakedFromVrf* leaksFrom(unsigned source, const std::string& prefix);
