@@ -10,6 +10,7 @@
 #include "directnet/ready/GrState.h"
 #include "platform/arp/VirtualIpAsReceiveRoute.h"
 #include "platform/interface/AllIntfStatusDir.h"
+#include "platform/interface/AllIntfStatusLocalDir.h"
 #include "platform/kiln/TaskScheduler.h"
 #include "platform/orb/Dir.h"
 #include "platform/routing/AllVrfRibReady.h"

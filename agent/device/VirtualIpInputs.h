@@ -4,6 +4,7 @@
 #include <set>
 
 #include "agent/document/DevicePatch.h"
+#include "platform/virtualip/VirtualIp6Status.h"
 #include "platform/virtualip/VirtualIpStatus.h"
 
 namespace Agent {

@@ -6,8 +6,10 @@
 #include <vector>
 
 #include "agent/document/DevicePatch.h"
+#include "platform/ip/AllVrfStatusLocal.h"
 #include "platform/ip/VrfStatusLocal.h"
 #include "platform/vrf/NameToIdMap.h"
+#include "platform/vrf/NameToIdMapWrapper.h"
 
 namespace Agent {
 

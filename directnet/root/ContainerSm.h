@@ -12,10 +12,12 @@
 #include "directnet/virtualip/VrfVirtualIpStatus.h"
 #include "directnet/virtualip/VrfVirtualIpStatusSm.h"
 #include "platform/interface/NetNsIntfStatusManagerRoot.h"
+#include "platform/ip/AllVrfStatusLocal.h"
 #include "platform/ip/VrfStatusLocal.h"
 #include "platform/memtab/Mount.h"
 #include "platform/vaultdb/EntityManager.h"
 #include "platform/vrf/NameToIdMap.h"
+#include "platform/vrf/NameToIdMapWrapper.h"
 
 namespace Routing::DirectNet {
 

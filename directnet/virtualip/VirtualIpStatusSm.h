@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "directnet/virtualip/VrfVirtualIpStatusHelper.h"
+#include "platform/virtualip/VirtualIp6Status.h"
 #include "platform/virtualip/VirtualIpStatus.h"
 
 namespace Routing::DirectNet::Ipv4 {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "directnet/model/Traits.h"
+#include "platform/virtualip/VirtualIp6Status.h"
 #include "platform/virtualip/VirtualIpStatus.h"
 
 namespace Routing::DirectNet {

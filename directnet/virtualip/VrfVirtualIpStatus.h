@@ -4,6 +4,7 @@
 
 #include "directnet/model/Units.h"
 #include "platform/orb/Declare.h"
+#include "platform/virtualip/VirtualIp6Status.h"
 #include "platform/virtualip/VirtualIpStatus.h"
 #include "platform/vrf/VrfName.h"
 

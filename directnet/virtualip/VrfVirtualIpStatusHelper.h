@@ -3,8 +3,10 @@
 #include <utility>
 
 #include "directnet/virtualip/AllVrfVirtualIpStatus.h"
+#include "platform/ip/AllVrfStatusLocal.h"
 #include "platform/ip/VrfStatusLocal.h"
 #include "platform/vrf/NameToIdMap.h"
+#include "platform/vrf/NameToIdMapWrapper.h"
 
 namespace Routing::DirectNet::Ipv4 {
 

@@ -5,6 +5,5 @@
 namespace Interface {
 
 ORB_DEFINE_TYPE(AllIntfStatusDir)
-ORB_DEFINE_TYPE(AllIntfStatusLocalDir)
 
 } // namespace Interface

@@ -11,10 +11,4 @@ class AllIntfStatusDir : public Orb::Entity {
     ORB_MAP(258, Lanx::IntfId, bool, intf)
 };
 
-/// The same of what is kept on this device only.
-class AllIntfStatusLocalDir : public Orb::Entity {
-    ORB_ENTITY(AllIntfStatusLocalDir, "Interface::AllIntfStatusLocalDir")
-    ORB_MAP(258, Lanx::IntfId, bool, intf)
-};
-
 } // namespace Interface

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "platform/interface/AllIntfStatusDir.h"
+#include "platform/interface/AllIntfStatusLocalDir.h"
 #include "platform/interface/KniIntfStatusManager.h"
 #include "platform/orb/Declare.h"
 

@@ -4,8 +4,6 @@
 
 namespace Ip6 {
 
-ORB_DEFINE_TYPE(IntfStatus)
-ORB_DEFINE_TYPE(VrfIp6IntfStatus)
 ORB_DEFINE_TYPE(Status)
 
 } // namespace Ip6

@@ -4,8 +4,6 @@
 
 namespace Ip {
 
-ORB_DEFINE_TYPE(IpIntfStatus)
-ORB_DEFINE_TYPE(VrfIpIntfStatus)
 ORB_DEFINE_TYPE(Status)
 
 } // namespace Ip

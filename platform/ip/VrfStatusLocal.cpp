@@ -5,7 +5,6 @@
 namespace Ip {
 
 ORB_DEFINE_TYPE(VrfStatusLocal)
-ORB_DEFINE_TYPE(AllVrfStatusLocal)
 
 std::ostream& operator<<(std::ostream& out, VrfState state) {
     return out << static_cast<unsigned>(state);

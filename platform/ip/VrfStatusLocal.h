@@ -27,10 +27,4 @@ class VrfStatusLocal : public Orb::Entity {
     explicit VrfStatusLocal(Arguments arguments) : arguments_(std::move(arguments)) {}
 };
 
-/// The VRFs of this device.
-class AllVrfStatusLocal : public Orb::Entity {
-    ORB_ENTITY(AllVrfStatusLocal, "Ip::AllVrfStatusLocal")
-    ORB_CHILDREN(258, VrfStatusLocal, vrf)
-};
-
 } // namespace Ip

@@ -4,9 +4,6 @@
 
 namespace VirtualIp {
 
-ORB_DEFINE_TYPE(VirtualIpIntfStatus)
 ORB_DEFINE_TYPE(VirtualIpStatus)
-ORB_DEFINE_TYPE(VirtualIp6IntfStatus)
-ORB_DEFINE_TYPE(VirtualIp6Status)
 
 } // namespace VirtualIp

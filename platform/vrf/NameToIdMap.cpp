@@ -5,6 +5,5 @@
 namespace Vrf::VrfIdMap {
 
 ORB_DEFINE_TYPE(NameToIdMap)
-ORB_DEFINE_TYPE(NameToIdMapWrapper)
 
 } // namespace Vrf::VrfIdMap

@@ -1,0 +1,9 @@
+#include "platform/ip/AllVrfStatusLocal.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Ip {
+
+ORB_DEFINE_TYPE(AllVrfStatusLocal)
+
+} // namespace Ip

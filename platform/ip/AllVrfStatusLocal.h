@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/ip/VrfStatusLocal.h"
+#include "platform/orb/Declare.h"
+
+namespace Ip {
+
+/// The VRFs of this device.
+class AllVrfStatusLocal : public Orb::Entity {
+    ORB_ENTITY(AllVrfStatusLocal, "Ip::AllVrfStatusLocal")
+    ORB_CHILDREN(258, VrfStatusLocal, vrf)
+};
+
+} // namespace Ip

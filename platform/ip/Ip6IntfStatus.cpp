@@ -1,0 +1,9 @@
+#include "platform/ip/Ip6IntfStatus.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Ip6 {
+
+ORB_DEFINE_TYPE(IntfStatus)
+
+} // namespace Ip6

@@ -1,0 +1,9 @@
+#include "platform/ip/IpIntfStatus.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Ip {
+
+ORB_DEFINE_TYPE(IpIntfStatus)
+
+} // namespace Ip

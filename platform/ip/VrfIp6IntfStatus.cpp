@@ -1,0 +1,9 @@
+#include "platform/ip/VrfIp6IntfStatus.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Ip6 {
+
+ORB_DEFINE_TYPE(VrfIp6IntfStatus)
+
+} // namespace Ip6

@@ -1,0 +1,9 @@
+#include "platform/virtualip/VirtualIp6Status.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace VirtualIp {
+
+ORB_DEFINE_TYPE(VirtualIp6Status)
+
+} // namespace VirtualIp

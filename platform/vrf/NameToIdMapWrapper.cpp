@@ -1,0 +1,9 @@
+#include "platform/vrf/NameToIdMapWrapper.h"
+
+#include "platform/orb/DefineType.h"
+
+namespace Vrf::VrfIdMap {
+
+ORB_DEFINE_TYPE(NameToIdMapWrapper)
+
+} // namespace Vrf::VrfIdMap
