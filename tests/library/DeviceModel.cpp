@@ -159,26 +159,22 @@ std::vector<RouteRow> DeviceModel::routes(const Vrf& vrf) const {
     return rows;
 }
 
-// An interface's own addresses and its virtual ones have via sets apart: two for IPv6, and two more
-// for the broadcasts of IPv4. A route that passes from the one to the other keeps the first.
-std::pair<std::size_t, std::size_t> DeviceModel::viaSets() const {
-    std::set<std::tuple<Vrf, Intf, AddressFamily, bool>> holders;
-    std::set<std::tuple<Vrf, Intf, AddressFamily>> intfs;
-    std::size_t least = 0;
-    std::size_t most = 0;
+// An interface's own addresses and its virtual ones have via sets apart. A route that passes from
+// the one to the other keeps the first.
+DeviceModel::ViaSetHolders DeviceModel::viaSetHolders() const {
+    ViaSetHolders holders;
     for (const Vrf& vrf : vrfsWithContainer()) {
         for (const auto& [prefix, ofPrefix] : localContributors(vrf)) {
-            const std::size_t size = prefix.af() == AddressFamily::ipv4 ? 4 : 2;
-            for (const auto& [intf, address, sourceVrf, isVirtual, type] : ofPrefix) {
-                if (holders.emplace(vrf, intf, prefix.af(), isVirtual).second) {
-                    least += size;
-                    most += isVirtual ? size : 0;
-                }
-                most += intfs.emplace(vrf, intf, prefix.af()).second ? size : 0;
+            for (const Contributor& contributor : ofPrefix) {
+                const ViaSetHolder own{vrf, contributor.intf, prefix.af(), false};
+                const ViaSetHolder holder{vrf, contributor.intf, prefix.af(),
+                                          contributor.isVirtual};
+                holders.certain.insert(holder);
+                holders.possible.insert({own, holder});
             }
         }
     }
-    return {least, most};
+    return holders;
 }
 
 } // namespace Routing::DirectNet

@@ -28,6 +28,11 @@ struct DeviceModel {
         std::string primary; ///< empty where there is none
         std::map<std::string, bool> secondaries;
     };
+    /// VRF, interface, address family, and whether the via sets are those of virtual addresses.
+    using ViaSetHolder = std::tuple<Vrf, Intf, Lanx::AddressFamily, bool>;
+    struct ViaSetHolders {
+        std::set<ViaSetHolder> certain, possible;
+    };
     using Leak = std::tuple<unsigned, std::string, unsigned>; ///< source id, prefix, destination id
 
     std::map<Vrf, unsigned> ids;
@@ -43,8 +48,7 @@ struct DeviceModel {
     bool hasContainer(const Vrf& vrf) const;
     std::vector<Vrf> vrfsWithContainer() const;
     std::vector<RouteRow> routes(const Vrf& vrf) const;
-    /// How many there are at least and at most.
-    std::pair<std::size_t, std::size_t> viaSets() const;
+    ViaSetHolders viaSetHolders() const;
 
   private:
     /// In the order in which they win.

@@ -44,6 +44,7 @@ TEST_F(LeakLifeTest, ReviewPendingWhenItsSourceGoesMeetsViaSetsThatAreGone) {
 TEST_F(LeakLifeTest, RoutesDependOnTheOrderInWhichThingsComeAndGo) {
     harness.device("default", "Et1");
     harness.subnetRoutes(true);
+    enum : std::size_t { source, dest, leak, interface, twin };
     struct Thing {
         std::function<void()> comes, goes;
         bool isThere = false;
@@ -54,14 +55,14 @@ TEST_F(LeakLifeTest, RoutesDependOnTheOrderInWhichThingsComeAndGo) {
          {[this] { addLeak(); }, [this] { harness.leakDel(1, "10.0.0.0/24", 2); }},
          {[this] { addInterface(); }, [this] { harness.ipv4Del("A", "Et1"); }},
          {[this] { addTwin(); }, [this] { harness.virtualIpDel("A", "10.0.0.1/24"); }}}};
-    const auto& [source, dest, leak, interface, twin] = things;
     const auto check = [&] {
-        if (dest.isThere) {
-            const bool isLeaked = source.isThere && leak.isThere && interface.isThere;
+        if (things[dest].isThere) {
+            const bool isLeaked =
+                things[source].isThere && things[leak].isThere && things[interface].isThere;
             EXPECT_ROUTES(harness, "B", isLeaked ? leaked : std::vector<RouteRow>());
         }
     };
-    std::array<std::size_t, 5> order{0, 1, 2, 3, 4};
+    std::array<std::size_t, 5> order{source, dest, leak, interface, twin};
     do {
         for (const bool settled : {false, true}) {
             for (std::size_t first = 0; first < order.size(); ++first) {

@@ -6,6 +6,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <set>
 #include <vector>
@@ -162,14 +163,7 @@ class HashMapCost : public testing::Test {
   protected:
     static constexpr std::uint32_t count = 100000;
 
-    HashMapCost() {
-        for (std::uint32_t id = 0; id < count; ++id) {
-            hashOrder_.push_back(id);
-        }
-        std::sort(hashOrder_.begin(), hashOrder_.end(),
-                  [](std::uint32_t a, std::uint32_t b) { return mixed(a) < mixed(b); });
-        reset();
-    }
+    HashMapCost() { reset(); }
     static void reset() { Counted::moves = Counted::compares = 0; }
     static void expectLinear(std::uint64_t operations) {
         EXPECT_LT(Counted::moves, 20 * operations);
@@ -183,15 +177,16 @@ class HashMapCost : public testing::Test {
             element = map.after(at);
         }
     }
-
-    std::vector<std::uint32_t> hashOrder_;
 };
 
 TEST_F(HashMapCost, InsertingInHashOrderDoesNotPileUp) {
+    std::vector<std::uint32_t> hashOrder(count);
+    std::iota(hashOrder.begin(), hashOrder.end(), 0);
+    std::ranges::sort(hashOrder, {}, mixed);
     for (const bool reversed : {false, true}) {
         CountedMap map;
         for (std::size_t index = 0; index < count; ++index) {
-            map.tryInsert(Counted(hashOrder_[reversed ? count - 1 - index : index]));
+            map.tryInsert(Counted(hashOrder[reversed ? count - 1 - index : index]));
         }
         expectLinear(count);
         EXPECT_LT(map.allocatedBytes(), std::size_t{count} * (sizeof(Counted) + 4) * 4);
