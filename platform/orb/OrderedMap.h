@@ -16,8 +16,8 @@
 namespace Orb {
 
 /// A map in key order, made for holding one entry, which is nearly always the case where it is
-/// used, and sound for a hundred thousand. Empty, it is a null pointer; up to 32 entries are a sorted
-/// array in one block of fitting size; more live in a balanced tree.
+/// used, and sound for a hundred thousand. Empty, it is a null pointer; up to 32 entries are a
+/// sorted array in one block of fitting size; more live in a balanced tree.
 ///
 /// Entries must be movable without exceptions; comparing keys must not throw. When an insertion
 /// throws std::bad_alloc, the map holds what it held. Destructors of entries may use the map:
