@@ -259,10 +259,8 @@ TEST_F(AttributeLogTest, truncatedExtendedOrFlippedLogIsTaken) {
     }
 }
 
-constexpr std::size_t none = std::string::npos;
-
 /// A well-framed log of the bodies, but for the one that got lost.
-std::string framed(const std::vector<std::string>& bodies, std::size_t lost = none) {
+std::string framed(const std::vector<std::string>& bodies, std::size_t lost = std::string::npos) {
     std::string log;
     AttributeLogFramer framer;
     AttributeLogFramer::appendHead(log);

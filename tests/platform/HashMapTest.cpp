@@ -37,8 +37,6 @@ struct HashCase {
     std::uint32_t keys;
 };
 
-void PrintTo(const HashCase& value, std::ostream* out) { *out << value.name; }
-
 std::uint64_t mixed(std::uint32_t id) { return Orb::hashOf(id); }
 
 /// The order the table promises: by hash (its top half decides), then by key.
