@@ -11,7 +11,7 @@ namespace Agent::Linux {
 namespace {
 
 /// Twice what the kernel puts into one datagram of a listing.
-constexpr std::size_t initialBuffer = 64 * 1024;
+constexpr std::size_t initialBuffer = std::size_t{64} * 1024;
 
 } // namespace
 
