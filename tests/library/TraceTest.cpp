@@ -112,7 +112,7 @@ TEST_F(TraceTest, duallogWritesTheSameTextToWhicheverIsOpen) {
         EXPECT_EQ(evaluated_, print || ring ? 1 : 0);
         ASSERT_EQ(printed_.size(), print ? 1U : 0U);
         if (print) {
-            EXPECT_EQ(printed_[0], "DirectNet 8 " + text + large);
+            EXPECT_EQ(printed_[0], std::string("DirectNet 8 ").append(text).append(large));
         }
         if (ring) {
             EXPECT_TRUE(lastOfRing().starts_with(text + "xxxx")) << lastOfRing();

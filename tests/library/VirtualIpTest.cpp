@@ -9,8 +9,6 @@
 namespace Routing::DirectNet {
 namespace {
 
-using std::string_literals::operator""s;
-
 TEST(VirtualIpTest, ReplacedObjectLeavesInterfacesOfTheOldOne) {
     LibraryHarness harness;
     harness.virtualIp("red", "10.1.1.1/24", "et1");
@@ -87,7 +85,9 @@ TEST(VirtualIpTableTest, TableGoesWhileItIsNeededOrStaysWhenItIsNot) {
         if (active) {
             harness.vrfStatus(vrf, *active);
         }
-        const auto line = [&, name = vrf](const char* text) { return text + (name + "\n"s); };
+        const auto line = [&, name = vrf](const char* text) {
+            return std::string(text) + name + "\n";
+        };
         const std::string some = verdict + line("At least one virtual IP present in VRF ");
         const std::string none = verdict + line("No virtual IPs present in VRF ");
         EXPECT_EQ(verdictOn(vrf, *helper), some) << "without a table";
