@@ -165,6 +165,9 @@ TEST(Run, FollowsNamedNamespacesLeaksAndVirtualIps) {
             nlohmann::json found;
             EXPECT_TRUE(agent.until([&] {
                 const auto state = nlohmann::json::parse(show("--json"), nullptr, false);
+                if (!state.is_object()) {
+                    return false; // the agent does not listen yet
+                }
                 const auto routes = nlohmann::json::json_pointer("/vrfs/" + vrf + '/' + family);
                 found =
                     state.value(routes, nlohmann::json::object()).value(prefix, nlohmann::json());

@@ -35,6 +35,10 @@ struct HashCase {
     const char* name;
     ForcedHash hash;
     std::uint32_t keys;
+
+    friend std::ostream& operator<<(std::ostream& out, const HashCase& hashCase) {
+        return out << hashCase.name;
+    }
 };
 
 std::uint64_t mixed(std::uint32_t id) { return Orb::hashOf(id); }
