@@ -4,6 +4,7 @@
 
 #include "agent/document/DocumentError.h"
 #include "platform/memtab/Mount.h"
+#include "platform/orb/Decision.h"
 
 namespace Agent {
 
@@ -29,6 +30,13 @@ Change<T> memberOf(const Change<Object>& object, Change<T> Object::*member) {
     return object.value() == nullptr ? Change<T>() : object.value()->*member;
 }
 
+/// The walks of the leaks bear no other patch in the middle, which the answer to some notification
+/// may be. So nobody answers before they have ended.
+template <typename Walk>
+void withoutAnswers(const Walk& walk) {
+    Orb::decide(walk);
+}
+
 } // namespace
 
 DeviceInputs::DeviceInputs(Orb::Ptr<Kiln::TaskScheduler> scheduler, bool gracefulRestart)
@@ -48,20 +56,24 @@ void DeviceInputs::apply(const DevicePatch& patch) {
     const VrfInputs::Plan plan = vrfs_.plan(patch.vrfs);
 
     vrfs_.withdraw(plan);
-    for (const L3::VrfName& name : plan.idsThatGo) {
-        leaks4_.vrfIdDel(name);
-        leaks6_.vrfIdDel(name);
-    }
+    withoutAnswers([&] {
+        for (const L3::VrfName& name : plan.idsThatGo) {
+            leaks4_.vrfIdDel(name);
+            leaks6_.vrfIdDel(name);
+        }
+    });
     kernel_.apply(patch.kernel);
     ipv4_.apply(patch.ipv4);
     ipv6_.apply(patch.ipv6);
     apply(patch.virtualIps);
-    apply(patch.leaks);
+    withoutAnswers([&] { apply(patch.leaks); });
     vrfs_.publish(plan);
-    for (const auto& [name, id] : plan.idsThatCome) {
-        leaks4_.vrfIdIs(name, id);
-        leaks6_.vrfIdIs(name, id);
-    }
+    withoutAnswers([&] {
+        for (const auto& [name, id] : plan.idsThatCome) {
+            leaks4_.vrfIdIs(name, id);
+            leaks6_.vrfIdIs(name, id);
+        }
+    });
     applyRibWaits(patch.ribWaits);
     grState_->startReadyVerificationIs(
         patch.startReadyVerification.after(grState_->startReadyVerification(), false));

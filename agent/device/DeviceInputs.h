@@ -22,6 +22,9 @@ namespace Agent {
 /// The inputs of the library's root, kept in line with the device document by merge patches. It
 /// makes no difference where those come from: a scenario or the live device.
 ///
+/// A patch may be applied from inside a notification of what the library writes, also while another
+/// one is being applied.
+///
 /// Applying a patch costs what the patch names, whatever the document holds. Whoever watches the
 /// inputs is told while the patch is applied, in an order in which the VRFs that go are gone first
 /// and those that come find their interfaces and addresses in place.

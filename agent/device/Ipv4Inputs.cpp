@@ -20,15 +20,18 @@ void Ipv4Inputs::apply(const Change<Ipv4Patch>& patch) {
 }
 
 void Ipv4Inputs::applyTo(const L3::VrfName& vrfName, const VrfPatch& patch) {
-    Ip::VrfIpIntfStatus* vrf = status_->vrfIpIntfStatusIs(vrfName);
-    auto& interfaces = interfaces_[vrfName];
     for (const auto& [intfId, change] : patch) {
+        // Looked up for each interface: another patch may be applied from inside a notification.
+        const Orb::Ptr<Ip::VrfIpIntfStatus> vrf(status_->vrfIpIntfStatusIs(vrfName));
+        auto& interfaces = interfaces_[vrfName];
         if (change.isRemoval()) {
             interfaces.erase(intfId);
             vrf->ipIntfStatusDel(intfId);
         } else if (change.value() != nullptr) {
-            Ipv4Interface& interface = *interfaces.tryInsert(intfId).first;
-            interface.apply(*change.value(), *vrf->ipIntfStatusIs(intfId));
+            const Orb::Ptr<Ip::IpIntfStatus> status(vrf->ipIntfStatusIs(intfId));
+            if (status != nullptr) {
+                interfaces_[vrfName].tryInsert(intfId).first->apply(*change.value(), *status);
+            }
         }
     }
 }

@@ -20,6 +20,8 @@ void Ipv4Interface::apply(const Ipv4InterfacePatch& patch, Ip::IpIntfStatus& sta
     address_ = newAddress;
     ownListing_ = newOwn;
 
+    // From here on whoever is told may have this interface go; only the status is held.
+
     status.unnumberedIntfIdIs(unnumbered);
     status.directedBroadcastIs(patch.directedBroadcast.after(status.directedBroadcast(), false));
     for (const auto& [address, listed] : listings) {

@@ -11,7 +11,10 @@ void Ipv6Inputs::apply(const Change<Ipv6Patch>& patch) {
             if (change.isRemoval()) {
                 status_->vrfIp6IntfStatusDel(vrfName);
             } else if (change.value() != nullptr) {
-                applyTo(*status_->vrfIp6IntfStatusIs(vrfName), *change.value());
+                const Orb::Ptr<Ip6::VrfIp6IntfStatus> vrf(status_->vrfIp6IntfStatusIs(vrfName));
+                if (vrf != nullptr) {
+                    applyTo(*vrf, *change.value());
+                }
             }
         }
     }
@@ -23,7 +26,10 @@ void Ipv6Inputs::applyTo(Ip6::VrfIp6IntfStatus& vrf,
         if (change.isRemoval()) {
             vrf.intfStatusDel(intfId);
         } else if (change.value() != nullptr) {
-            applyTo(*vrf.intfStatusIs(intfId), *change.value());
+            const Orb::Ptr<Ip6::IntfStatus> status(vrf.intfStatusIs(intfId));
+            if (status != nullptr) {
+                applyTo(*status, *change.value());
+            }
         }
     }
 }

@@ -10,7 +10,7 @@ using KernelNetInfo::Status;
 namespace {
 
 Orb::String pathOf(const Lanx::NamespaceName& netns) {
-    return Orb::format("kni/ns/%s/status", netns.value().c_str());
+    return "kni/ns/" + netns.value() + "/status";
 }
 
 } // namespace

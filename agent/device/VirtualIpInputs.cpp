@@ -48,18 +48,22 @@ void VirtualIpInputs<Traits>::clear(const L3::VrfName& vrfName) {
 template <typename Traits>
 void VirtualIpInputs<Traits>::applyTo(const L3::VrfName& vrfName,
                                       const MapPatch<Address, InterfaceSetPatch>& patch) {
-    auto& addresses = addresses_[vrfName];
     for (const auto& [address, change] : patch) {
+        // Looked up for each address: another patch may be applied from inside a notification.
         if (change.isRemoval()) {
-            addresses.erase(address);
+            addresses_[vrfName].erase(address);
             Traits::remove(*status_, Key(vrfName, address));
         } else if (change.value() != nullptr) {
-            addresses.insert(address);
-            applyInterfaces(*Traits::add(*status_, Key(vrfName, address)), *change.value());
+            addresses_[vrfName].insert(address);
+            const Orb::Ptr status(Traits::add(*status_, Key(vrfName, address)));
+            if (status != nullptr) {
+                applyInterfaces(*status, *change.value());
+            }
         }
     }
-    if (addresses.empty()) {
-        addresses_.erase(vrfName);
+    const auto left = addresses_.find(vrfName);
+    if (left != addresses_.end() && left->second.empty()) {
+        addresses_.erase(left);
     }
 }
 

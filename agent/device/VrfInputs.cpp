@@ -123,7 +123,10 @@ void VrfInputs::withdraw(const Plan& plan) {
 
 void VrfInputs::publish(const Plan& plan) {
     for (const auto& [name, state, netns] : plan.statusesThatCome) {
-        Ip::VrfStatusLocal* status = statuses_->vrfIs(name);
+        const Orb::Ptr<Ip::VrfStatusLocal> status(statuses_->vrfIs(name));
+        if (status == nullptr) {
+            continue;
+        }
         status->netNsIs(netns); // before the state, which is what makes others look
         status->stateIs(state);
     }

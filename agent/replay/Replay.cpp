@@ -12,6 +12,27 @@ namespace {
 
 constexpr std::string_view blanks = " \t\r";
 
+/// Says of an error in which line it lies, which `where` tells when it comes to that.
+template <typename Where, typename Work>
+auto namingErrors(const Where& where, const Work& work) {
+    try {
+        return work();
+    } catch (const DocumentError& error) {
+        const std::string& pointer = error.pointer();
+        throw BadInputError(where() + (pointer.empty() ? "" : pointer + ": ") + error.what());
+    } catch (const Orb::Error& error) {
+        throw FailureError(where() + error.what());
+    }
+}
+
+void applyPatch(DeviceInputs& inputs, const DevicePatch& patch) {
+    try {
+        inputs.apply(patch);
+    } catch (const DocumentError& error) {
+        throw error.within("/set");
+    }
+}
+
 } // namespace
 
 Replay::Replay(std::string name, std::streambuf& scenario, StatePrinter& printer)
@@ -20,21 +41,20 @@ Replay::Replay(std::string name, std::streambuf& scenario, StatePrinter& printer
       activityManager_(clock_) {}
 
 void Replay::run() {
-    try {
-        while (runNextLine()) {
-        }
-    } catch (const DocumentError& error) {
-        const std::string& pointer = error.pointer();
-        throw BadInputError(here() + (pointer.empty() ? "" : pointer + ": ") + error.what());
-    } catch (const Orb::Error& error) {
-        throw FailureError(here() + error.what());
+    while (namingErrors([this] { return here(); }, [this] { return runNextLine(); })) {
     }
     if (!root_) {
         start(false);
     }
-    const bool atRest = activityManager_.runUntilIdle(maxAfterLastLine);
+    runUntilIdle();
+    applyHeld();
+    runUntilIdle();
     print(nullptr);
-    if (!atRest) {
+}
+
+void Replay::runUntilIdle() {
+    if (!activityManager_.runUntilIdle(maxAfterLastLine)) {
+        print(nullptr);
         throw FailureError(name_ + ": still busy " + std::to_string(maxAfterLastLine)
                            + " simulated seconds after the last line");
     }
@@ -61,20 +81,36 @@ void Replay::apply(const ScenarioLine& line) {
     if (line.at) {
         activityManager_.runUntil(startTime_ + at_);
     }
+    if (line.show || line.during) {
+        applyHeld();
+    }
     if (line.show) {
         print(&*line.show);
+    } else if (line.during) {
+        hold(*line.during, *line.set);
+    } else {
+        applyPatch(*inputs_, *line.set);
+    }
+}
+
+void Replay::hold(std::uint64_t changes, const DevicePatch& patch) {
+    held_.emplace(Held{here(), patch});
+    changes_->callAt(changes, [this] { applyHeld(); });
+}
+
+void Replay::applyHeld() {
+    if (!held_) {
         return;
     }
-    try {
-        inputs_->apply(*line.set);
-    } catch (const DocumentError& error) {
-        throw error.within("/set");
-    }
+    changes_->cancel();
+    const Held held = *std::exchange(held_, std::nullopt);
+    namingErrors([&] { return held.where; }, [&] { applyPatch(*inputs_, held.patch); });
 }
 
 void Replay::start(bool gracefulRestart) {
     inputs_.emplace(Orb::makePtr<Kiln::TaskScheduler>(clock_), gracefulRestart);
     root_.emplace(*inputs_);
+    changes_.emplace(**root_, *inputs_->viaSetConfig());
     if (onStart_) {
         onStart_(**root_);
     }

@@ -6,6 +6,7 @@
 
 #include "agent/device/AgentRoot.h"
 #include "agent/device/DeviceInputs.h"
+#include "agent/replay/ChangeCounter.h"
 #include "agent/replay/LineReader.h"
 #include "agent/replay/ScenarioLine.h"
 #include "agent/show/StatePrinter.h"
@@ -18,6 +19,9 @@ namespace Agent {
 /// whatever is due at that time included; lines without a time, and those of one burst, follow each
 /// other with nothing in between. After the last line it runs until nothing is pending, and its
 /// final state is printed.
+///
+/// A patch that is to be applied during a change is held until then; one at most. If the change has
+/// not come by the next such line, a look at the state or the end, it is applied like any other.
 class Replay {
   public:
     /// Seconds for which a replay goes on after its last line before it is given up.
@@ -38,8 +42,16 @@ class Replay {
     void run();
 
   private:
+    struct Held {
+        std::string where; ///< the place of its line, for messages
+        DevicePatch patch;
+    };
+
     bool runNextLine();
     void apply(const ScenarioLine& line);
+    void hold(std::uint64_t changes, const DevicePatch& patch);
+    void applyHeld();
+    void runUntilIdle();
     void start(bool gracefulRestart);
     void print(const std::string* label);
     std::string here() const;
@@ -57,6 +69,8 @@ class Replay {
     // restart.
     std::optional<DeviceInputs> inputs_;
     std::optional<AgentRoot> root_;
+    std::optional<Held> held_;
+    std::optional<ChangeCounter> changes_;
 };
 
 } // namespace Agent

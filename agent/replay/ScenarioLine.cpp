@@ -18,6 +18,13 @@ double readTime(const nlohmann::json& json, const Place& place) {
     return time;
 }
 
+std::uint64_t readCount(const nlohmann::json& json, const Place& place) {
+    if (!json.is_number_unsigned() || json.get<std::uint64_t>() == 0) {
+        place.refuse("must be a number of changes from 1");
+    }
+    return json.get<std::uint64_t>();
+}
+
 } // namespace
 
 ScenarioLine readScenarioLine(std::string_view text) {
@@ -31,6 +38,8 @@ ScenarioLine readScenarioLine(std::string_view text) {
         const Place place(root, item.key());
         if (item.key() == "at") {
             line.at = readTime(item.value(), place);
+        } else if (item.key() == "during") {
+            line.during = readCount(item.value(), place);
         } else if (item.key() == "show") {
             line.show = readString(item.value(), place);
         } else if (item.key() == "set") {
@@ -45,6 +54,9 @@ ScenarioLine readScenarioLine(std::string_view text) {
     }
     if (line.set.has_value() == line.show.has_value()) {
         root.refuse(line.set ? "set and show in one line" : "neither set nor show");
+    }
+    if (line.during && !line.set) {
+        root.refuse("during without set");
     }
     return line;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +16,9 @@ struct ScenarioLine {
 
     std::optional<double>
         at; // seconds since the agent's start; without it the time of the line before
+    /// With set: the patch is held until that many changes of the output tables have happened, and
+    /// applied from inside the notification of the last of them.
+    std::optional<std::uint64_t> during;
     std::optional<DevicePatch> set;
     std::optional<std::string> show; // the label; exactly one of set and show is there
 };

@@ -27,13 +27,21 @@ IntfBacklog::IntfBacklog(Arguments arguments) : arguments_(std::move(arguments))
 }
 
 void IntfBacklog::handleInitialized() {
+    if (intfViaSetKeyStatus4() != nullptr) {
+        DIRECTNET_TRACE(8, "[", *this, "] already initialized");
+        return;
+    }
     intfViaSetKeyStatus4Is(Lanx::AddressFamily::ipv4);
     intfViaSetKeyStatus6Is(Lanx::AddressFamily::ipv6);
 }
 
 void IntfBacklog::doAddBacklog(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix) {
     DIRECTNET_TRACE(9, "[", *this, "] intf=", intfId, " pfx=", prefix);
-    backlogIs(IntfIdAndPrefix(intfId, prefix), true);
+    const IntfIdAndPrefix member(intfId, prefix);
+    if (processing_ != nullptr && processing_->member_ == member) {
+        processing_->queuedAgain_ = true;
+    }
+    backlogIs(member, true);
 }
 
 void IntfBacklog::addToIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
@@ -45,13 +53,11 @@ void IntfBacklog::addToIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPre
     }
     DIRECTNET_TRACE(9, "[", *this, "] pfx=", prefix, " addr=", addrWithMask, " ", routeType,
                     " viaSetKey=", viaSetKey);
-    IntfIdSet* set = intfIdsByPrefix(prefix);
-    if (set == nullptr) {
-        const Orb::Ptr<IntfIdSet> made = intfIdSetFactory(prefix);
-        set = made.get();
-        intfIdsByPrefixIs(made);
+    Orb::Ptr<IntfIdSet> set(intfIdsByPrefix(prefix));
+    while (set == nullptr) { // whoever is told of a new set may have it gone again
+        intfIdsByPrefixIs(intfIdSetFactory(prefix));
+        set = Orb::Ptr<IntfIdSet>(intfIdsByPrefix(prefix));
     }
-    const Orb::Ptr<IntfIdSet> keep(set); // a reactor may take the contributor away again
     set->intfIdAndAddrIs(IntfIdAndAddr(intfId, addrWithMask, sourceVrfId, isVirtual, routeType),
                          viaSetKey);
     doAddBacklog(intfId, prefix);

@@ -23,12 +23,15 @@ class IntfBacklog : public Orb::Entity {
     ORB_ENTITY(IntfBacklog, "Routing::DirectNet::IntfBacklog")
     ORB_CONSTRUCTOR((L3::VrfName, vrfName), (Vrf::VrfIdMap::VrfId, vrfId))
     ORB_KEY(Vrf::VrfIdMap::VrfId, vrfId)
-    /// A member says: the prefix must be looked at again, the interface's part in it changed.
+    /// A member says: the prefix must be looked at again, the interface's part in it changed. One
+    /// that is false was looked at and waits for room in the route table.
     ORB_MAP(260, IntfIdAndPrefix, bool, backlog)
     ORB_ATTRIBUTE(261, std::uint32_t, backlogEmpty)
     ORB_REFERENCES(262, IntfIdSet, intfIdsByPrefix)
     ORB_CHILD(263, IntfViaSetKeyStatus, intfViaSetKeyStatus4)
     ORB_CHILD(264, IntfViaSetKeyStatus, intfViaSetKeyStatus6)
+    /// Something of the VRF does not fit into the route or via tables.
+    ORB_ATTRIBUTE(265, bool, waitsForRoom)
 
   public:
     using VrfId = Vrf::VrfIdMap::VrfId;
@@ -57,6 +60,27 @@ class IntfBacklog : public Orb::Entity {
                                 const Lanx::IpGenAddrWithMask& addrWithMask,
                                 Fib::RouteType routeType, VrfId sourceVrfId, bool isVirtual);
 
+    /// Lives while a member is looked at, and tells whether it was queued again meanwhile.
+    class Processing {
+      public:
+        Processing(IntfBacklog& backlog, const IntfIdAndPrefix& member)
+            : backlog_(backlog), member_(member) {
+            backlog_.processing_ = this;
+        }
+        Processing(const Processing&) = delete;
+        Processing& operator=(const Processing&) = delete;
+        ~Processing() { backlog_.processing_ = nullptr; }
+
+        bool queuedAgain() const { return queuedAgain_; }
+
+      private:
+        friend class IntfBacklog;
+
+        IntfBacklog& backlog_;
+        const IntfIdAndPrefix& member_;
+        bool queuedAgain_ = false;
+    };
+
     const Orb::Ptr<IntfViaSetKeyStatus>& intfViaSetKeyStatusFromAf(Lanx::AddressFamily af) const;
 
     void backlogEmptyInc(std::uint32_t n) { backlogEmptyIs(backlogEmpty() + n); }
@@ -71,6 +95,7 @@ class IntfBacklog : public Orb::Entity {
     }
 
   private:
+    Processing* processing_ = nullptr;
     bool closing_ = false;
 };
 

@@ -5,6 +5,7 @@
 #include "directnet/model/Trace.h"
 #include "platform/orb/ActivityManager.h"
 #include "platform/orb/Assert.h"
+#include "platform/orb/Decision.h"
 #include "platform/orb/DefineType.h"
 
 namespace Routing::DirectNet {
@@ -22,6 +23,8 @@ constexpr unsigned defaultBucketSize = 1024;
 
 constexpr std::size_t membersAhead = 64;
 
+constexpr const char* handleBacklogName = "IntfBacklogSm::handleBacklog";
+
 /// A test aid: 0 is normal work; 1 and negative numbers drop members unprocessed, greater ones
 /// leave them where they are.
 long testMode() {
@@ -33,8 +36,9 @@ long testMode() {
 
 // Only additions ask for a drain: the drain's own removals would ask for a drain of nothing.
 void IntfBacklogSm::OrbIntfBacklog::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == IntfBacklog::backlogId && !owner()->drainPending()
-        && notifier()->backlog().contains(Orb::keyAs<IntfIdAndPrefix>(key))) {
+    if (id == IntfBacklog::backlogId && (!owner()->drainPending() || owner()->passedOver_ != 0)
+        && notifier()->backlog(Orb::keyAs<IntfIdAndPrefix>(key))) {
+        owner()->passedOver_ = 0;
         owner()->scheduleBacklog();
     }
 }
@@ -48,6 +52,10 @@ IntfBacklogSm::IntfBacklogSm(Arguments arguments)
 }
 
 void IntfBacklogSm::handleInitialized() {
+    if (initialized()) {
+        DIRECTNET_TRACE(8, *this, " already initialized");
+        return;
+    }
     DIRECTNET_TRACE(8, *this);
     orbBacklogClock_.timeMinIs(Orb::Clock::never);
     initializedIs(true);
@@ -66,30 +74,38 @@ void IntfBacklogSm::scheduleBacklog() {
     DIRECTNET_TRACE(9, "timeMin=", orbBacklogClock_.timeMin());
 }
 
+// Who runs the clock from inside a notification does not have a drain in the middle of a decision.
 void IntfBacklogSm::handleBacklog() {
+    Orb::decideAfterwards(*this, [this] { doHandleBacklog(); });
+}
+
+void IntfBacklogSm::doHandleBacklog() {
     if (!initialized()) {
         return;
     }
     handleBacklogCallCountIs(handleBacklogCallCount() + 1);
     const std::size_t size = intfBacklog()->backlog().size();
-    DIRECTNET_TRACE(8, "backlogSize=", size, " invocation=", handleBacklogCallCount());
-    DIRECTNET_RINGLOG("backlog size=", size, " invocation=", handleBacklogCallCount());
-    DIRECTNET_TRACE(8, "start backlogSize=", size, " invocation=", handleBacklogCallCount());
+    DIRECTNET_TRACE_IN(handleBacklogName, 8, "backlogSize=", size,
+                       " invocation=", handleBacklogCallCount());
+    DIRECTNET_RINGLOG_IN(handleBacklogName, "backlog size=", size,
+                         " invocation=", handleBacklogCallCount());
+    DIRECTNET_TRACE_IN(handleBacklogName, 8, "start backlogSize=", size,
+                       " invocation=", handleBacklogCallCount());
     orbBacklogClock_.timeMinIs(Orb::Clock::never);
 
     const Member* next = drain(firstMember());
     if (orbMarkedForDeletion()) {
         return; // the VRF went in the middle
     }
-    DIRECTNET_TRACE(8, "backlogSize=", intfBacklog()->backlog().size(), " done");
-    if (intfBacklog()->backlog().empty()) {
+    const auto& members = intfBacklog()->backlog();
+    DIRECTNET_TRACE_IN(handleBacklogName, 8, "backlogSize=", members.size(), " done");
+    if (members.empty()) {
+        intfBacklog()->waitsForRoomIs(false);
         intfBacklog()->backlogEmptyInc(1);
-        return;
-    }
-    if (next != nullptr) {
+    } else if (next != nullptr) {
         backlogBookmarkIs(next->key());
+        scheduleBacklog();
     }
-    scheduleBacklog();
 }
 
 const IntfBacklogSm::Member* IntfBacklogSm::firstMember() {
@@ -132,9 +148,8 @@ const IntfBacklogSm::Member* IntfBacklogSm::drain(const Member* start) {
         double now = startTime;
         IntfIdAndPrefix last;
         for (const IntfIdAndPrefix& member : fetchAhead(next)) {
-            if (mode != 0 ? mode <= 1 : !processBacklog(member)) {
-                backlogDel(member);
-            }
+            passedOver_ = visit(member, mode) ? 0 : passedOver_ + 1;
+            Orb::pauseBetweenDecisions();
             if (orbMarkedForDeletion()) {
                 return nullptr;
             }
@@ -149,12 +164,50 @@ const IntfBacklogSm::Member* IntfBacklogSm::drain(const Member* start) {
         if (wrapped) {
             next = members.first();
         }
+        if (passedOver_ >= members.size()) {
+            return nullptr; // all that is left waits for room
+        }
         // Members that stay are visited for ever; a clock that stands still must end that too.
         if (startTime + backlogQuantum() <= now || (wrapped && mode > 1 && now == startTime)) {
             return next;
         }
     }
     return nullptr;
+}
+
+bool IntfBacklogSm::visit(const IntfIdAndPrefix& member, long mode) {
+    if (mode > 1) {
+        return true;
+    }
+    if (mode == 0) {
+        const bool* fits = intfBacklog()->backlog().find(member);
+        if (fits == nullptr) {
+            return true;
+        }
+        if (!*fits && room(member.genPrefix().af()).waits()) {
+            return false;
+        }
+        const IntfBacklog::Processing processing(*intfBacklog(), member);
+        const bool stays = processBacklog(member);
+        if (processing.queuedAgain()) {
+            return true;
+        }
+        if (stays) {
+            backlogIs(member, false);
+            return false;
+        }
+    }
+    backlogDel(member);
+    return true;
+}
+
+OrbMemtab::RoomWaiter<IntfBacklogSm>& IntfBacklogSm::room(Lanx::AddressFamily af) {
+    return af == Lanx::AddressFamily::ipv4 ? room4_ : room6_;
+}
+
+void IntfBacklogSm::handleRoom() {
+    passedOver_ = 0;
+    scheduleBacklog();
 }
 
 IntfIdAndAddr IntfBacklogSm::getIntfIdAndAddr(const IntfIdSet* intfIdAndAddrs) {
@@ -185,7 +238,7 @@ Rib::RouteConfig& IntfBacklogSm::routeConfigOf(Lanx::AddressFamily af) const {
 bool IntfBacklogSm::processBacklog(const IntfIdAndPrefix& intfAndPrefix) {
     const Lanx::IpGenPrefix& prefix = intfAndPrefix.genPrefix();
     const Lanx::AddressFamily af = prefix.af();
-    DIRECTNET_TRACE(9, "intf=", intfAndPrefix.intfId(), " pfx=", prefix, " af=", af);
+    DIRECTNET_TRACE(9, "intf=", intfAndPrefix.intfId(), " pfx=", prefix, "af=", af);
     Rib::RouteConfig& routeConfig = routeConfigOf(af);
     IntfViaSetKeyStatus& status = *intfBacklog()->intfViaSetKeyStatusFromAf(af);
 
@@ -197,6 +250,10 @@ bool IntfBacklogSm::processBacklog(const IntfIdAndPrefix& intfAndPrefix) {
         && configured.srcVrfId() == winner.sourceVrfId()) {
         DIRECTNET_RINGLOG("pfx=", prefix, " viaSetId=", viaSetKey, ", no change");
         return false;
+    }
+    if (!!winner && !routeConfig.hasRoomFor(Rib::RouteKey(vrfId(), prefix))) {
+        awaitRoom(prefix);
+        return true;
     }
     // Taken before the old route's is given back, which may be the last one of the same interface.
     if (!!winner && winner.sourceVrfId() == VrfId::invalid()) {
@@ -217,6 +274,15 @@ bool IntfBacklogSm::processBacklog(const IntfIdAndPrefix& intfAndPrefix) {
                          winner.routeType());
     }
     return false;
+}
+
+void IntfBacklogSm::awaitRoom(const Lanx::IpGenPrefix& prefix) {
+    if (!intfBacklog()->waitsForRoom()) {
+        DIRECTNET_DUALLOG(0, "The route table is full, pfx=", prefix, " and others wait in vrf : ",
+                          vrfName());
+    }
+    intfBacklog()->waitsForRoomIs(true);
+    room(prefix.af()).await(*this, Orb::Ptr<const OrbMemtab::Table>(&routeConfigOf(prefix.af())));
 }
 
 void IntfBacklogSm::doRouteConfigAdd(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig,

@@ -60,8 +60,11 @@ class IntfBacklogSm : public Orb::Entity {
     /// One slice.
     void handleBacklog();
 
-    /// Brings the route of one prefix in line with its contributors. Always false: the member is
-    /// done with.
+    /// There may be room for routes that were refused.
+    void handleRoom();
+
+    /// Brings the route of one prefix in line with its contributors. False: the member is done with.
+    /// True: there is no room for the route, and the member stays until there is.
     bool processBacklog(const IntfIdAndPrefix& intfAndPrefix);
 
     /// The contributor whose route wins; the empty one where the prefix has none.
@@ -95,10 +98,10 @@ class IntfBacklogSm : public Orb::Entity {
     const Orb::Ptr<IntfViaSetKeyStatus>& intfViaSetKeyStatus6() const {
         return intfBacklog()->intfViaSetKeyStatus6();
     }
-    const Orb::Ptr<IntfViaSetKeyStatus>& newIntfViaSetKeyStatus4(Lanx::AddressFamily af) {
+    Orb::Ptr<IntfViaSetKeyStatus> newIntfViaSetKeyStatus4(Lanx::AddressFamily af) {
         return intfBacklog()->intfViaSetKeyStatus4Is(af);
     }
-    const Orb::Ptr<IntfViaSetKeyStatus>& newIntfViaSetKeyStatus6(Lanx::AddressFamily af) {
+    Orb::Ptr<IntfViaSetKeyStatus> newIntfViaSetKeyStatus6(Lanx::AddressFamily af) {
         return intfBacklog()->intfViaSetKeyStatus6Is(af);
     }
 
@@ -125,6 +128,12 @@ class IntfBacklogSm : public Orb::Entity {
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
+    void doHandleBacklog();
+    /// Looks at one member, which is its own decision; false when it goes on waiting for room.
+    bool visit(const IntfIdAndPrefix& member, long mode);
+    void awaitRoom(const Lanx::IpGenPrefix& prefix);
+    OrbMemtab::RoomWaiter<IntfBacklogSm>& room(Lanx::AddressFamily af);
+
     static IntfIdAndAddr getIntfIdAndAddr(const IntfIdSet* intfIdAndAddrs);
     static Rib::ViaSetKey getViaSetKey(const IntfIdSet* set, const IntfIdAndAddr& iiaa);
 
@@ -140,6 +149,10 @@ class IntfBacklogSm : public Orb::Entity {
     /// The next few members from `start` on, for which what processing them reads is being fetched.
     std::vector<IntfIdAndPrefix> fetchAhead(const Member* start) const;
 
+    /// Members in a row that only go on waiting for room, since the last one that did not or came.
+    std::size_t passedOver_ = 0;
+    OrbMemtab::RoomWaiter<IntfBacklogSm> room4_;
+    OrbMemtab::RoomWaiter<IntfBacklogSm> room6_;
     OrbBacklogClock orbBacklogClock_;
     OrbIntfBacklog orbIntfBacklog_;
 };

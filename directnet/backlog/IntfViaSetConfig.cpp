@@ -32,6 +32,9 @@ void IntfViaSetConfig::doAddViaSet(Lanx::IntfId intfId, VrfId vrfId, IntfViaSetK
     const Rib::ViaKey viaKey(viaConfig.transport(), viaConfig.newViaId(), vrfId,
                              viaConfig.routingProtocol());
     DIRECTNET_TRACE(8, "intf=", intfId, " af=", af, " viaId=", viaKey.viaId());
+    if (!viaConfig.hasRoomFor(viaKey)) {
+        return;
+    }
     Rib::Via via(viaKey);
     via.intfIdIs(intfId);
     viaConfig.viaIs(via);

@@ -27,7 +27,7 @@ class IntfViaSetConfig : public Orb::Entity {
 
     const Orb::Ptr<Rib::Ip::ViaConfig>& getViaConfig(Lanx::AddressFamily af) const;
 
-    /// The interface's via sets, made if there are none.
+    /// The interface's via sets, made if there are none; empty while there is no room for its via.
     IntfViaSetKey findOrCreateViaSetKey(Lanx::IntfId intfId, VrfId vrfId,
                                         IntfViaSetKeyStatus& status);
     void doAddViaSet(Lanx::IntfId intfId, VrfId vrfId, IntfViaSetKeyStatus& status);

@@ -1,9 +1,14 @@
 #include "directnet/leak/CrLeakSm.h"
 
+#include "directnet/model/Trace.h"
 #include "platform/orb/DefineType.h"
 #include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
+
+namespace {
+DIRECTNET_TRACE_UNIT("CrLeakSm");
+} // namespace
 
 ORB_DEFINE_TYPE(CrLeakSm)
 ORB_DEFINE_TYPE(CrLeakSm::OrbRouteLeakedFromVrf)
@@ -16,7 +21,7 @@ void CrLeakSm::OrbCrLeakStatus::onAttribute(Orb::AttributeId id, const void* key
 
 CrLeakSm::OrbRouteLeakedFromVrf::OrbRouteLeakedFromVrf(CrLeakSm* sm,
                                                        Orb::Ptr<const RouteLeakedFromVrf> leaks)
-    : MemberReactor(sm) {
+    : InputMemberReactor(sm) {
     attach(std::move(leaks));
 }
 
@@ -27,13 +32,22 @@ void CrLeakSm::OrbRouteLeakedFromVrf::onAttribute(Orb::AttributeId id, const voi
 }
 
 void CrLeakSm::OrbRouteLeakedFromVrf::notifierIs(Orb::Ptr<const RouteLeakedFromVrf> leaks) {
-    MemberReactor::notifierIs(std::move(leaks));
+    InputMemberReactor::notifierIs(std::move(leaks));
     handleInitialized();
 }
 
 CrLeakSm::CrLeakSm(Arguments arguments) : arguments_(std::move(arguments)), orbCrLeakStatus_(this) {
     orbCrLeakStatus_.notifierIs(crLeakStatus());
-    for (const auto& leaks : crLeakStatus()->leakedRouteBySourceVrf()) {
+    handleInitialized();
+}
+
+void CrLeakSm::handleInitialized() {
+    if (initialized()) {
+        DIRECTNET_TRACE(8, "already initialized");
+        return;
+    }
+    initializedIs(true);
+    for (const auto& leaks : Orb::objectsOf(crLeakStatus()->leakedRouteBySourceVrf())) {
         routeLeakedFromVrfIs(leaks);
     }
 }

@@ -17,7 +17,7 @@ class CrLeakSm : public Orb::Entity {
 
   public:
     /// Watches the leaks of one source VRF.
-    class OrbRouteLeakedFromVrf : public Orb::MemberReactor<CrLeakSm, RouteLeakedFromVrf> {
+    class OrbRouteLeakedFromVrf : public Orb::InputMemberReactor<CrLeakSm, RouteLeakedFromVrf> {
         ORB_TYPE(OrbRouteLeakedFromVrf, "Routing::DirectNet::CrLeakSm::OrbRouteLeakedFromVrf")
 
       public:
@@ -27,16 +27,19 @@ class CrLeakSm : public Orb::Entity {
         void notifierIs(Orb::Ptr<const RouteLeakedFromVrf> leaks) override;
     };
     ORB_REACTORS(260, OrbRouteLeakedFromVrf, routeLeakedFromVrf)
+    ORB_ATTRIBUTE(261, bool, initialized)
 
     explicit CrLeakSm(Arguments arguments);
     ~CrLeakSm() override;
 
+    void handleInitialized();
+
   private:
     using VrfId = Vrf::VrfIdMap::VrfId;
 
-    class OrbCrLeakStatus : public Orb::Reactor<CrLeakSm, DirectNetLeakStatus> {
+    class OrbCrLeakStatus : public Orb::InputReactor<CrLeakSm, DirectNetLeakStatus> {
       public:
-        using Reactor::Reactor;
+        using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 

@@ -1,11 +1,26 @@
 // How the leak receiver follows leaks, backlogs and contributors one by one.
 
+#include <algorithm>
+
 #include "directnet/leak/LeakableContributor.h"
 #include "directnet/leak/ReceiveRouteLeakSm.h"
 #include "directnet/model/Trace.h"
 #include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
+
+namespace {
+
+/// Whether a virtual address of the interface contributes to the prefix.
+bool hasVirtual(const IntfIdSet& set, Lanx::IntfId intfId) {
+    return std::any_of(
+        set.intfIdAndAddr().begin(), set.intfIdAndAddr().end(), [intfId](const auto& contributor) {
+            const IntfIdAndAddr& entry = contributor.key();
+            return entry.isVirtual() && entry.intfId() == intfId && isLocalConnected(entry);
+        });
+}
+
+} // namespace
 
 // --- The leaks of one source VRF.
 
@@ -32,7 +47,6 @@ void ReceiveRouteLeakSm::OrbLeakedRoute::onAttribute(Orb::AttributeId id, const 
     const LeakedPrefix leaked = Orb::keyAs<LeakedPrefix>(key);
     const VrfId sourceVrfId = notifier()->sourceVrfId();
     if (OrbIntfBacklog* backlog = owner()->intfBacklog(sourceVrfId)) {
-        const Orb::Ptr<OrbIntfBacklog> keep(backlog);
         backlog->handlePrefix(leaked.genPrefix());
     }
     owner()->handleLeakedRoute(sourceVrfId, leaked.genPrefix(), status(), leaked.destVrfId());
@@ -113,8 +127,10 @@ void ReceiveRouteLeakSm::OrbIntfBacklog::handleIntfIdAndAddr(const Lanx::IpGenPr
     if (!isLocalConnected(iiaa)) {
         return;
     }
-    if (added && iiaa.isVirtual()) {
-        virtualPrefixIs(prefix, iiaa);
+    if (iiaa.isVirtual()) {
+        const IntfIdSet* present = notifier()->intfIdsByPrefix(prefix);
+        noteVirtual(prefix, iiaa.intfId(),
+                    added || (present != nullptr && hasVirtual(*present, iiaa.intfId())));
     }
     const OrbIntfIdsByPrefix* reactor = intfIdsByPrefix(prefix);
     const auto* destinations = owner()->destinations(notifier()->vrfId(), prefix);
@@ -128,9 +144,20 @@ void ReceiveRouteLeakSm::OrbIntfBacklog::handleIntfIdAndAddr(const Lanx::IpGenPr
     }
 }
 
-void ReceiveRouteLeakSm::OrbIntfBacklog::virtualPrefixIs(const Lanx::IpGenPrefix& prefix,
-                                                         const IntfIdAndAddr& iiaa) {
-    virtualPrefixes_.tryInsert(iiaa.intfId()).first->insertOrAssign(prefix, true);
+void ReceiveRouteLeakSm::OrbIntfBacklog::noteVirtual(const Lanx::IpGenPrefix& prefix,
+                                                     Lanx::IntfId intfId, bool contributes) {
+    if (contributes) {
+        virtualPrefixes_.tryInsert(intfId).first->insertOrAssign(prefix, true);
+        return;
+    }
+    Prefixes* prefixes = virtualPrefixes_.find(intfId);
+    if (prefixes == nullptr) {
+        return;
+    }
+    prefixes->erase(prefix);
+    if (prefixes->empty()) {
+        virtualPrefixes_.erase(intfId);
+    }
 }
 
 void ReceiveRouteLeakSm::OrbIntfBacklog::OrbOwnAddresses::onAttribute(Orb::AttributeId id,
@@ -148,22 +175,26 @@ void ReceiveRouteLeakSm::OrbIntfBacklog::handleOwnAddresses(Lanx::IntfId intfId,
         || notifier()->intfViaSetKeyStatusFromAf(af)->ownAddressesByIntfId(intfId) > 1) {
         return;
     }
+    const Orb::Ptr<const IntfBacklog> source(notifier());
     for (const Lanx::IpGenPrefix& prefix : Orb::keysOf(*prefixes)) {
-        const OrbIntfIdsByPrefix* reactor = intfIdsByPrefix(prefix);
-        const Orb::Ptr<const IntfIdSet> set(reactor == nullptr ? nullptr : reactor->notifier());
-        bool contributes = false;
-        if (set != nullptr) {
-            Orb::forEachKey(set->intfIdAndAddr(), [&](const IntfIdAndAddr& entry) {
-                if (entry.intfId() == intfId && entry.isVirtual()) {
-                    contributes = true;
-                    handleIntfIdAndAddr(prefix, entry, false);
-                }
-            });
+        if (const Orb::Ptr<const IntfIdSet> set{source->intfIdsByPrefix(prefix)}) {
+            handleVirtual(*source, *set, intfId);
         }
-        Prefixes* present = virtualPrefixes_.find(intfId);
-        if (!contributes && present != nullptr) {
-            present->erase(prefix);
-        }
+    }
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::handleVirtual(const IntfBacklog& source,
+                                                       const IntfIdSet& set, Lanx::IntfId intfId) {
+    const auto* destinations = owner()->destinations(source.vrfId(), set.genPrefix());
+    if (destinations == nullptr) {
+        return;
+    }
+    for (const VrfId destVrfId : Orb::keysOf(*destinations)) {
+        Orb::forEachKey(set.intfIdAndAddr(), [&](const IntfIdAndAddr& entry) {
+            if (entry.intfId() == intfId && entry.isVirtual() && isLocalConnected(entry)) {
+                owner()->handleContributor(source, set, entry, destVrfId);
+            }
+        });
     }
 }
 
@@ -225,17 +256,32 @@ ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix::OrbIntfIdsByPrefix(
     attach(std::move(set));
 }
 
+// Contributors that are there already are leaked by whoever had the prefix followed.
 void ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix::handleInitialized() {
-    const Orb::Ptr<const IntfIdSet> set(notifier());
-    Orb::forEachKey(set->intfIdAndAddr(), [&](const IntfIdAndAddr& entry) {
-        owner()->handleIntfIdAndAddr(set->genPrefix(), entry, true);
-    });
+    noteVirtuals(true);
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix::noteVirtuals(bool contribute) {
+    for (const auto& [entry, viaSetKey] : notifier()->intfIdAndAddr()) {
+        if (entry.isVirtual() && isLocalConnected(entry)) {
+            owner()->noteVirtual(notifier()->genPrefix(), entry.intfId(), contribute);
+        }
+    }
 }
 
 void ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix::notifierIs(
     Orb::Ptr<const IntfIdSet> set) {
+    noteVirtuals(false);
     MemberReactor::notifierIs(std::move(set));
-    handleInitialized();
+    noteVirtuals(true);
+}
+
+void ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix::orbDoZombieReactors(bool zombie) {
+    const bool goes = zombie && !orbMarkedForDeletion();
+    MemberReactor::orbDoZombieReactors(zombie);
+    if (goes) {
+        noteVirtuals(false);
+    }
 }
 
 void ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix::onAttribute(Orb::AttributeId id,

@@ -2,6 +2,7 @@
 
 #include "directnet/leak/ReceiveRouteLeakSm.h"
 #include "directnet/model/Trace.h"
+#include "platform/orb/Decision.h"
 #include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
@@ -36,14 +37,27 @@ void ReceiveRouteLeakSm::scheduleReview() {
     reviewTask()->scheduleTask();
 }
 
+// Who runs the clock from inside a notification does not have a review in the middle of a decision.
 void ReceiveRouteLeakSm::doReview() {
-    if (!reviewedIpv4()) {
-        reviewedIpv4Is(doReviewCrLeakStatus(*crLeakLocalStatus4()));
+    if (Orb::decisionUnderWay()) {
+        reviewTask()->scheduleTask();
+    } else {
+        Orb::decide([this] { review(); });
     }
-    if (reviewedIpv4() && !reviewedIpv6()) {
+}
+
+void ReceiveRouteLeakSm::review() {
+    if (!reviewedIpv4() && doReviewCrLeakStatus(*crLeakLocalStatus4())) {
+        reviewedIpv4Is(true);
+        if (pauseAfterPass_) {
+            reviewTask()->scheduleTask();
+        }
+    }
+    if (reviewedIpv4() && !reviewTask()->scheduled() && !reviewedIpv6()) {
         reviewedIpv6Is(doReviewCrLeakStatus(*crLeakLocalStatus6()));
     }
-    DIRECTNET_DUALLOG(8, "reviewed ipv4=", reviewedIpv4(), ", reviewed ipv6=", reviewedIpv6());
+    DIRECTNET_DUALLOG_IN("ReceiveRouteLeakSm::doReview", 8, "reviewed ipv4=", reviewedIpv4(),
+                         ", reviewed ipv6=", reviewedIpv6());
 }
 
 bool ReceiveRouteLeakSm::doReviewCrLeakStatus(const LeakLocalStatus& leakLocalStatus) {
@@ -54,25 +68,31 @@ bool ReceiveRouteLeakSm::doReviewCrLeakStatus(const LeakLocalStatus& leakLocalSt
     }
     const Orb::Ptr<Kiln::Task> task = reviewTask();
     std::uint64_t work = 0;
+    bool pause = false;
     SourceVrfPrefix next = reviewStart(leakLocalStatus);
-    while (!isEnd(next)) {
+    while (!isEnd(next) && !pause) {
         const SourceVrfPrefix position = next;
         if (const auto* leaks = leakLocalStatus.leakedRouteBySourceVrf(position.sourceVrfId())) {
             reviewPrefix(*leaks, position.genPrefix(), leakLocalStatus);
         }
         ++work;
-        next = reviewNext(leakLocalStatus, position);
-        if (!isEnd(next) && task->taskShouldYield()) {
-            reviewBookmarkIs(next);
-            DIRECTNET_TRACE(8, " suspending at vrf=", next.sourceVrfId());
+        Orb::pauseBetweenDecisions();
+        if (task->scheduled() || orbMarkedForDeletion()) {
             task->taskWorkCountInc(work);
-            task->scheduleTask();
-            return false;
+            return false; // another review begins at the beginning
         }
+        next = reviewNext(leakLocalStatus, position);
+        pause = task->taskShouldYield();
     }
     task->taskWorkCountInc(work);
-    reviewBookmarkIs(SourceVrfPrefix());
-    return true;
+    reviewBookmarkIs(next);
+    pauseAfterPass_ = pause && isEnd(next);
+    if (isEnd(next)) {
+        return true;
+    }
+    DIRECTNET_TRACE(8, " suspending at vrf=", next.sourceVrfId());
+    task->scheduleTask();
+    return false;
 }
 
 void ReceiveRouteLeakSm::reviewPrefix(const RouteLeakedFromVrf& leaks,

@@ -51,6 +51,15 @@ ReceiveRouteLeakSm::ReceiveRouteLeakSm(Arguments arguments)
     orbCrLeakLocalStatus4_.notifierIs(crLeakLocalStatus4());
     orbCrLeakLocalStatus6_.notifierIs(crLeakLocalStatus6());
     orbIntfBacklogByVrf_.notifierIs(intfBacklogByVrf());
+    handleInitialized();
+}
+
+void ReceiveRouteLeakSm::handleInitialized() {
+    if (initialized()) {
+        DIRECTNET_TRACE(8, "already initialized");
+        return;
+    }
+    initializedIs(true);
     for (const auto& leaks : crLeakLocalStatus4()->leakedRouteBySourceVrf()) {
         leakedRoute4Is(leaks);
     }
@@ -131,15 +140,19 @@ void ReceiveRouteLeakSm::handleContributor(const IntfBacklog& source, const Intf
                                            const IntfIdAndAddr& contributor, VrfId destVrfId) {
     const Lanx::IntfId intfId = contributor.intfId();
     const Lanx::IpGenAddrWithMask addrWithMask = contributor.addrWithMask();
-    if (countsForLeaks(source, set, contributor)) {
-        addLeakedReceiveRoute(intfId, addrWithMask, source.vrfId(), destVrfId);
+    const Orb::Ptr<IntfBacklog> dest(intfBacklogByVrf()->intfBacklog(destVrfId));
+    if (dest == nullptr) {
         return;
     }
-    if (contributor.isVirtual()) {
+    const bool leaked = hasLeaked(*dest, leakedContributor(intfId, addrWithMask, source.vrfId()));
+    const bool counts = countsForLeaks(source, set, contributor);
+    if (!counts && contributor.isVirtual()) {
         DIRECTNET_TRACE(8, "skipping virtual address=", addrWithMask, " intf=", intfId,
                         " without via sets of its own");
     }
-    if (const Orb::Ptr<IntfBacklog> dest{intfBacklogByVrf()->intfBacklog(destVrfId)}) {
+    if (counts && !leaked) {
+        addLeakedReceiveRoute(intfId, addrWithMask, source.vrfId(), destVrfId);
+    } else if (!counts && leaked) {
         delLeakedReceiveRoute(intfId, addrWithMask, source, *dest);
     }
 }

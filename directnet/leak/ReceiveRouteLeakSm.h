@@ -76,6 +76,10 @@ class ReceiveRouteLeakSm : public Orb::Entity {
             void handleInitialized();
             void onAttribute(Orb::AttributeId id, const void* key) override;
             void notifierIs(Orb::Ptr<const IntfIdSet> set) override;
+            void orbDoZombieReactors(bool zombie) override;
+
+          private:
+            void noteVirtuals(bool contribute);
         };
         ORB_REACTORS(258, OrbIntfIdsByPrefix, intfIdsByPrefix)
 
@@ -103,15 +107,17 @@ class ReceiveRouteLeakSm : public Orb::Entity {
         };
 
         void handleOwnAddresses(Lanx::IntfId intfId, Lanx::AddressFamily af);
-        void virtualPrefixIs(const Lanx::IpGenPrefix& prefix, const IntfIdAndAddr& iiaa);
+        void handleVirtual(const IntfBacklog& source, const IntfIdSet& set, Lanx::IntfId intfId);
+        /// Virtual addresses of the interface contribute to a prefix that is followed, or no more.
+        void noteVirtual(const Lanx::IpGenPrefix& prefix, Lanx::IntfId intfId, bool contributes);
         void deleteLeakedFrom();
         void deleteLeakedFrom(const IntfBacklog& source, const IntfIdSet& set, VrfId destVrfId);
         void deleteLeakedInto();
 
         OrbOwnAddresses orbOwnAddresses4_;
         OrbOwnAddresses orbOwnAddresses6_;
-        /// The leaked prefixes to which an interface contributes with a virtual address: whether
-        /// they count depends on the interface's own addresses.
+        /// The followed prefixes to which an interface contributes with virtual addresses: whether
+        /// these count depends on the interface's own addresses.
         Orb::HashMap<Lanx::IntfId, Prefixes> virtualPrefixes_;
     };
 
@@ -123,10 +129,13 @@ class ReceiveRouteLeakSm : public Orb::Entity {
     ORB_ATTRIBUTE(267, SourceVrfPrefix, reviewBookmark)
     ORB_ATTRIBUTE(268, bool, reviewedIpv4)
     ORB_ATTRIBUTE(269, bool, reviewedIpv6)
+    ORB_ATTRIBUTE(270, bool, initialized)
 
   public:
     explicit ReceiveRouteLeakSm(Arguments arguments);
     ~ReceiveRouteLeakSm() override;
+
+    void handleInitialized();
 
     /// Brings what one destination has of one leaked prefix in line with the leak status.
     void handleLeakedRoute(VrfId sourceVrfId, const Lanx::IpGenPrefix& prefix,
@@ -140,7 +149,8 @@ class ReceiveRouteLeakSm : public Orb::Entity {
     /// Starts a review from the beginning, whatever the state of the present one.
     void scheduleReview();
     void doReview();
-    /// One pass over a family. False when it was suspended, the task being scheduled again.
+    /// One pass over a family. False when it was suspended or another review was asked for
+    /// meanwhile, the task being scheduled again.
     bool doReviewCrLeakStatus(const LeakLocalStatus& leakLocalStatus);
 
     const LeakLocalStatus& crLeakLocalStatus(Lanx::AddressFamily af) const {
@@ -180,6 +190,7 @@ class ReceiveRouteLeakSm : public Orb::Entity {
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
+    void review();
     void handleSourceVrf(const LeakLocalStatus& status, VrfId sourceVrfId);
     void handleBacklog(VrfId vrfId);
     /// Adds or removes what one local connected contributor has in one destination.
@@ -191,6 +202,8 @@ class ReceiveRouteLeakSm : public Orb::Entity {
     static SourceVrfPrefix reviewNext(const LeakLocalStatus& leakLocalStatus,
                                       const SourceVrfPrefix& visited);
 
+    /// The scheduler asked for a pause behind the last prefix of a pass.
+    bool pauseAfterPass_ = false;
     OrbReviewTask orbReviewTask_;
     OrbCrLeakLocalStatus4 orbCrLeakLocalStatus4_;
     OrbCrLeakLocalStatus6 orbCrLeakLocalStatus6_;

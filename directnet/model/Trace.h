@@ -18,6 +18,9 @@
 ///   DIRECTNET_RINGLOG("backlog size=", size);            ring trace (RingMessage.h)
 ///   DIRECTNET_DUALLOG(8, "create receive route");        both, operands written with <<
 ///   DIRECTNET_DUALLOG_TO(handle, 8, "ready");            the same, to another handle
+///   DIRECTNET_TRACE_IN("A::f", 8, "text");               in the name of another function, for what
+///   DIRECTNET_RINGLOG_IN("A::f", "text");                is one template of several functions
+///   DIRECTNET_DUALLOG_IN("A::f", 8, "text");
 ///
 /// Operands are evaluated only when the message goes somewhere, so they must not be needed
 /// otherwise. Statements stand in functions; in a lambda they name the enclosing function.
@@ -27,23 +30,31 @@
     DIRECTNET_TRACE_TO(Routing::DirectNet::traceHandle(), level, __VA_ARGS__)
 
 #define DIRECTNET_TRACE_TO(handle, level, ...)                                                     \
+    DIRECTNET_TRACE_SITE(handle, __PRETTY_FUNCTION__, level, __VA_ARGS__)
+
+#define DIRECTNET_TRACE_IN(function, level, ...)                                                   \
+    DIRECTNET_TRACE_SITE(Routing::DirectNet::traceHandle(), function, level, __VA_ARGS__)
+
+#define DIRECTNET_TRACE_SITE(handle, function, level, ...)                                         \
     do {                                                                                           \
         if (Ringlog::TraceHandle::anyEnabled(level)) {                                             \
             if (const auto directNetTrace =                                                        \
                     Ringlog::TraceHelper::createIfEnabled((handle), (level))) {                    \
                 Routing::DirectNet::traceText(                                                     \
                     *directNetTrace,                                                               \
-                    Ringlog::CallSite{directNetTraceUnit, __LINE__, __PRETTY_FUNCTION__},          \
+                    Ringlog::CallSite{directNetTraceUnit, __LINE__, function},                     \
                     __VA_ARGS__);                                                                  \
             }                                                                                      \
         }                                                                                          \
     } while (false)
 
-#define DIRECTNET_RINGLOG(...)                                                                     \
+#define DIRECTNET_RINGLOG(...) DIRECTNET_RINGLOG_IN(__PRETTY_FUNCTION__, __VA_ARGS__)
+
+#define DIRECTNET_RINGLOG_IN(function, ...)                                                        \
     do {                                                                                           \
         if (Ringlog::RingFile* const directNetRing = Ringlog::defaultRinglogFile()) {              \
-            static constinit Ringlog::MessageDescriptor directNetMessage(                          \
-                directNetTraceUnit, __LINE__, __PRETTY_FUNCTION__);                                \
+            static constinit Ringlog::MessageDescriptor directNetMessage(directNetTraceUnit,       \
+                                                                         __LINE__, function);      \
             Ringlog::writeMessage(*directNetRing, directNetMessage, __VA_ARGS__);                  \
         }                                                                                          \
     } while (false)
@@ -52,13 +63,18 @@
     DIRECTNET_DUALLOG_TO(Routing::DirectNet::traceHandle(), level, __VA_ARGS__)
 
 #define DIRECTNET_DUALLOG_TO(handle, level, ...)                                                   \
+    DIRECTNET_DUALLOG_SITE(handle, __PRETTY_FUNCTION__, level, __VA_ARGS__)
+
+#define DIRECTNET_DUALLOG_IN(function, level, ...)                                                 \
+    DIRECTNET_DUALLOG_SITE(Routing::DirectNet::traceHandle(), function, level, __VA_ARGS__)
+
+#define DIRECTNET_DUALLOG_SITE(handle, function, level, ...)                                       \
     do {                                                                                           \
-        if (Ringlog::TraceHandle::anyEnabled(level) && (handle).enabled(level)) {                  \
-            static constinit Ringlog::MessageDescriptor directNetMessage(                          \
-                directNetTraceUnit, __LINE__, __PRETTY_FUNCTION__);                                \
-            Routing::DirectNet::traceBoth((handle), (level), directNetMessage, __VA_ARGS__);       \
-        } else {                                                                                   \
-            DIRECTNET_RINGLOG(__VA_ARGS__);                                                        \
+        static constinit Ringlog::MessageDescriptor directNetMessage(directNetTraceUnit, __LINE__, \
+                                                                     function);                    \
+        if (Ringlog::defaultRinglogFile() != nullptr                                               \
+            || (Ringlog::TraceHandle::anyEnabled(level) && (handle).enabled(level))) {             \
+            Duallog::RinglogConverter((handle), (level), directNetMessage).write(__VA_ARGS__);     \
         }                                                                                          \
     } while (false)
 
@@ -76,22 +92,13 @@ inline Ringlog::TraceHandle& ribReadySmTraceHandle() {
     return handle;
 }
 
-// What the statements expand to. Kept out of line: callers are mostly not tracing. A message for
-// both traces that the text trace wants is built as text once, for both; otherwise the ring takes
-// its operands as they are.
+// What the statements expand to. Kept out of line: callers are mostly not tracing.
 
 template <typename... Ts>
 [[gnu::noinline]] void traceText(const Ringlog::TraceHelper& helper, const Ringlog::CallSite& site,
                                  const Ts&... operands) {
     Ringlog::TraceMessage message = helper.trace(site.unit, site.line, site.signature);
     (message.stream() << ... << operands);
-}
-
-template <typename... Ts>
-[[gnu::noinline]] void traceBoth(Ringlog::TraceHandle& handle, int level,
-                                 Ringlog::MessageDescriptor& descriptor, const Ts&... operands) {
-    Duallog::RinglogConverter converter(handle, level, descriptor);
-    (converter.stream() << ... << operands);
 }
 
 } // namespace Routing::DirectNet

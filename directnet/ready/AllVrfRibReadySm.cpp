@@ -83,24 +83,32 @@ AllVrfRibReadySm::~AllVrfRibReadySm() {
 }
 
 void AllVrfRibReadySm::handleInitialized() {
+    if (initialized()) {
+        DIRECTNET_TRACE_TO(ribReadySmTraceHandle(), 8, "already initialized");
+        return;
+    }
     DIRECTNET_TRACE_TO(ribReadySmTraceHandle(), 8, "Initializing AllVrfRibReadySm");
     for (const Orb::Name& name : Orb::keysOf(protoStatusDir()->entity())) {
-        if (const L3::VrfName vrfName(name.value()); !allVrfRibReady()->vrf().contains(vrfName)) {
-            doDeleteProtoVrfStatus(vrfName);
+        if (!isWaitedFor(name)) {
+            DIRECTNET_TRACE_TO(ribReadySmTraceHandle(), 8, deleting, name.value());
+            protoStatusDir()->entityDel(name);
         }
     }
     for (const L3::VrfName& vrfName : Orb::keysOf(allVrfRibReady()->vrf())) {
-        doAddProtoVrfStatus(vrfName);
+        DIRECTNET_TRACE_TO(ribReadySmTraceHandle(), 8, adding, vrfName);
+        protoVrfStatus(vrfName);
     }
     initializedIs(true);
 }
 
 void AllVrfRibReadySm::handleVrfRibReady(const L3::VrfName& vrfName) {
     if (allVrfRibReady()->vrf().contains(vrfName)) {
-        doAddProtoVrfStatus(vrfName);
+        DIRECTNET_TRACE_TO(ribReadySmTraceHandle(), 8, adding, vrfName);
+        protoVrfStatus(vrfName);
         maybeSignalVrfReady(vrfName);
     } else {
-        doDeleteProtoVrfStatus(vrfName);
+        DIRECTNET_TRACE_TO(ribReadySmTraceHandle(), 8, deleting, vrfName);
+        protoStatusDir()->entityDel(Orb::Name(vrfName.value()));
     }
 }
 
@@ -136,14 +144,10 @@ void AllVrfRibReadySm::maybeSignalVrfReady(const L3::VrfName& vrfName) {
     status->readyIs(true);
 }
 
-void AllVrfRibReadySm::doAddProtoVrfStatus(const L3::VrfName& vrfName) {
-    DIRECTNET_TRACE_TO(ribReadySmTraceHandle(), 8, adding, vrfName);
-    protoVrfStatus(vrfName);
-}
-
-void AllVrfRibReadySm::doDeleteProtoVrfStatus(const L3::VrfName& vrfName) {
-    DIRECTNET_TRACE_TO(ribReadySmTraceHandle(), 8, deleting, vrfName);
-    protoStatusDir()->entityDel(Orb::Name(vrfName.value()));
+// What others left in the directory may have a name that no VRF can have.
+bool AllVrfRibReadySm::isWaitedFor(const Orb::Name& name) const {
+    return name.value().size() <= L3::VrfName::maxLength
+           && allVrfRibReady()->vrf().contains(L3::VrfName(name.value()));
 }
 
 Orb::Ptr<Rib::ProtoVrfStatus> AllVrfRibReadySm::protoVrfStatus(const L3::VrfName& vrfName) {

@@ -51,9 +51,9 @@ class AllVrfRibReadySm : public Orb::Entity {
     void maybeSignalVrfReady(const L3::VrfName& vrfName);
 
   private:
-    class OrbAllVrfRibReady : public Orb::Reactor<AllVrfRibReadySm, Rib::AllVrfRibReady> {
+    class OrbAllVrfRibReady : public Orb::InputReactor<AllVrfRibReadySm, Rib::AllVrfRibReady> {
       public:
-        using Reactor::Reactor;
+        using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
@@ -63,8 +63,7 @@ class AllVrfRibReadySm : public Orb::Entity {
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
-    void doAddProtoVrfStatus(const L3::VrfName& vrfName);
-    void doDeleteProtoVrfStatus(const L3::VrfName& vrfName);
+    bool isWaitedFor(const Orb::Name& name) const;
     Orb::Ptr<Rib::ProtoVrfStatus> protoVrfStatus(const L3::VrfName& vrfName);
 
     OrbAllVrfRibReady orbAllVrfRibReady_;

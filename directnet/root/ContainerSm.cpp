@@ -2,6 +2,7 @@
 
 #include "directnet/model/Trace.h"
 #include "platform/orb/ActivityManager.h"
+#include "platform/orb/Decision.h"
 #include "platform/orb/DefineType.h"
 #include "platform/orb/Keys.h"
 
@@ -37,14 +38,16 @@ void releaseVirtualIps(const Table& table, IntfViaSetConfig& config, IntfViaSetK
 ContainerSm::ContainerSm(Arguments arguments)
     : arguments_(std::move(arguments)), mount_(entityManager()) {
     try {
-        handleInitialized();
+        Orb::decide([this] { handleInitialized(); });
     } catch (...) {
-        doCleanup();
+        doRelease();
         throw;
     }
 }
 
-ContainerSm::~ContainerSm() {
+ContainerSm::~ContainerSm() { doRelease(); }
+
+void ContainerSm::doRelease() {
     doCleanup();
     orbDoZombieReactors(true);
     vrfIpIntfStatusSmDel();
@@ -84,7 +87,7 @@ void ContainerSm::handleInitialized() {
 }
 
 Orb::String ContainerSm::kniPath() const {
-    return Orb::format("kni/ns/%s/status", netNs().value().c_str());
+    return "kni/ns/" + netNs().value() + "/status"; // whole, whatever bytes the name has
 }
 
 void ContainerSm::doKniInit() {
@@ -99,6 +102,7 @@ void ContainerSm::doKniInit() {
         Interface::DeviceIntfStatusDir::Arguments{Orb::Name()}));
     mount_.doMount(kniPath(), KernelNetInfo::Status::fwkType().name(),
                    OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::read));
+    mounted_ = true;
     intfStatusManagerRoot()
         ->intfStatusManagerIs(kernelIntfStatusDir(),
                               mount_.getEntity<KernelNetInfo::Status>(kniPath()), netNs())
@@ -108,7 +112,7 @@ void ContainerSm::doKniInit() {
 void ContainerSm::doKniDelete() {
     DIRECTNET_TRACE(8,
                     "Unmounting kniStatus and deleting KernelIntfStatusManager for vrf : ", *this);
-    if (kernelIntfStatusDir() == nullptr) {
+    if (!std::exchange(mounted_, false)) {
         return;
     }
     intfStatusManagerRoot()->intfStatusManagerDel(netNs(), kernelIntfStatusDir());

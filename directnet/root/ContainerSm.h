@@ -51,8 +51,8 @@ class ContainerSm : public Orb::Entity {
     ORB_CHILD(281, KernelIntfStatus, kernelIntfStatus)
     ORB_CHILD(282, VrfIpIntfStatusSm, vrfIpIntfStatusSm)
     ORB_CHILD(283, VrfIp6IntfStatusSm, vrfIp6IntfStatusSm)
-    ORB_CHILD(284, Ipv4::VrfVirtualIpStatusSm, vrfVirtualIpStatusSm)
-    ORB_CHILD(285, Ipv6::VrfVirtualIpStatusSm, vrfVirtualIp6StatusSm)
+    ORB_SOLE_CHILD(284, Ipv4::VrfVirtualIpStatusSm, vrfVirtualIpStatusSm)
+    ORB_SOLE_CHILD(285, Ipv6::VrfVirtualIpStatusSm, vrfVirtualIp6StatusSm)
     ORB_CHILD(286, IntfBacklogSm, intfBacklogSm)
     ORB_ATTRIBUTE(287, bool, initialized)
 
@@ -86,7 +86,10 @@ class ContainerSm : public Orb::Entity {
     void doReleaseViaSetKeys();
     void doReleaseAllViaSetKeys();
 
+    void doRelease();
+
     OrbMemtab::Mount mount_;
+    bool mounted_ = false; // the kernel-interface status
 };
 
 } // namespace Routing::DirectNet

@@ -16,16 +16,24 @@ template <typename Sm>
 class IntfStatusMachine {
   public:
     void handleIntfId(Lanx::IntfId intfId) {
-        if (isDue(intfId)) {
+        bool due = false;
+        if (!self().hasIntfStatus(intfId)) {
+            DIRECTNET_TRACE(8, self(), ' ', intfId, Sm::absentText);
+        } else if (!self().kernelIntfStatus()->kernelIntfPresent(intfId)) {
+            DIRECTNET_TRACE(8, self(), ' ', intfId, " not present in kernelIntfStatus");
+        } else {
             DIRECTNET_TRACE(8, self(), ' ', intfId, " all conditions met");
-            if (self().hasIntfSm(intfId)) {
-                DIRECTNET_TRACE(8, self(), ' ', intfId, " SM exists");
-                return;
-            }
+            due = true;
+        }
+        if (due && self().hasIntfSm(intfId)) {
+            DIRECTNET_TRACE(8, self(), ' ', intfId, " SM exists");
+        } else if (due) {
+            // One of a status that went and came back while nobody could look is not this one's.
+            self().doDeleteIntfSm(intfId);
             DIRECTNET_TRACE(7, self(), ' ', intfId, " create SM");
             DIRECTNET_RINGLOG(intfId, Sm::createText);
             self().doCreateIntfSm(intfId);
-        } else if (self().hasIntfSm(intfId)) {
+        } else if (self().hasAnyIntfSm(intfId)) {
             DIRECTNET_TRACE(7, self(), ' ', intfId, " delete SM");
             DIRECTNET_RINGLOG(intfId, Sm::deleteText);
             self().doDeleteIntfSm(intfId);
@@ -44,9 +52,9 @@ class IntfStatusMachine {
     }
 
   protected:
-    class OrbKernelIntfDir : public Orb::Reactor<Sm, Interface::DeviceIntfStatusDir> {
+    class OrbKernelIntfDir : public Orb::InputReactor<Sm, Interface::DeviceIntfStatusDir> {
       public:
-        using Orb::Reactor<Sm, Interface::DeviceIntfStatusDir>::Reactor;
+        using Orb::InputReactor<Sm, Interface::DeviceIntfStatusDir>::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override {
             if (id == Interface::DeviceIntfStatusDir::intfStatusAndDeviceNameId) {
                 this->owner()->handleIntfId(Orb::keyAs<Lanx::IntfId>(key));
@@ -56,9 +64,9 @@ class IntfStatusMachine {
 
     /// Watches the VRF's interface statuses, in the collection of that number.
     template <typename Watched, Orb::AttributeId collectionId>
-    class OrbIntfStatuses : public Orb::Reactor<Sm, Watched> {
+    class OrbIntfStatuses : public Orb::InputReactor<Sm, Watched> {
       public:
-        using Orb::Reactor<Sm, Watched>::Reactor;
+        using Orb::InputReactor<Sm, Watched>::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override {
             if (id == collectionId) {
                 this->owner()->handleIntfId(Orb::keyAs<Lanx::IntfId>(key));
@@ -80,18 +88,6 @@ class IntfStatusMachine {
 
     Sm& self() { return static_cast<Sm&>(*this); }
     const Sm& self() const { return static_cast<const Sm&>(*this); }
-
-    bool isDue(Lanx::IntfId intfId) const {
-        if (!self().hasIntfStatus(intfId)) {
-            DIRECTNET_TRACE(8, self(), ' ', intfId, Sm::absentText);
-            return false;
-        }
-        if (!self().kernelIntfStatus()->kernelIntfPresent(intfId)) {
-            DIRECTNET_TRACE(8, self(), ' ', intfId, " not present in kernelIntfStatus");
-            return false;
-        }
-        return true;
-    }
 };
 
 } // namespace Routing::DirectNet

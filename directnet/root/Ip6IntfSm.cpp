@@ -31,6 +31,10 @@ Ip6IntfSm::~Ip6IntfSm() {
 }
 
 void Ip6IntfSm::handleInitialized() {
+    if (initialized()) {
+        DIRECTNET_TRACE(8, *this, " already initialized");
+        return;
+    }
     initializedIs(true);
     Orb::forEachKey(ip6IntfStatus()->addr(),
                     [this](const auto& address) { handleIp6Address(address); });
@@ -46,7 +50,15 @@ void Ip6IntfSm::handleIntfDeletion() {
     DIRECTNET_TRACE(8, "handleIntfDeletion", " intf=", intfId());
     Orb::forEachKey(ip6IntfStatus()->addr(),
                     [this](const auto& address) { updateIntfIdsByPrefix(address, true); });
-    contributions_.giveAllReferencesBack();
+    // The status may have moved on from what was added, without a word that was still heard.
+    for (const Lanx::Ip6AddrWithMask& address : Orb::keysOf(contributions_.held())) {
+        updateIntfIdsByPrefix(address, true);
+    }
+}
+
+void Ip6IntfSm::handleRoom() {
+    Orb::forEachKey(ip6IntfStatus()->addr(),
+                    [this](const auto& address) { handleIp6Address(address); });
 }
 
 void Ip6IntfSm::updateIntfIdsByPrefix(const Lanx::Ip6AddrWithMask& address, bool withdraw) {
@@ -58,10 +70,17 @@ void Ip6IntfSm::updateIntfIdsByPrefix(const Lanx::Ip6AddrWithMask& address, bool
     if (withdraw) {
         contributions_.withdraw(address);
         contributions_.giveReferencesBack(address);
-    } else {
-        contributions_.add(address);
-        contributions_.takeReference(address);
+        return;
     }
+    contributions_.fetchAhead(address);
+    const IntfViaSetKey key = contributions_.viaSetKey();
+    if (!key) {
+        room_.await(*this, contributions_.vias());
+        intfBacklog()->waitsForRoomIs(true);
+        return;
+    }
+    contributions_.add(address, key);
+    contributions_.takeReference(address);
 }
 
 } // namespace Routing::DirectNet

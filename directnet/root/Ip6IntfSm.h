@@ -28,6 +28,8 @@ class Ip6IntfSm : public Orb::Entity {
     void handleInitialized();
     void handleIp6Address(const Lanx::Ip6AddrWithMask& address);
     void handleIntfDeletion();
+    /// There may be room for the interface's via, which there was not when its addresses came.
+    void handleRoom();
 
     void updateIntfIdsByPrefix(const Lanx::Ip6AddrWithMask& address, bool withdraw);
 
@@ -36,13 +38,14 @@ class Ip6IntfSm : public Orb::Entity {
     }
 
   private:
-    class OrbIp6IntfStatus : public Orb::Reactor<Ip6IntfSm, Ip6::IntfStatus> {
+    class OrbIp6IntfStatus : public Orb::InputReactor<Ip6IntfSm, Ip6::IntfStatus> {
       public:
-        using Reactor::Reactor;
+        using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
     AddressContributions<Traits::IPv6> contributions_;
+    OrbMemtab::RoomWaiter<Ip6IntfSm> room_;
     OrbIp6IntfStatus orbIp6IntfStatus_;
 };
 

@@ -25,6 +25,11 @@ bool Ip6IntfStatusSm::hasIntfStatus(Lanx::IntfId intfId) const {
     return vrfIp6IntfStatus()->intfStatus(intfId) != nullptr;
 }
 
+bool Ip6IntfStatusSm::hasIntfSm(Lanx::IntfId intfId) const {
+    const auto* sm = ip6IntfSm(intfId);
+    return sm != nullptr && sm->ip6IntfStatus().get() == vrfIp6IntfStatus()->intfStatus(intfId);
+}
+
 void Ip6IntfStatusSm::doCreateIntfSm(Lanx::IntfId intfId) {
     using Status = std::remove_pointer_t<decltype(vrfIp6IntfStatus()->intfStatus(intfId))>;
     ip6IntfSmIs(intfId, Orb::Ptr<const Status>(vrfIp6IntfStatus()->intfStatus(intfId)),

@@ -42,7 +42,9 @@ class Ip6IntfStatusSm : public Orb::Entity, public IntfStatusMachine<Ip6IntfStat
     static constexpr const char* deleteText = " IPv6 SM delete";
 
     bool hasIntfStatus(Lanx::IntfId intfId) const;
-    bool hasIntfSm(Lanx::IntfId intfId) const { return ip6IntfSm(intfId) != nullptr; }
+    /// Whether the interface has a machine, and whether it is that of the present status.
+    bool hasAnyIntfSm(Lanx::IntfId intfId) const { return ip6IntfSm(intfId) != nullptr; }
+    bool hasIntfSm(Lanx::IntfId intfId) const;
     void doCreateIntfSm(Lanx::IntfId intfId);
     void doDeleteIntfSm(Lanx::IntfId intfId) { ip6IntfSmDel(intfId); }
 

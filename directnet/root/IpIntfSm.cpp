@@ -9,7 +9,14 @@ ORB_DEFINE_TYPE(IpIntfSm)
 ORB_REGISTER(IpIntfSm, IpIntfSm, unitDirectNet, 8)
 
 namespace {
+
 DIRECTNET_TRACE_UNIT("DirectNet");
+
+/// A /31 and a /32 have none.
+bool hasBroadcasts(const Lanx::IpAddrWithMask& address) {
+    return !address.isZero() && address.len() <= 30;
+}
+
 } // namespace
 
 void IpIntfSm::OrbIpIntfStatus::onAttribute(Orb::AttributeId id, const void* key) {
@@ -36,6 +43,10 @@ IpIntfSm::~IpIntfSm() {
 }
 
 void IpIntfSm::handleInitialized() {
+    if (initialized()) {
+        DIRECTNET_TRACE(8, *this, " already initialized");
+        return;
+    }
     initializedIs(true);
     handleActiveAddress(ipIntfStatus()->activeAddrWithMask());
     Orb::forEachKey(ipIntfStatus()->activeSecondaryWithMask(),
@@ -64,19 +75,46 @@ void IpIntfSm::handleSecondaryAddress(const Lanx::IpAddrWithMask& address) {
 
 void IpIntfSm::handleDirectedBroadcast() {
     DIRECTNET_TRACE(8, "handleDirectedBroadcast", " intf=", intfId());
-    updateBcastRoute(ipIntfStatus()->activeAddrWithMask(), false);
+    // No reference keeps the broadcasts of an address that is not added itself. Those of an
+    // unnumbered interface's address are taken back by nobody, so they hold theirs for good.
+    const auto update = [this](const Lanx::IpAddrWithMask& address, bool isPrimary) {
+        updateBcastRoute(address, false);
+        if (hasBroadcasts(address) && !room_.waits()) {
+            contributions_.takeBroadcastReference(address, isPrimary);
+        }
+    };
+    update(ipIntfStatus()->activeAddrWithMask(), true);
     Orb::forEachKey(ipIntfStatus()->activeSecondaryWithMask(),
-                    [this](const auto& address) { updateBcastRoute(address, false); });
+                    [&](const auto& address) { update(address, false); });
 }
 
 void IpIntfSm::handleIntfDeletion() {
     DIRECTNET_TRACE(8, "handleIntfDeletion", " intf=", intfId());
+    const auto secondaries = Orb::keysOf(ipIntfStatus()->activeSecondaryWithMask());
     if (!prevUnnumberedIntf()) {
         updateIntfIdsByPrefix(ipIntfStatus()->activeAddrWithMask(), true);
     }
-    Orb::forEachKey(ipIntfStatus()->activeSecondaryWithMask(),
-                    [this](const auto& address) { updateIntfIdsByPrefix(address, true); });
-    contributions_.giveAllReferencesBack();
+    for (const Lanx::IpAddrWithMask& address : secondaries) {
+        updateIntfIdsByPrefix(address, true);
+    }
+    // The status may have moved on from what was added, without a word that was still heard.
+    for (const Lanx::IpAddrWithMask& address : Orb::keysOf(contributions_.held())) {
+        if (!contributions_.held().find(address)->stays) {
+            updateIntfIdsByPrefix(address, true);
+        }
+    }
+}
+
+void IpIntfSm::handleRoom() {
+    if (ipIntfStatus()->unnumberedIntfId() == Lanx::IntfId()) {
+        updateIntfIdsByPrefix(ipIntfStatus()->activeAddrWithMask(), false);
+    }
+    for (const Lanx::IpAddrWithMask& address :
+         Orb::keysOf(ipIntfStatus()->activeSecondaryWithMask())) {
+        if (ipIntfStatus()->activeSecondaryWithMask(address)) {
+            updateIntfIdsByPrefix(address, false);
+        }
+    }
 }
 
 void IpIntfSm::updateIntfIdsByPrefix(const Lanx::IpAddrWithMask& address, bool withdraw) {
@@ -89,15 +127,20 @@ void IpIntfSm::updateIntfIdsByPrefix(const Lanx::IpAddrWithMask& address, bool w
         contributions_.withdraw(address);
         updateBcastRoute(address, true);
         contributions_.giveReferencesBack(address);
-    } else {
-        contributions_.add(address);
-        updateBcastRoute(address, false);
-        contributions_.takeReference(address);
+        return;
     }
+    contributions_.fetchAhead(address);
+    const IntfViaSetKey key = viaSetKeyOrWait();
+    if (!key) {
+        return;
+    }
+    contributions_.add(address, key);
+    updateBcastRoute(address, false);
+    contributions_.takeReference(address);
 }
 
 void IpIntfSm::updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdraw) {
-    if (address.isZero() || address.len() > 30) {
+    if (!hasBroadcasts(address)) {
         return;
     }
     const auto network = Lanx::IpPrefix::host(address.networkAddr());
@@ -112,14 +155,26 @@ void IpIntfSm::updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdr
     }
     contributions_.fetchAhead(network);
     contributions_.fetchAhead(broadcast);
+    const IntfViaSetKey key = viaSetKeyOrWait();
+    if (!key) {
+        return;
+    }
     // The flag chooses the broadcast route's type only; its via set stays the same.
     const bool flag = ipIntfStatus()->directedBroadcast();
-    const IntfViaSetKey key = contributions_.viaSetKey();
     contributions_.addPrefix(network, address, Fib::RouteType::receiveBroadcast,
                              key.rxBcastViaSetKey());
     contributions_.addPrefix(broadcast, address, flag ? directed : plain,
                              key.directedBcastViaSetKey());
     contributions_.delPrefix(broadcast, address, flag ? plain : directed);
+}
+
+IntfViaSetKey IpIntfSm::viaSetKeyOrWait() {
+    const IntfViaSetKey key = contributions_.viaSetKey();
+    if (!key) {
+        room_.await(*this, contributions_.vias());
+        intfBacklog()->waitsForRoomIs(true);
+    }
+    return key;
 }
 
 } // namespace Routing::DirectNet

@@ -38,6 +38,8 @@ class IpIntfSm : public Orb::Entity {
     /// of an unnumbered interface, and to secondary addresses whatever their value.
     void handleDirectedBroadcast();
     void handleIntfDeletion();
+    /// There may be room for the interface's via, which there was not when its addresses came.
+    void handleRoom();
 
     void updateIntfIdsByPrefix(const Lanx::IpAddrWithMask& address, bool withdraw);
     void updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdraw);
@@ -47,13 +49,16 @@ class IpIntfSm : public Orb::Entity {
     }
 
   private:
-    class OrbIpIntfStatus : public Orb::Reactor<IpIntfSm, Ip::IpIntfStatus> {
+    class OrbIpIntfStatus : public Orb::InputReactor<IpIntfSm, Ip::IpIntfStatus> {
       public:
-        using Reactor::Reactor;
+        using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
+    IntfViaSetKey viaSetKeyOrWait();
+
     AddressContributions<Traits::IPv4> contributions_;
+    OrbMemtab::RoomWaiter<IpIntfSm> room_;
     OrbIpIntfStatus orbIpIntfStatus_;
 };
 

@@ -25,6 +25,11 @@ bool IpIntfStatusSm::hasIntfStatus(Lanx::IntfId intfId) const {
     return vrfIpIntfStatus()->ipIntfStatus(intfId) != nullptr;
 }
 
+bool IpIntfStatusSm::hasIntfSm(Lanx::IntfId intfId) const {
+    const auto* sm = ipIntfSm(intfId);
+    return sm != nullptr && sm->ipIntfStatus().get() == vrfIpIntfStatus()->ipIntfStatus(intfId);
+}
+
 void IpIntfStatusSm::doCreateIntfSm(Lanx::IntfId intfId) {
     using Status = std::remove_pointer_t<decltype(vrfIpIntfStatus()->ipIntfStatus(intfId))>;
     ipIntfSmIs(intfId, Orb::Ptr<const Status>(vrfIpIntfStatus()->ipIntfStatus(intfId)),

@@ -42,7 +42,9 @@ class IpIntfStatusSm : public Orb::Entity, public IntfStatusMachine<IpIntfStatus
     static constexpr const char* deleteText = " IPv4 SM delete";
 
     bool hasIntfStatus(Lanx::IntfId intfId) const;
-    bool hasIntfSm(Lanx::IntfId intfId) const { return ipIntfSm(intfId) != nullptr; }
+    /// Whether the interface has a machine, and whether it is that of the present status.
+    bool hasAnyIntfSm(Lanx::IntfId intfId) const { return ipIntfSm(intfId) != nullptr; }
+    bool hasIntfSm(Lanx::IntfId intfId) const;
     void doCreateIntfSm(Lanx::IntfId intfId);
     void doDeleteIntfSm(Lanx::IntfId intfId) { ipIntfSmDel(intfId); }
 

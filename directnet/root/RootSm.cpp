@@ -2,7 +2,9 @@
 
 #include "directnet/model/Trace.h"
 #include "platform/orb/Assert.h"
+#include "platform/orb/Decision.h"
 #include "platform/orb/DefineType.h"
+#include "platform/orb/FirstError.h"
 #include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
@@ -30,6 +32,12 @@ void RootSm::OrbOrb_NameToIdMapIn::onAttribute(Orb::AttributeId id, const void* 
     }
 }
 
+void RootSm::OrbOrb_NameToIdMapIn::onRemembered(Orb::AttributeId id, const void* key) {
+    if (id == NameToIdMap::vrfIdId) {
+        owner()->noteWhatIsNotDue(Orb::keyAs<L3::VrfName>(key));
+    }
+}
+
 void RootSm::OrbAllVrfStatusLocal::onAttribute(Orb::AttributeId id, const void* key) {
     if (id != Ip::AllVrfStatusLocal::vrfId) {
         return;
@@ -42,8 +50,14 @@ void RootSm::OrbAllVrfStatusLocal::onAttribute(Orb::AttributeId id, const void* 
     }
 }
 
+void RootSm::OrbAllVrfStatusLocal::onRemembered(Orb::AttributeId id, const void* key) {
+    if (id == Ip::AllVrfStatusLocal::vrfId) {
+        owner()->noteWhatIsNotDue(Orb::keyAs<L3::VrfName>(key));
+    }
+}
+
 RootSm::VrfStatusLocalSm::VrfStatusLocalSm(RootSm* root, Orb::Ptr<const Ip::VrfStatusLocal> status)
-    : MemberReactor(root) {
+    : InputMemberReactor(root) {
     attach(std::move(status));
 }
 
@@ -53,8 +67,14 @@ void RootSm::VrfStatusLocalSm::onAttribute(Orb::AttributeId id, const void*) {
     }
 }
 
+void RootSm::VrfStatusLocalSm::onRemembered(Orb::AttributeId id, const void*) {
+    if (id == Ip::VrfStatusLocal::stateId) {
+        owner()->noteWhatIsNotDue(vrfName());
+    }
+}
+
 void RootSm::VrfStatusLocalSm::notifierIs(Orb::Ptr<const Ip::VrfStatusLocal> status) {
-    MemberReactor::notifierIs(std::move(status));
+    InputMemberReactor::notifierIs(std::move(status));
     handleVrfStatusLocal();
 }
 
@@ -67,7 +87,7 @@ void RootSm::VrfStatusLocalSm::orbDoZombieReactors(bool zombie) {
     if (zombie == orbMarkedForDeletion()) {
         return;
     }
-    MemberReactor::orbDoZombieReactors(zombie);
+    InputMemberReactor::orbDoZombieReactors(zombie);
     if (zombie && !owner()->orbMarkedForDeletion()) {
         owner()->orb_handleVrfStatusLocal(*this);
     }
@@ -76,37 +96,29 @@ void RootSm::VrfStatusLocalSm::orbDoZombieReactors(bool zombie) {
 RootSm::RootSm(Arguments arguments)
     : arguments_(std::move(arguments)), mount_(entityManager()), orbNameToIdMapWrapper_(this),
       orbAllVrfStatusLocal_(this) {
-    orbNameToIdMapWrapper_.notifierIs(nameToIdMapWrapper());
-    orbAllVrfStatusLocal_.notifierIs(allVrfStatusLocal());
-    for (const auto& status : allVrfStatusLocal()->vrf()) {
-        vrfStatusLocalIs(status);
-    }
-    handleInitialized();
-    if (nameToIdMapWrapper() != nullptr) {
-        orbOrb_NameToIdMapIn_ = newOrb_NameToIdMapIn(nameToIdMapWrapper()->nameToIdMap());
+    try {
+        Orb::decide([this] { doStart(); });
+    } catch (...) {
+        doUndoStart();
+        throw;
     }
 }
 
+// Whoever is told of what goes may throw; a destructor keeps that to itself.
 RootSm::~RootSm() {
-    orbDoZombieReactors(true);
-    intfStatusManagerRootDel();
-    allVrfReadyStatusDel();
-    allVrfRibReadySmDel();
-    allVrfVirtualIpStatusDel();
-    allVrfVirtualIp6StatusDel();
-    vrfVirtualIpStatusHelperDel();
-    vrfVirtualIp6StatusHelperDel();
-    virtualIpStatusSmDel();
-    virtualIp6StatusSmDel();
-    intfBacklogByVrfDel();
-    ipv4CrLeakLocalStatusDel();
-    ipv4CrLeakSmDel();
-    ipv6CrLeakLocalStatusDel();
-    ipv6CrLeakSmDel();
-    receiveRouteLeakSmDel();
-    intfViaSetConfigDel();
-    containerSmDelAll();
-    unmount();
+    try {
+        Orb::decide([this] { doRelease(); });
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+    }
+}
+
+// The last reference may go in the middle of a decision of some machine of the root's.
+void RootSm::handleZeroRef() {
+    if (!Orb::decisionUnderWay()) {
+        Entity::handleZeroRef();
+    } else if (!std::exchange(dying_, true)) {
+        Orb::Detail::Turn::current().remember(this, [this] { Entity::handleZeroRef(); });
+    }
 }
 
 void RootSm::orbDoZombieReactors(bool zombie) {
@@ -130,9 +142,12 @@ void RootSm::orb_NameToIdMapInIs(const Orb::Ptr<NameToIdMap>& map) {
     orbOrb_NameToIdMapIn_->notifierIs(map);
     // A map that replaces another may lack names that have a container.
     const Orb::Ptr<VrfNameSet> names = containerNames();
-    Orb::forEachKey(names->vrfName(),
-                    [this](const L3::VrfName& name) { doCreateOrDeleteContainer(name); });
-    handleRibVrfNameToIdMap();
+    Orb::FirstError errors;
+    Orb::forEachKey(names->vrfName(), [&](const L3::VrfName& name) {
+        errors.attempt([&] { doCreateOrDeleteContainer(name); });
+    });
+    errors.attempt([this] { handleRibVrfNameToIdMap(); });
+    errors.raise();
 }
 
 void RootSm::handleRibVrfNameToIdMap() {
@@ -142,8 +157,11 @@ void RootSm::handleRibVrfNameToIdMap() {
         return;
     }
     const Orb::Ptr<NameToIdMap> map = nameToIdMapWrapper()->nameToIdMap();
-    Orb::forEachKey(map->vrfId(),
-                    [this](const L3::VrfName& name) { doCreateOrDeleteContainer(name); });
+    Orb::FirstError errors; // one VRF that is refused is no reason to leave the others out
+    Orb::forEachKey(map->vrfId(), [&](const L3::VrfName& name) {
+        errors.attempt([&] { doCreateOrDeleteContainer(name); });
+    });
+    errors.raise();
 }
 
 RootSm::Verdict RootSm::containerVerdict(const L3::VrfName& name) const {
@@ -161,62 +179,64 @@ RootSm::Verdict RootSm::containerVerdict(const L3::VrfName& name) const {
 }
 
 void RootSm::doCreateOrDeleteContainer(const L3::VrfName& name) {
-    DIRECTNET_RINGLOG(name);
-    if (!initialized()) {
-        DIRECTNET_TRACE(8, "init not complete VRF ", name);
-        return;
-    }
-    const Verdict verdict = containerVerdict(name);
-    switch (verdict) {
-    case Verdict::noId:
-        DIRECTNET_TRACE(8, "VRF name to ID map has been deleted for VRF ", name);
-        break;
-    case Verdict::noStatus:
-        DIRECTNET_TRACE(8, "allVrfStatusLocal missing for VRF ", name);
-        break;
-    case Verdict::notActive:
-        DIRECTNET_TRACE(8, "allVrfStatusLocal not active for VRF ", name, " state ",
-                        allVrfStatusLocal()->vrf(name)->state());
-        break;
-    case Verdict::due:
-        DIRECTNET_TRACE(8, "All conditions met to create VRF ", name);
-        break;
-    }
-    const bool due = verdict == Verdict::due;
-    const bool exists = containerSm(name) != nullptr;
-    if (changing_->vrfName().contains(name)) {
-        changing_->vrfNameIs(name, false); // decided again once that is done
-    } else if (due == exists) {
-        DIRECTNET_TRACE(8, "no change, containerSm ", exists ? "exists" : "do not exist",
-                        " for VRF ", name);
-    } else if (due) {
-        doCreateContainer(name);
-    } else {
-        doDeleteContainer(name);
+    Orb::decideInTurn(*this, [this, name] {
+        DIRECTNET_RINGLOG(name);
+        if (!initialized()) {
+            DIRECTNET_TRACE(8, "init not complete VRF ", name);
+            return;
+        }
+        const Verdict verdict = containerVerdict(name);
+        switch (verdict) {
+        case Verdict::noId:
+            DIRECTNET_TRACE(8, "VRF name to ID map has been deleted for VRF ", name);
+            break;
+        case Verdict::noStatus:
+            DIRECTNET_TRACE(8, "allVrfStatusLocal missing for VRF ", name);
+            break;
+        case Verdict::notActive:
+            DIRECTNET_TRACE(8, "allVrfStatusLocal not active for VRF ", name, " state ",
+                            allVrfStatusLocal()->vrf(name)->state());
+            break;
+        case Verdict::due:
+            DIRECTNET_TRACE(8, "All conditions met to create VRF ", name);
+            break;
+        }
+        // All of them: one that comes may have the id of one that went.
+        Orb::forEachKey(wasNotDue_->vrfName(),
+                        [this](const L3::VrfName& gone) { doDeleteContainer(gone); });
+        const bool due = verdict == Verdict::due;
+        const bool exists = containerSm(name) != nullptr;
+        if (due == exists) {
+            DIRECTNET_TRACE(8, "no change, containerSm ", exists ? "exists" : "do not exist",
+                            " for VRF ", name);
+        } else if (!due) {
+            doDeleteContainer(name);
+        } else {
+            const VrfId vrfId = nameToIdMapWrapper()->vrfId(name);
+            DIRECTNET_TRACE(8, "adding containerSm VRF ", name);
+            DIRECTNET_RINGLOG(" adding containerSm. vrfId=", vrfId);
+            doCreateContainer(name, vrfId);
+        }
+    });
+}
+
+void RootSm::noteWhatIsNotDue(const L3::VrfName& name) {
+    if (containerVerdict(name) != Verdict::due) {
+        wasNotDue_->vrfNameIs(name, true);
     }
 }
 
-void RootSm::doCreateContainer(const L3::VrfName& name) {
-    const Vrf::VrfIdMap::VrfId vrfId = nameToIdMapWrapper()->vrfId(name);
-    DIRECTNET_TRACE(8, "adding containerSm VRF ", name);
-    DIRECTNET_RINGLOG(" adding containerSm. vrfId=", vrfId);
-    changing_->vrfNameIs(name, true);
+void RootSm::doCreateContainer(const L3::VrfName& name, VrfId vrfId) {
     try {
         createContainerParts(name, vrfId);
     } catch (...) {
-        changing_->vrfNameDel(name);
         doDeleteContainer(name);
         doDeleteContainerParts(name, vrfId);
         throw;
     }
-    // What the new container wrote may have made others change the VRF's conditions.
-    if (!isUndisturbed(name)) {
-        doDeleteContainer(name);
-        doCreateOrDeleteContainer(name);
-    }
 }
 
-void RootSm::createContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId vrfId) {
+void RootSm::createContainerParts(const L3::VrfName& name, VrfId vrfId) {
     const Orb::Ptr<VrfReadyStatus> ready(allVrfReadyStatus()->vrfReadyStatusIs(name));
     const auto virtualIps = vrfVirtualIpStatusHelper()->findOrCreateVrfVirtualIpStatus(name);
     const auto virtualIps6 = vrfVirtualIp6StatusHelper()->findOrCreateVrfVirtualIpStatus(name);
@@ -230,8 +250,9 @@ void RootSm::createContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId 
 }
 
 // What was made for a container that could not be made. Nobody watches the tables, so they stay
-// only for what they hold.
-void RootSm::doDeleteContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId vrfId) {
+// only for what they hold; and a backlog of that id may be another VRF's, for which this one was
+// refused.
+void RootSm::doDeleteContainerParts(const L3::VrfName& name, VrfId vrfId) {
     const auto deleteEmpty = [&name](auto& tables) {
         const auto* table = tables.vrfVirtualIpStatus(name);
         if (table != nullptr && table->virtualIp().empty()) {
@@ -240,47 +261,29 @@ void RootSm::doDeleteContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfI
     };
     deleteEmpty(*allVrfVirtualIpStatus());
     deleteEmpty(*allVrfVirtualIp6Status());
-    intfBacklogByVrf()->intfBacklogDel(vrfId);
+    const IntfBacklog* backlog = intfBacklogByVrf()->intfBacklog(vrfId);
+    if (backlog != nullptr && backlog->vrfName() == name) {
+        intfBacklogByVrf()->intfBacklogDel(vrfId);
+    }
 }
 
 void RootSm::doDeleteContainer(const L3::VrfName& name) {
-    const L3::VrfName stable = name; // the caller's may be the container's own
-    DIRECTNET_TRACE(8, "deleting containerSm VRF ", stable);
-    DIRECTNET_RINGLOG(" deleting containerSm");
-    if (changing_->vrfName().contains(stable)) {
-        changing_->vrfNameIs(stable, false);
-        return;
-    }
-    changing_->vrfNameIs(stable, true);
-    try {
-        deleteContainerAndParts(stable);
-    } catch (...) {
-        changing_->vrfNameDel(stable);
-        throw;
-    }
-    if (!isUndisturbed(stable)) {
-        doCreateOrDeleteContainer(stable);
-    }
-}
-
-void RootSm::deleteContainerAndParts(const L3::VrfName& name) {
-    allVrfReadyStatus()->vrfReadyStatusDel(name);
-    const ContainerSm* container = containerSm(name);
-    if (container == nullptr) {
-        return;
-    }
-    ORB_ASSERT(container->references() == 1, "container->references() == 1");
-    const Vrf::VrfIdMap::VrfId vrfId = container->vrfId();
-    containerSmDel(name);
-    vrfVirtualIpStatusHelper()->maybeDeleteVrfVirtualIpStatus(name.value());
-    vrfVirtualIp6StatusHelper()->maybeDeleteVrfVirtualIpStatus(name.value());
-    intfBacklogByVrf()->intfBacklogDel(vrfId);
-}
-
-bool RootSm::isUndisturbed(const L3::VrfName& name) {
-    const bool undisturbed = changing_->vrfName(name);
-    changing_->vrfNameDel(name);
-    return undisturbed;
+    Orb::decideInTurn(*this, [this, name] {
+        DIRECTNET_TRACE(8, "deleting containerSm VRF ", name);
+        DIRECTNET_RINGLOG(" deleting containerSm");
+        wasNotDue_->vrfNameDel(name);
+        allVrfReadyStatus()->vrfReadyStatusDel(name);
+        const ContainerSm* container = containerSm(name);
+        if (container == nullptr) {
+            return;
+        }
+        ORB_ASSERT(container->references() == 1, "container->references() == 1");
+        const VrfId vrfId = container->vrfId();
+        containerSmDel(name);
+        vrfVirtualIpStatusHelper()->maybeDeleteVrfVirtualIpStatus(name.value());
+        vrfVirtualIp6StatusHelper()->maybeDeleteVrfVirtualIpStatus(name.value());
+        intfBacklogByVrf()->intfBacklogDel(vrfId);
+    });
 }
 
 Orb::Ptr<VrfNameSet> RootSm::containerNames() const {
@@ -292,18 +295,27 @@ Orb::Ptr<VrfNameSet> RootSm::containerNames() const {
 }
 
 void RootSm::doDeleteContainer() {
-    DIRECTNET_TRACE(8, "deleting all VRF containerSms");
-    const Orb::Ptr<VrfNameSet> names = containerNames();
-    Orb::forEachKey(names->vrfName(), [this](const L3::VrfName& name) { doDeleteContainer(name); });
+    Orb::decideInTurn(*this, [this] {
+        DIRECTNET_TRACE(8, "deleting all VRF containerSms");
+        const Orb::Ptr<VrfNameSet> names = containerNames();
+        Orb::forEachKey(names->vrfName(),
+                        [this](const L3::VrfName& name) { doDeleteContainer(name); });
+    });
 }
 
 void RootSm::handleDelete() {
-    DIRECTNET_TRACE(8, "handleDelete");
+    DIRECTNET_DUALLOG(8, "handleDelete");
+    if (Orb::decisionUnderWay()) {
+        // By then the host may have let go of its reference; there is the one of what waits.
+        Orb::decideAfterwards(*this, [this] {
+            ORB_ASSERT(references() <= 2, "references() == 1");
+            doStop();
+        });
+        return;
+    }
     ORB_ASSERT(references() == 1, "references() == 1");
-    orbDoZombieReactors(true); // a VRF that comes now gets no container
-    virtualIpAsReceiveRoute()->enabledIs(false);
-    doDeleteContainer();
-    unmount();
+    const Orb::Ptr<RootSm> keep(this);
+    Orb::decide([this] { doStop(); });
 }
 
 // The default VRF needs no local status, so it comes back at once.

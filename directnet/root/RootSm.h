@@ -47,7 +47,7 @@ class RootSm : public Orb::Entity {
 
   public:
     /// Watches the local status of one VRF.
-    class VrfStatusLocalSm : public Orb::MemberReactor<RootSm, Ip::VrfStatusLocal> {
+    class VrfStatusLocalSm : public Orb::InputMemberReactor<RootSm, Ip::VrfStatusLocal> {
         ORB_TYPE(VrfStatusLocalSm, "Routing::DirectNet::RootSm::VrfStatusLocalSm")
 
       public:
@@ -58,6 +58,7 @@ class RootSm : public Orb::Entity {
         void handleInitialized() { handleVrfStatusLocal(); }
         void handleVrfStatusLocal();
         void onAttribute(Orb::AttributeId id, const void* key) override;
+        void onRemembered(Orb::AttributeId id, const void* key) override;
         /// Catches up with an object that was replaced.
         void notifierIs(Orb::Ptr<const Ip::VrfStatusLocal> status) override;
         void orbDoZombieReactors(bool zombie) override;
@@ -112,7 +113,8 @@ class RootSm : public Orb::Entity {
     void doDeleteContainer();
 
     /// Stops the agent: deletes every container and releases the output tables. Nobody but the
-    /// host may hold the root.
+    /// host may hold the root. Called from inside a notification it happens when the decision that
+    /// is under way has finished; the root lives until then.
     void handleDelete();
 
     /// The local status of a VRF is gone: so is its container, whatever the other conditions say.
@@ -120,27 +122,38 @@ class RootSm : public Orb::Entity {
 
     void orbDoZombieReactors(bool zombie) override;
 
+  protected:
+    void handleZeroRef() override;
+
   private:
+    using VrfId = Vrf::VrfIdMap::VrfId;
     using NameToIdMap = Vrf::VrfIdMap::NameToIdMap;
     using NameToIdMapWrapper = Vrf::VrfIdMap::NameToIdMapWrapper;
 
-    class OrbNameToIdMapWrapper : public Orb::Reactor<RootSm, NameToIdMapWrapper> {
+    class OrbNameToIdMapWrapper : public Orb::InputReactor<RootSm, NameToIdMapWrapper> {
       public:
-        using Reactor::Reactor;
+        using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
-    class OrbOrb_NameToIdMapIn : public Orb::Reactor<RootSm, NameToIdMap> {
+    class OrbOrb_NameToIdMapIn : public Orb::InputReactor<RootSm, NameToIdMap> {
       public:
-        using Reactor::Reactor;
+        using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
+        void onRemembered(Orb::AttributeId id, const void* key) override;
     };
 
-    class OrbAllVrfStatusLocal : public Orb::Reactor<RootSm, Ip::AllVrfStatusLocal> {
+    class OrbAllVrfStatusLocal : public Orb::InputReactor<RootSm, Ip::AllVrfStatusLocal> {
       public:
-        using Reactor::Reactor;
+        using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
+        void onRemembered(Orb::AttributeId id, const void* key) override;
     };
+
+    void doStart();
+    void doUndoStart();
+    void doStop();
+    void doRelease();
 
     Orb::Ptr<OrbOrb_NameToIdMapIn> newOrb_NameToIdMapIn(const Orb::Ptr<NameToIdMap>& map);
     void orb_NameToIdMapInIs(const Orb::Ptr<NameToIdMap>& map);
@@ -154,19 +167,19 @@ class RootSm : public Orb::Entity {
     /// Whether a VRF is to have a container, or the first condition that fails.
     enum class Verdict { noId, noStatus, notActive, due };
     Verdict containerVerdict(const L3::VrfName& name) const;
-    void doCreateContainer(const L3::VrfName& name);
-    void createContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId vrfId);
-    void deleteContainerAndParts(const L3::VrfName& name);
-    /// Ends a change of the VRF's container: whether its conditions stayed as they were.
-    bool isUndisturbed(const L3::VrfName& name);
-    void doDeleteContainerParts(const L3::VrfName& name, Vrf::VrfIdMap::VrfId vrfId);
+    /// A change of the VRF's conditions waits for its turn.
+    void noteWhatIsNotDue(const L3::VrfName& name);
+    void doCreateContainer(const L3::VrfName& name, VrfId vrfId);
+    void createContainerParts(const L3::VrfName& name, VrfId vrfId);
+    void doDeleteContainerParts(const L3::VrfName& name, VrfId vrfId);
     Orb::Ptr<VrfNameSet> containerNames() const;
 
     OrbMemtab::Mount mount_;
     std::vector<Orb::String> mounted_;
-    /// VRFs whose container is being made or deleted; false once their conditions changed
-    /// meanwhile.
-    Orb::Ptr<VrfNameSet> changing_ = Orb::makePtr<VrfNameSet>();
+    /// VRFs that for a while were not to have a container, which nobody could look at then: what
+    /// they have is an earlier life's.
+    Orb::Ptr<VrfNameSet> wasNotDue_ = Orb::makePtr<VrfNameSet>();
+    bool dying_ = false; // the last reference is gone
     OrbNameToIdMapWrapper orbNameToIdMapWrapper_;
     Orb::Ptr<OrbOrb_NameToIdMapIn> orbOrb_NameToIdMapIn_;
     OrbAllVrfStatusLocal orbAllVrfStatusLocal_;

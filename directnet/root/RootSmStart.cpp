@@ -1,4 +1,4 @@
-// How the root starts and lets go of what it mounted.
+// How the root starts and stops.
 
 #include <cstdlib>
 #include <string>
@@ -6,6 +6,8 @@
 
 #include "directnet/model/Trace.h"
 #include "directnet/root/RootSm.h"
+#include "platform/orb/Decision.h"
+#include "platform/orb/Keys.h"
 
 namespace Routing::DirectNet {
 
@@ -34,6 +36,60 @@ void openRingTrace() {
 }
 
 } // namespace
+
+void RootSm::doStart() {
+    orbNameToIdMapWrapper_.notifierIs(nameToIdMapWrapper());
+    orbAllVrfStatusLocal_.notifierIs(allVrfStatusLocal());
+    for (const auto& status : Orb::objectsOf(allVrfStatusLocal()->vrf())) {
+        vrfStatusLocalIs(status);
+    }
+    handleInitialized();
+    if (nameToIdMapWrapper() != nullptr) {
+        orbOrb_NameToIdMapIn_ = newOrb_NameToIdMapIn(nameToIdMapWrapper()->nameToIdMap());
+    }
+}
+
+// The error that ended the start is the one to raise, not one of somebody who hears of its undoing.
+void RootSm::doUndoStart() {
+    try {
+        Orb::decide([this] {
+            orbDoZombieReactors(true);
+            containerSmDelAll();
+            virtualIpAsReceiveRoute()->enabledIs(false);
+            doRelease();
+        });
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+    }
+}
+
+void RootSm::doStop() {
+    orbDoZombieReactors(true); // a VRF that comes now gets no container
+    virtualIpAsReceiveRoute()->enabledIs(false);
+    doDeleteContainer();
+    unmount();
+}
+
+void RootSm::doRelease() {
+    orbDoZombieReactors(true);
+    intfStatusManagerRootDel();
+    allVrfReadyStatusDel();
+    allVrfRibReadySmDel();
+    allVrfVirtualIpStatusDel();
+    allVrfVirtualIp6StatusDel();
+    vrfVirtualIpStatusHelperDel();
+    vrfVirtualIp6StatusHelperDel();
+    virtualIpStatusSmDel();
+    virtualIp6StatusSmDel();
+    intfBacklogByVrfDel();
+    ipv4CrLeakLocalStatusDel();
+    ipv4CrLeakSmDel();
+    ipv6CrLeakLocalStatusDel();
+    ipv6CrLeakSmDel();
+    receiveRouteLeakSmDel();
+    intfViaSetConfigDel();
+    containerSmDelAll();
+    unmount();
+}
 
 void RootSm::handleInitialized() {
     DIRECTNET_TRACE(8, "handleInitialized");
@@ -108,11 +164,10 @@ void RootSm::createSharedChildren() {
 }
 
 void RootSm::unmount() {
-    for (const Orb::String& path : mounted_) {
+    for (const Orb::String& path : std::exchange(mounted_, {})) {
         mount_.doUnmount(path);
         mount_.cleanup(path);
     }
-    mounted_.clear();
 }
 
 } // namespace Routing::DirectNet

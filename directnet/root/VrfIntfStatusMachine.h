@@ -16,6 +16,17 @@ namespace Routing::DirectNet {
 template <typename Sm>
 class VrfIntfStatusMachine {
   public:
+    void handleInitialized() {
+        if (self().initialized()) {
+            DIRECTNET_TRACE(8, self(), " already initialized");
+            return;
+        }
+        DIRECTNET_TRACE(8, self());
+        self().initializedIs(true);
+        handleVrfIntfStatus(self().vrfName());
+        maybeSetRoutesReady();
+    }
+
     /// Called at start, whenever a drain has emptied the backlog, and when readiness may be
     /// verified. Interface changes are not looked at: they fill the backlog, which is drained.
     void maybeSetRoutesReady() {
@@ -35,16 +46,16 @@ class VrfIntfStatusMachine {
             return;
         }
         DIRECTNET_TRACE(7, "Backlog empty count : ", self().intfBacklog()->backlogEmpty());
-        DIRECTNET_TRACE(0, "Setting ready for ", Sm::version,
-                        " connected routes for vrf : ", self().vrfName());
+        DIRECTNET_DUALLOG(0, "Setting ready for ", Sm::version,
+                          " connected routes for vrf : ", self().vrfName());
         self().doSetReady();
     }
 
   protected:
     template <typename Watched, Orb::AttributeId collectionId>
-    class OrbStatus : public Orb::Reactor<Sm, Watched> {
+    class OrbStatus : public Orb::InputReactor<Sm, Watched> {
       public:
-        using Orb::Reactor<Sm, Watched>::Reactor;
+        using Orb::InputReactor<Sm, Watched>::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override {
             if (id == collectionId) {
                 this->owner()->handleVrfIntfStatus(Orb::keyAs<L3::VrfName>(key));
@@ -52,46 +63,41 @@ class VrfIntfStatusMachine {
         }
     };
 
-    /// `Watched` decides about readiness with the attribute of that number.
-    template <typename Watched, Orb::AttributeId attribute>
-    class OrbReadiness : public Orb::Reactor<Sm, Watched> {
+    /// What `ReactorBase` watches decides about readiness with the attribute of that number.
+    template <typename ReactorBase, Orb::AttributeId attribute>
+    class OrbReadiness : public ReactorBase {
       public:
-        explicit OrbReadiness(Sm* sm) : Orb::Reactor<Sm, Watched>(sm, attribute) {}
+        explicit OrbReadiness(Sm* sm) : ReactorBase(sm, attribute) {}
         void onAttribute(Orb::AttributeId id, const void*) override {
             if (id == attribute) {
                 this->owner()->maybeSetRoutesReady();
             }
         }
-        void notifierIs(Orb::Ptr<const Watched> watched) override {
-            Orb::Reactor<Sm, Watched>::notifierIs(std::move(watched));
+        void notifierIs(Orb::Ptr<const typename ReactorBase::Watched> watched) override {
+            ReactorBase::notifierIs(std::move(watched));
             this->owner()->maybeSetRoutesReady();
         }
     };
-    using OrbIntfBacklog = OrbReadiness<IntfBacklog, IntfBacklog::backlogEmptyId>;
-    using OrbGrState = OrbReadiness<GrState, GrState::startReadyVerificationId>;
-
-    void doStart() {
-        DIRECTNET_TRACE(8, self());
-        self().initializedIs(true);
-        handleVrfIntfStatus(self().vrfName());
-        maybeSetRoutesReady();
-    }
+    using OrbIntfBacklog =
+        OrbReadiness<Orb::Reactor<Sm, IntfBacklog>, IntfBacklog::backlogEmptyId>;
+    using OrbGrState =
+        OrbReadiness<Orb::InputReactor<Sm, GrState>, GrState::startReadyVerificationId>;
 
     void handleVrfIntfStatus(const L3::VrfName& changed) {
         if (!self().initialized() || changed != self().vrfName()) {
             return;
         }
         if (!changed) {
-            DIRECTNET_TRACE(8, Sm::emptyNameText);
+            DIRECTNET_TRACE_IN(Sm::handlerName, 8, Sm::emptyNameText);
             return;
         }
         if (self().hasStatus()) {
-            DIRECTNET_TRACE(8, Sm::createText);
-            DIRECTNET_RINGLOG(Sm::ringCreateText, changed);
+            DIRECTNET_TRACE_IN(Sm::handlerName, 8, Sm::createText);
+            DIRECTNET_RINGLOG_IN(Sm::handlerName, Sm::ringCreateText, changed);
             self().doCreateChild();
         } else {
-            DIRECTNET_TRACE(8, Sm::deleteText);
-            DIRECTNET_RINGLOG(Sm::ringDeleteText, changed);
+            DIRECTNET_TRACE_IN(Sm::handlerName, 8, Sm::deleteText);
+            DIRECTNET_RINGLOG_IN(Sm::handlerName, Sm::ringDeleteText, changed);
             self().doDeleteChild();
         }
     }

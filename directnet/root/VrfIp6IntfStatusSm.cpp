@@ -21,8 +21,6 @@ VrfIp6IntfStatusSm::~VrfIp6IntfStatusSm() {
     ip6IntfStatusSmDel();
 }
 
-void VrfIp6IntfStatusSm::handleInitialized() { doStart(); }
-
 void VrfIp6IntfStatusSm::doCreateChild() {
     const Orb::Ptr<const Ip6::VrfIp6IntfStatus> status(ip6Status()->vrfIp6IntfStatus(vrfName()));
     if (ip6IntfStatusSm() != nullptr && ip6IntfStatusSm()->vrfIp6IntfStatus() != status) {

@@ -28,7 +28,6 @@ class VrfIp6IntfStatusSm : public Orb::Entity, public VrfIntfStatusMachine<VrfIp
     explicit VrfIp6IntfStatusSm(Arguments arguments);
     ~VrfIp6IntfStatusSm() override;
 
-    void handleInitialized();
     void handleVrfIp6IntfStatus(const L3::VrfName& changed) { handleVrfIntfStatus(changed); }
 
     friend std::ostream& operator<<(std::ostream& out, const VrfIp6IntfStatusSm& sm) {
@@ -39,6 +38,8 @@ class VrfIp6IntfStatusSm : public Orb::Entity, public VrfIntfStatusMachine<VrfIp
     friend VrfIntfStatusMachine;
     using OrbIp6Status = OrbStatus<Ip6::Status, Ip6::Status::vrfIp6IntfStatusId>;
 
+    static constexpr const char* handlerName =
+        "VrfIp6IntfStatusSm::handleVrfIp6IntfStatus";
     static constexpr const char* version = "v6";
     static constexpr const char* emptyNameText = "Empty vrfName";
     static constexpr const char* createText = "Initializing ip6IntfStatusSm";

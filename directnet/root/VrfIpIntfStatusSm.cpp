@@ -21,8 +21,6 @@ VrfIpIntfStatusSm::~VrfIpIntfStatusSm() {
     ipIntfStatusSmDel();
 }
 
-void VrfIpIntfStatusSm::handleInitialized() { doStart(); }
-
 void VrfIpIntfStatusSm::doCreateChild() {
     const Orb::Ptr<const Ip::VrfIpIntfStatus> status(ipStatus()->vrfIpIntfStatus(vrfName()));
     if (ipIntfStatusSm() != nullptr && ipIntfStatusSm()->vrfIpIntfStatus() != status) {

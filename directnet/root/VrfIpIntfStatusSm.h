@@ -28,7 +28,6 @@ class VrfIpIntfStatusSm : public Orb::Entity, public VrfIntfStatusMachine<VrfIpI
     explicit VrfIpIntfStatusSm(Arguments arguments);
     ~VrfIpIntfStatusSm() override;
 
-    void handleInitialized();
     void handleVrfIpIntfStatus(const L3::VrfName& changed) { handleVrfIntfStatus(changed); }
 
     friend std::ostream& operator<<(std::ostream& out, const VrfIpIntfStatusSm& sm) {
@@ -39,6 +38,8 @@ class VrfIpIntfStatusSm : public Orb::Entity, public VrfIntfStatusMachine<VrfIpI
     friend VrfIntfStatusMachine;
     using OrbIpStatus = OrbStatus<Ip::Status, Ip::Status::vrfIpIntfStatusId>;
 
+    static constexpr const char* handlerName =
+        "VrfIpIntfStatusSm::handleVrfIpIntfStatus";
     static constexpr const char* version = "v4";
     static constexpr const char* emptyNameText = "Empty vrfName, expected a valid vrfName";
     static constexpr const char* createText = "Instantiating IpIntfStatusSm";

@@ -13,9 +13,9 @@ namespace Routing::DirectNet {
 /// the table or because the machine goes, it withdraws the address from all those interfaces; from
 /// then on the address counts as absent, whatever the table says.
 template <typename Sm, typename WatchedType>
-class VirtualIpIntfReactor : public Orb::MemberReactor<Sm, WatchedType> {
+class VirtualIpIntfReactor : public Orb::InputMemberReactor<Sm, WatchedType> {
   public:
-    using Member = Orb::MemberReactor<Sm, WatchedType>;
+    using Member = Orb::InputMemberReactor<Sm, WatchedType>;
 
     VirtualIpIntfReactor(Sm* sm, Orb::Ptr<const WatchedType> status) : Member(sm) {
         this->attach(std::move(status));

@@ -40,6 +40,16 @@ void handleVirtualIpStatusT(Sm& sm) {
 }
 
 template <typename Sm>
+void handleInitializedT(Sm& sm) {
+    if (sm.initialized()) {
+        DIRECTNET_DUALLOG(8, "already initialized");
+        return;
+    }
+    sm.handleVirtualIpStatus();
+    sm.initializedIs(true);
+}
+
+template <typename Sm>
 void handleSubnetRoutesT(Sm& sm, bool enabled) {
     const auto& tables = *sm.vrfVirtualIpStatusHelper()->allVrfVirtualIpStatus();
     for (const auto& table : Orb::objectsOf(tables.vrfVirtualIpStatus())) {
@@ -64,14 +74,18 @@ void VirtualIpStatusSm::OrbVirtualIpStatus::onAttribute(Orb::AttributeId id, con
 
 void VirtualIpStatusSm::OrbVirtualIpStatus::notifierIs(
     Orb::Ptr<const VirtualIp::VirtualIpStatus> status) {
-    Reactor::notifierIs(std::move(status));
+    InputReactor::notifierIs(std::move(status));
     owner()->handleSubnetRoutes();
 }
 
 VirtualIpStatusSm::VirtualIpStatusSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbVirtualIpStatus_(this) {
     orbVirtualIpStatus_.notifierIs(virtualIpStatus());
-    handleVirtualIpStatus();
+    handleInitialized();
+}
+
+void VirtualIpStatusSm::handleInitialized() {
+    handleInitializedT(*this);
 }
 
 VirtualIpStatusSm::~VirtualIpStatusSm() { orbDoZombieReactors(true); }
@@ -106,7 +120,11 @@ void VirtualIpStatusSm::OrbVirtualIpStatus::onAttribute(Orb::AttributeId id, con
 VirtualIpStatusSm::VirtualIpStatusSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbVirtualIpStatus_(this) {
     orbVirtualIpStatus_.notifierIs(virtualIpStatus());
-    handleVirtualIpStatus();
+    handleInitialized();
+}
+
+void VirtualIpStatusSm::handleInitialized() {
+    handleInitializedT(*this);
 }
 
 VirtualIpStatusSm::~VirtualIpStatusSm() { orbDoZombieReactors(true); }

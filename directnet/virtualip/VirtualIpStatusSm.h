@@ -14,19 +14,22 @@ class VirtualIpStatusSm : public Orb::Entity {
     ORB_ENTITY(VirtualIpStatusSm, "Routing::DirectNet::Ipv4::VirtualIpStatusSm")
     ORB_CONSTRUCTOR((Orb::Ptr<const VirtualIp::VirtualIpStatus>, virtualIpStatus),
                     (Orb::Ptr<VrfVirtualIpStatusHelper>, vrfVirtualIpStatusHelper))
+    ORB_ATTRIBUTE(260, bool, initialized)
 
   public:
     explicit VirtualIpStatusSm(Arguments arguments);
     ~VirtualIpStatusSm() override;
 
+    void handleInitialized();
     void handleVirtualIpStatus(const VirtualIp::VrfIpWithMaskPair& key);
     void handleVirtualIpStatus();
     void handleSubnetRoutes();
 
   private:
-    class OrbVirtualIpStatus : public Orb::Reactor<VirtualIpStatusSm, VirtualIp::VirtualIpStatus> {
+    class OrbVirtualIpStatus
+        : public Orb::InputReactor<VirtualIpStatusSm, VirtualIp::VirtualIpStatus> {
       public:
-        using Reactor::Reactor;
+        using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
         void notifierIs(Orb::Ptr<const VirtualIp::VirtualIpStatus> status) override;
     };
@@ -45,19 +48,22 @@ class VirtualIpStatusSm : public Orb::Entity {
     ORB_CONSTRUCTOR((Orb::Ptr<const VirtualIp::VirtualIp6Status>, virtualIpStatus),
                     (Orb::Ptr<VrfVirtualIpStatusHelper>, vrfVirtualIpStatusHelper))
     ORB_ATTRIBUTE(260, bool, subnetRouteEnabled)
+    ORB_ATTRIBUTE(261, bool, initialized)
 
   public:
     explicit VirtualIpStatusSm(Arguments arguments);
     ~VirtualIpStatusSm() override;
 
+    void handleInitialized();
     void handleVirtualIpStatus(const VirtualIp::VrfIpPair& key);
     void handleVirtualIpStatus();
     void handleSubnetRoutes();
 
   private:
-    class OrbVirtualIpStatus : public Orb::Reactor<VirtualIpStatusSm, VirtualIp::VirtualIp6Status> {
+    class OrbVirtualIpStatus
+        : public Orb::InputReactor<VirtualIpStatusSm, VirtualIp::VirtualIp6Status> {
       public:
-        using Reactor::Reactor;
+        using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 

@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/orb/Keys.h"
 #include "platform/orb/Reactor.h"
 
 namespace Routing::DirectNet {
@@ -26,7 +27,7 @@ class VirtualIpTableReactor : public Orb::Reactor<Sm, Table> {
         Orb::Reactor<Sm, Table>::notifierIs(std::move(table));
         Sm& sm = *this->owner();
         const auto& virtualIps = this->notifier()->virtualIp();
-        for (const auto& virtualIp : virtualIps) {
+        for (const auto& virtualIp : Orb::objectsOf(virtualIps)) {
             sm.virtualIpIntfStatusSmIs(virtualIp);
         }
         std::vector<typename Sm::Key> gone;

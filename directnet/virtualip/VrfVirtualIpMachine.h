@@ -1,8 +1,10 @@
 #pragma once
 
+#include "directnet/backlog/IntfViaSetKey.h"
 #include "directnet/virtualip/VirtualIpIntfReactor.h"
 #include "directnet/virtualip/VirtualIpTableReactor.h"
 #include "directnet/virtualip/VirtualIpTraits.h"
+#include "platform/memtab/Table.h"
 
 namespace Routing::DirectNet {
 
@@ -15,6 +17,7 @@ class VrfVirtualIpMachine {
     using OrbVirtualIpIntfStatusSm =
         VirtualIpIntfReactor<Sm, typename VirtualIpTraits<Family>::IntfStatus>;
 
+    void handleInitialized();
     /// The address came into the table or left it, or its object was replaced.
     void handleVrfVirtualIpStatus(const Key& key);
     /// Every address of the table.
@@ -24,12 +27,19 @@ class VrfVirtualIpMachine {
     /// The address's nested machine goes: what it contributed is withdrawn.
     void handleVirtualIpIntfStatusDeletion(OrbVirtualIpIntfStatusSm& nested);
 
+    /// There may be room for vias of interfaces, which there was not when they came.
+    void handleRoom();
+    /// The interface's via sets, made if there are none; empty while there is no room for its via.
+    IntfViaSetKey viaSetKeyOrWait(Lanx::IntfId intfId);
+
   protected:
     /// Lets go of all nested machines and of the via sets that the machine has.
     void doReleaseAll();
 
   private:
     Sm& self() { return static_cast<Sm&>(*this); }
+
+    OrbMemtab::RoomWaiter<Sm> room_;
 };
 
 } // namespace Routing::DirectNet

@@ -13,7 +13,8 @@ DIRECTNET_TRACE_UNIT("VrfVirtualIpStatus");
 template <typename Helper>
 void maybeDeleteVrfVirtualIpStatusT(Helper& helper, const L3::VrfName& vrfName) {
     bool containerGone = true;
-    if (!helper.nameToIdMapWrapper()->vrfIdExists(vrfName)) {
+    if (helper.nameToIdMapWrapper() == nullptr
+        || !helper.nameToIdMapWrapper()->vrfIdExists(vrfName)) {
         DIRECTNET_DUALLOG(9, "VRF name to ID map has been deleted for VRF ", vrfName);
     } else if (vrfName == L3::VrfName::defaultVrf()) {
         DIRECTNET_DUALLOG(9, "ContainerSm is present for VRF ", vrfName);

@@ -35,16 +35,13 @@ void delSubnet(Sm& sm, Lanx::IntfId intfId, const AddrWithMask& address) {
                                              Fib::RouteType::connected, local, true);
 }
 
-template <typename Sm>
-IntfViaSetKey viaSetKeyOf(Sm& sm, Lanx::IntfId intfId) {
-    return sm.intfViaSetConfig()->findOrCreateViaSetKey(intfId, sm.intfBacklog()->vrfId(),
-                                                        *sm.ivskStatus());
-}
-
 template <typename Family, typename Sm>
 void addContributions(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm& nested, Lanx::IntfId intfId,
                       const typename Family::AddrWithMask& address) {
-    const IntfViaSetKey viaSetKey = viaSetKeyOf(sm, intfId);
+    const IntfViaSetKey viaSetKey = sm.viaSetKeyOrWait(intfId);
+    if (!viaSetKey) {
+        return;
+    }
     sm.intfBacklog()->addToIntfIdsByPrefix(intfId, address.hostPrefix(), address,
                                            Fib::RouteType::receive, viaSetKey.rxViaSetKey(), local,
                                            true);
@@ -124,6 +121,33 @@ void handleVirtualIpIntfStatusDeletionT(Sm& sm, typename Sm::OrbVirtualIpIntfSta
 } // namespace
 
 template <typename Sm, typename Family>
+void VrfVirtualIpMachine<Sm, Family>::handleInitialized() {
+    if (self().initialized()) {
+        DIRECTNET_DUALLOG(8, "vrfName= ", self().table().name(), " already initialized");
+        return;
+    }
+    handleVrfVirtualIpStatus();
+    self().initializedIs(true);
+}
+
+template <typename Sm, typename Family>
+void VrfVirtualIpMachine<Sm, Family>::handleRoom() {
+    handleVrfVirtualIpStatus();
+}
+
+template <typename Sm, typename Family>
+IntfViaSetKey VrfVirtualIpMachine<Sm, Family>::viaSetKeyOrWait(Lanx::IntfId intfId) {
+    const Orb::Ptr<IntfBacklog>& backlog = self().intfBacklog();
+    const IntfViaSetKey key = self().intfViaSetConfig()->findOrCreateViaSetKey(
+        intfId, backlog->vrfId(), *self().ivskStatus());
+    if (!key) {
+        room_.await(self(), self().intfViaSetConfig()->getViaConfig(Family::af));
+        backlog->waitsForRoomIs(true);
+    }
+    return key;
+}
+
+template <typename Sm, typename Family>
 void VrfVirtualIpMachine<Sm, Family>::handleVrfVirtualIpStatus(const Key& key) {
     handleVrfVirtualIpStatusT(self(), key);
 }
@@ -163,7 +187,7 @@ VrfVirtualIpStatusSm::VrfVirtualIpStatusSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbVrfVirtualIpStatus_(this) {
     newIvskStatus(Lanx::AddressFamily::ipv4);
     orbVrfVirtualIpStatus_.notifierIs(vrfVirtualIpStatus());
-    handleVrfVirtualIpStatus();
+    handleInitialized();
 }
 
 VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() { VrfVirtualIpStatusSm::orbDoZombieReactors(true); }
@@ -187,7 +211,9 @@ void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
             if (!table().subnetRouteEnabled()) {
                 delSubnet(*this, intfId, address);
             } else if (table().virtualIp(key) == virtualIp.get() && virtualIp->intfId(intfId)) {
-                addSubnet(*this, intfId, address, viaSetKeyOf(*this, intfId).viaSetKey());
+                if (const IntfViaSetKey viaSetKey = viaSetKeyOrWait(intfId); !!viaSetKey) {
+                    addSubnet(*this, intfId, address, viaSetKey.viaSetKey());
+                }
             }
         });
     }
@@ -204,7 +230,7 @@ VrfVirtualIpStatusSm::VrfVirtualIpStatusSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbVrfVirtualIpStatus_(this) {
     newIvskStatus(Lanx::AddressFamily::ipv6);
     orbVrfVirtualIpStatus_.notifierIs(vrfVirtualIp6Status());
-    handleVrfVirtualIpStatus();
+    handleInitialized();
 }
 
 VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() { VrfVirtualIpStatusSm::orbDoZombieReactors(true); }

@@ -22,6 +22,7 @@ class VrfVirtualIpStatusSm : public Orb::Entity,
     ORB_CHILD(261, IntfViaSetKeyStatus, ivskStatus)
 
     ORB_REACTORS(262, OrbVirtualIpIntfStatusSm, virtualIpIntfStatusSm)
+    ORB_ATTRIBUTE(263, bool, initialized)
 
   public:
     explicit VrfVirtualIpStatusSm(Arguments arguments);
@@ -29,7 +30,7 @@ class VrfVirtualIpStatusSm : public Orb::Entity,
 
     const VrfVirtualIpStatus& table() const { return *vrfVirtualIpStatus(); }
 
-    const Orb::Ptr<IntfViaSetKeyStatus>& newIvskStatus(Lanx::AddressFamily af) {
+    Orb::Ptr<IntfViaSetKeyStatus> newIvskStatus(Lanx::AddressFamily af) {
         return ivskStatusIs(af);
     }
 
@@ -64,6 +65,7 @@ class VrfVirtualIpStatusSm : public Orb::Entity,
     ORB_CHILD(261, IntfViaSetKeyStatus, ivskStatus)
 
     ORB_REACTORS(262, OrbVirtualIpIntfStatusSm, virtualIpIntfStatusSm)
+    ORB_ATTRIBUTE(263, bool, initialized)
 
   public:
     explicit VrfVirtualIpStatusSm(Arguments arguments);
@@ -71,7 +73,7 @@ class VrfVirtualIpStatusSm : public Orb::Entity,
 
     const VrfVirtualIpStatus& table() const { return *vrfVirtualIp6Status(); }
 
-    const Orb::Ptr<IntfViaSetKeyStatus>& newIvskStatus(Lanx::AddressFamily af) {
+    Orb::Ptr<IntfViaSetKeyStatus> newIvskStatus(Lanx::AddressFamily af) {
         return ivskStatusIs(af);
     }
 

@@ -23,9 +23,10 @@ class KniIntfStatusManager : public Orb::Entity {
     void omitNonRunningKernelDevicesIs(bool omit);
 
   private:
-    class OrbKniStatus : public Orb::Reactor<KniIntfStatusManager, KernelNetInfo::Status> {
+    class OrbKniStatus
+        : public Orb::InputReactor<KniIntfStatusManager, KernelNetInfo::Status> {
       public:
-        using Reactor::Reactor;
+        using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 

@@ -34,11 +34,21 @@ class Child {
     const Ptr<T>& value() const { return child_; }
 
     /// Keeps a child that was made from equal arguments, else makes a new one in its place.
-    const Ptr<T>& childIs(const Entity& owner, AttributeId id, typename T::Arguments arguments) {
-        if (child_ == nullptr || !sameArguments(arguments, child_->arguments())) {
-            replace(owner, id, makePtr<T>(std::move(arguments)));
+    Ptr<T> childIs(const Entity& owner, AttributeId id, typename T::Arguments arguments) {
+        if (child_ != nullptr && sameArguments(arguments, child_->arguments())) {
+            return child_;
         }
+        const Ptr<const PtrInterface> kept = keep(owner);
+        replace(owner, id, makePtr<T>(std::move(arguments)));
         return child_;
+    }
+
+    /// The same, but a child that was made from other arguments stays: throws NameInUseError.
+    Ptr<T> soleChildIs(const Entity& owner, AttributeId id, typename T::Arguments arguments) {
+        if (child_ != nullptr) {
+            checkReinstantiation(arguments, child_->arguments());
+        }
+        return childIs(owner, id, std::move(arguments));
     }
 
     void childDel(const Entity& owner, AttributeId id) {
@@ -51,6 +61,7 @@ class Child {
 
   private:
     void replace(const Entity& owner, AttributeId id, Ptr<T> next) {
+        const Ptr<const PtrInterface> kept = keep(owner);
         std::swap(child_, next);
         if (next != nullptr) {
             releaseChild(std::move(next));

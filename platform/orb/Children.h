@@ -41,22 +41,24 @@ class Children {
         return child == nullptr ? nullptr : child->get();
     }
 
-    /// The child of the arguments' key, made if there is none. Throws NameInUseError when there is
-    /// one that was made from other arguments.
+    /// The child of the arguments' key, made if there is none; null if whoever was told of it let
+    /// go of it. Throws NameInUseError when there is one that was made from other arguments.
     T* childIs(const Entity& owner, AttributeId id, typename T::Arguments arguments) {
         if (T* present = find(T::fwkKey(arguments))) {
             checkReinstantiation(arguments, present->arguments());
             return present;
         }
+        const Ptr<const PtrInterface> kept = keep(owner);
         const Ptr<T> made = makePtr<T>(std::move(arguments));
         const Key key = made->fwkKey();
         if (children_.tryInsert(made).second) {
             owner.notify(id, &key);
         }
-        return find(key);
+        return kept != nullptr && kept->references() == 1 ? nullptr : find(key);
     }
 
     void childDel(const Entity& owner, AttributeId id, const Key& key) {
+        const Ptr<const PtrInterface> kept = keep(owner);
         const Key stable = key; // the caller's may be the child's own
         if (Ptr<T> child = take(stable)) {
             releaseChild(std::move(child));
@@ -65,6 +67,7 @@ class Children {
     }
 
     void childDelAll(const Entity& owner, AttributeId id) {
+        const Ptr<const PtrInterface> kept = keep(owner);
         while (!children_.empty()) {
             childDel(owner, id, (*children_.first())->fwkKey());
         }

@@ -54,6 +54,7 @@ class Collection {
             map_.clear();
             return;
         }
+        const Ptr<const PtrInterface> kept = keep(owner);
         while (!map_.empty()) {
             memberDel(owner, id, map_.first()->key());
         }

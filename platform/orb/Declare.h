@@ -59,8 +59,19 @@
     ORB_DECLARED(number, Orb::Child<T>, name)                                                      \
     const Orb::Ptr<T>& name() const { return name##_.value(); }                                    \
     template <typename... Args>                                                                    \
-    const Orb::Ptr<T>& name##Is(Args&&... args) {                                                  \
+    Orb::Ptr<T> name##Is(Args&&... args) {                                                         \
         return name##_.childIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});        \
+    }                                                                                              \
+    void name##Del() { name##_.childDel(*this, name##Id); }
+
+/// An owned object that is not replaced while it is there: nameIs() with other arguments throws
+/// NameInUseError.
+#define ORB_SOLE_CHILD(number, T, name)                                                            \
+    ORB_DECLARED(number, Orb::Child<T>, name)                                                      \
+    const Orb::Ptr<T>& name() const { return name##_.value(); }                                    \
+    template <typename... Args>                                                                    \
+    Orb::Ptr<T> name##Is(Args&&... args) {                                                         \
+        return name##_.soleChildIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});    \
     }                                                                                              \
     void name##Del() { name##_.childDel(*this, name##Id); }
 
@@ -97,8 +108,8 @@
     R* name##Is(Orb::Ptr<const R::Watched> member) {                                               \
         return name##_.memberIs(this, #name, orbTypeName, std::move(member));                      \
     }                                                                                              \
-    void name##Del(Orb::Read<R::Watched::Key> key) { name##_.memberDel(key); }                     \
-    void name##DelAll() { name##_.memberDelAll(); }
+    void name##Del(Orb::Read<R::Watched::Key> key) { name##_.memberDel(*this, key); }              \
+    void name##DelAll() { name##_.memberDelAll(*this); }
 
 #define ORB_COLLECTION(Kind, number, KeyType, ValueType, name)                                     \
     using name##Collection = Orb::Kind<KeyType, ValueType>;                                        \

@@ -32,40 +32,49 @@ class MemberReactors {
     }
 
     /// Creates the member's reactor, or re-points it where the member was replaced. Throws
-    /// NullArgumentError; `name` and `type` are what the error shows.
+    /// NullArgumentError; `name` and `type` are what the error shows. Null if whoever was told of
+    /// it let go of it.
     R* memberIs(Owner* owner, std::string_view name, std::string_view type,
                 Ptr<const Watched> member) {
         if (member == nullptr) {
             throwNullArgument(name, type);
         }
+        const Ptr<const PtrInterface> kept = keep(*owner);
         if (R* present = find(member->fwkKey())) {
+            const Ptr<R> keepPresent(present);
             if (present->watched() != member.get()) {
-                present->notifierIs(std::move(member));
+                present->notifierIs(member);
             }
-            return present;
+            return ownerGoes(kept) ? nullptr : find(member->fwkKey());
         }
         const Key key = member->fwkKey();
         const Ptr<R> made = makePtr<R>(owner, member);
         reactors_.tryInsert(made);
         made->handleInitialized();
-        return find(key);
+        return ownerGoes(kept) ? nullptr : find(key);
     }
 
-    void memberDel(const Key& key) {
+    void memberDel(const PtrInterface& owner, const Key& key) {
+        const Ptr<const PtrInterface> kept = keep(owner);
         if (const auto taken = reactors_.take(key)) {
             (*taken)->orbDoZombieReactors(true);
         }
     }
 
-    void memberDelAll() {
+    void memberDelAll(const PtrInterface& owner) {
+        const Ptr<const PtrInterface> kept = keep(owner);
         while (!reactors_.empty()) {
-            memberDel((*reactors_.first())->fwkKey());
+            memberDel(owner, (*reactors_.first())->fwkKey());
         }
     }
 
     std::string text() const { return std::to_string(reactors_.size()) + " members"; }
 
   private:
+    static bool ownerGoes(const Ptr<const PtrInterface>& kept) {
+        return kept != nullptr && kept->references() == 1;
+    }
+
     Map reactors_;
 };
 

@@ -2,7 +2,9 @@
 
 #include <utility>
 
+#include "platform/orb/Decision.h"
 #include "platform/orb/Entity.h"
+#include "platform/orb/FirstError.h"
 
 namespace Orb {
 
@@ -14,7 +16,12 @@ class Notifiee::Marker final : public Notifiee {
     void onAttribute(AttributeId, const void*) override {}
 };
 
-Notifiee::~Notifiee() { unlink(); }
+Notifiee::~Notifiee() {
+    if (remembered_) {
+        Detail::Turn::current().forget(this);
+    }
+    unlink();
+}
 
 void Notifiee::attach(Ptr<const Entity> notifier) {
     unlink();
@@ -54,16 +61,76 @@ void Notifiee::unlink() {
     previous_ = next_ = nullptr;
 }
 
-void Notifiee::deliver(AttributeId id, const void* key) {
-    const PtrInterface& held = keeper();
-    if (!hasNotificationActive() || orbMarkedForDeletion() || held.orbMarkedForDeletion()) {
-        return;
+namespace {
+
+/// Calls with a reference held on the object and on all that it is a part of.
+template <typename Call>
+void keeping(const PtrInterface* object, const Call& call) {
+    if (object == nullptr) {
+        call();
+    } else {
+        const Ptr<const PtrInterface> keep(object);
+        keeping(object->orbWhole(), call);
     }
-    const Ptr<const PtrInterface> keep(&held);
-    onAttribute(id, key);
 }
 
-void Entity::deliver(AttributeId id, const void* key) const {
+/// An error of somebody who is told is not one of the decision that tells.
+template <typename Tell>
+void tell(const Tell& tellIt) {
+    Detail::Turn& turn = Detail::Turn::current();
+    if (!turn.underWay()) {
+        tellIt();
+        return;
+    }
+    try {
+        tellIt();
+    } catch (...) {
+        turn.keep(std::current_exception());
+    }
+}
+
+} // namespace
+
+bool Notifiee::isGoing() const {
+    bool going = !hasNotificationActive() || orbMarkedForDeletion();
+    for (const PtrInterface* object = &keeper(); object != nullptr; object = object->orbWhole()) {
+        going = going || object->orbMarkedForDeletion();
+    }
+    return going;
+}
+
+void Notifiee::call(AttributeId id, const void* key) {
+    if (!isGoing()) {
+        keeping(&keeper(), [&] { onAttribute(id, key); });
+    }
+}
+
+void Notifiee::deliver(AttributeId id, const NotifiedKey& key) {
+    if (!input_) {
+        call(id, key.get());
+    } else if (decisionUnderWay()) {
+        remember(id, key);
+    } else {
+        decide([&] { call(id, key.get()); });
+    }
+}
+
+// A reactor that is re-pointed meanwhile has caught up with the new object.
+void Notifiee::remember(AttributeId id, const NotifiedKey& key) {
+    if (isGoing()) {
+        return;
+    }
+    onRemembered(id, key.get());
+    remembered_ = true;
+    Detail::Turn::current().remember(this, [this, id, of = notifier_, copy = key.copy()] {
+        if (notifier_ == of) {
+            call(id, copy.get());
+        }
+    });
+}
+
+void Entity::deliver(AttributeId id, const NotifiedKey& key) const {
+    const Detail::Turn::Telling telling;
     Notifiee* first = nullptr;
     Notifiee* reactor = reactors_;
     do {
@@ -78,13 +145,14 @@ void Entity::deliver(AttributeId id, const void* key) const {
     } while (reactor != reactors_);
     if (first != nullptr) {
         const Ptr<const Entity> keep(this);
-        first->deliver(id, key);
+        tell([&] { first->deliver(id, key); });
     }
 }
 
 // The walk's position is a marker in the list itself: whatever goes or comes, the marker's
 // neighbours are right. A second marker closes the list as it was when the change happened.
-void Entity::deliverToAll(AttributeId id, const void* key) const {
+void Entity::deliverToAll(AttributeId id, const NotifiedKey& key) const {
+    FirstError errors;
     Notifiee::Marker end;
     end.attach(Ptr<const Entity>(this));
     Notifiee::Marker position;
@@ -95,9 +163,10 @@ void Entity::deliverToAll(AttributeId id, const void* key) const {
         position.unlink();
         position.linkBefore(*reactor.next_);
         if (reactor.isInterestedIn(id)) {
-            reactor.deliver(id, key);
+            errors.attempt([&] { reactor.deliver(id, key); });
         }
     }
+    tell([&] { errors.raise(); });
 }
 
 } // namespace Orb

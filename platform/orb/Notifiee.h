@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "platform/orb/AttributeDescription.h"
+#include "platform/orb/NotifiedKey.h"
 #include "platform/orb/Ptr.h"
 #include "platform/orb/PtrInterface.h"
 
@@ -17,6 +18,9 @@ class Entity;
 ///  - a reactor that comes during a notification is not called for that change;
 ///  - one that goes is never called again.
 /// A reactor that is not notification active or that is marked for deletion hears nothing.
+///
+/// An input reactor hears of changes between decisions only, see Decision.h: each of its callbacks
+/// is a decision of its own.
 class Notifiee : public PtrInterface {
   public:
     ~Notifiee() override;
@@ -30,13 +34,21 @@ class Notifiee : public PtrInterface {
     /// changed where the attribute is a collection, otherwise it is null.
     virtual void onAttribute(AttributeId id, const void* key) = 0;
 
+    /// To an input reactor: a change waits for the end of a decision. By then the state may have
+    /// changed again, so what it was at this moment is to be noted, if it matters. Nothing may be
+    /// written.
+    virtual void onRemembered(AttributeId, const void*) {}
+
   protected:
     /// Leaves the present notifier and joins the new one, which may be null.
     void attach(Ptr<const Entity> notifier);
 
-    /// The object on whose behalf this reactor listens: it is kept alive during a callback, and
-    /// once it is marked for deletion the reactor hears nothing more.
+    /// The object on whose behalf this reactor listens: it is kept alive during a callback, with
+    /// all that it is a part of, and once one of these is marked for deletion the reactor hears
+    /// nothing more.
     virtual const PtrInterface& keeper() const { return *this; }
+
+    void becomeInputReactor() { input_ = true; }
 
   private:
     friend class Entity;
@@ -47,11 +59,16 @@ class Notifiee : public PtrInterface {
     bool isInterestedIn(AttributeId id) const {
         return !marker_ && (interest_ == anyAttribute || interest_ == id);
     }
-    void deliver(AttributeId id, const void* key);
+    void deliver(AttributeId id, const NotifiedKey& key);
+    void remember(AttributeId id, const NotifiedKey& key);
+    bool isGoing() const;
+    void call(AttributeId id, const void* key);
     void unlink();
     void linkBefore(Notifiee& next);
 
-    bool marker_ = false; // a position in the list rather than a reactor
+    bool marker_ : 1 = false; // a position in the list rather than a reactor
+    bool input_ : 1 = false;
+    bool remembered_ : 1 = false; // something waits for the end of a decision
     std::uint16_t interest_ = anyAttribute;
     Notifiee* previous_ = nullptr;
     Notifiee* next_ = nullptr;

@@ -71,6 +71,11 @@ class Ptr {
     T* object_ = nullptr;
 };
 
+/// Keeps an object that is about to tell others, who may let go of it. Null in its destructor.
+inline Ptr<const PtrInterface> keep(const PtrInterface& object) {
+    return Ptr<const PtrInterface>(object.references() == 0 ? nullptr : &object);
+}
+
 /// Allocates (tracked per type), constructs and switches notification on.
 template <typename T, typename... Arguments>
 Ptr<T> makePtr(Arguments&&... arguments) {

@@ -55,6 +55,9 @@ class PtrInterface {
     /// Marks the object, and whatever of its own listens on its behalf, for deletion or unmarks it.
     virtual void orbDoZombieReactors(bool zombie) { orbMarkedForDeletionIs(zombie); }
 
+    /// The object that this one is a part of and is kept alive with while it runs; null for none.
+    virtual const PtrInterface* orbWhole() const { return nullptr; }
+
     /// The registered type of the object; null for the few that have none.
     virtual const TypeNode* fwkTypeNode() const { return nullptr; }
 

@@ -27,6 +27,19 @@ class Reactor : public NotifieeOf<WatchedType> {
     Owner* owner_;
 };
 
+/// A nested reactor that watches an input of its machine: something that strangers change whenever
+/// they like. It hears of that between decisions only, see Decision.h.
+template <typename OwnerType, typename WatchedType>
+class InputReactor : public Reactor<OwnerType, WatchedType> {
+  public:
+    explicit InputReactor(OwnerType* owner) : Reactor<OwnerType, WatchedType>(owner) {
+        this->becomeInputReactor();
+    }
+    InputReactor(OwnerType* owner, AttributeId interest) : InputReactor(owner) {
+        this->interestIs(interest);
+    }
+};
+
 /// A reactor that is itself a child of `Owner`, one of a collection that mirrors a collection of
 /// `Watched` members and is keyed by the member's key.
 template <typename OwnerType, typename WatchedType>
@@ -43,8 +56,19 @@ class MemberReactor : public NotifieeOf<WatchedType> {
     /// Runs once the owner's collection holds the reactor.
     void handleInitialized() {}
 
+    const PtrInterface* orbWhole() const override { return owner_; }
+
   private:
     Owner* owner_;
+};
+
+/// A member reactor that watches an input of its machine, as InputReactor does.
+template <typename OwnerType, typename WatchedType>
+class InputMemberReactor : public MemberReactor<OwnerType, WatchedType> {
+  public:
+    explicit InputMemberReactor(OwnerType* owner) : MemberReactor<OwnerType, WatchedType>(owner) {
+        this->becomeInputReactor();
+    }
 };
 
 } // namespace Orb

@@ -32,6 +32,7 @@ class References {
         if (object == nullptr) {
             throwNullArgument(name, owner.fwkTypeNode()->name());
         }
+        const Ptr<const PtrInterface> kept = keep(owner);
         const auto [member, added] = objects_.tryInsert(object);
         if (!added) {
             if (*member == object) {
@@ -51,6 +52,7 @@ class References {
     }
 
     void memberDelAll(const Entity& owner, AttributeId id) {
+        const Ptr<const PtrInterface> kept = keep(owner);
         while (!objects_.empty()) {
             memberDel(owner, id, (*objects_.first())->fwkKey());
         }

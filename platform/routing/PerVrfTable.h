@@ -47,9 +47,12 @@ class PerVrfTable {
         }
     }
 
+    /// Whether a record of that key can be added or replaced.
+    bool hasRoomFor(const Key& key) const { return size_ < capacity_ || find(key) != nullptr; }
+
     /// Adds or replaces; answers whether anything changed. Throws RangeError when full.
     bool insertOrAssign(const Record& record) {
-        if (size_ >= capacity_ && find(record.key()) == nullptr) {
+        if (!hasRoomFor(record.key())) {
             throw Orb::RangeError("the table is full: " + std::to_string(capacity_) + " members");
         }
         const auto [present, added] = recordsOf(record.key().vrfId()).tryInsert(record);

@@ -23,6 +23,7 @@ void RouteConfig::routeDel(const RouteKey& key) {
     const RouteKey stable = key;
     if (table_.erase(stable)) {
         notify(routeId, &stable);
+        noteRoom();
     }
 }
 
@@ -31,9 +32,11 @@ void RouteConfig::doDeleteRoutesForVrf(Vrf::VrfIdMap::VrfId vrfId) {
     if (taken == nullptr || !hasReactors()) {
         return;
     }
+    const Orb::Ptr<const Orb::PtrInterface> kept = Orb::keep(*this);
     for (const Route& route : *taken) {
         notify(routeId, &route.key());
     }
+    noteRoom();
 }
 
 void RouteConfig::collectionCapacityIs(std::string_view collection, std::size_t capacity) {

@@ -25,6 +25,8 @@ class RouteConfig : public OrbMemtab::Table {
     const Routes* routes(Vrf::VrfIdMap::VrfId vrfId) const { return table_.records(vrfId); }
     std::size_t size() const { return table_.size(); }
 
+    bool hasRoomFor(const RouteKey& key) const { return table_.hasRoomFor(key); }
+
     /// Adds the route, or replaces that of its key. Throws RangeError when the table is full.
     void routeAdd(const Route& route);
     void routeDel(const RouteKey& key);

@@ -23,6 +23,7 @@ void ViaConfig::viaDel(const ViaKey& key) {
     const ViaKey stable = key;
     if (table_.erase(stable)) {
         notify(viaId, &stable);
+        noteRoom();
     }
 }
 
@@ -31,9 +32,11 @@ void ViaConfig::doDeleteViasForVrf(Vrf::VrfIdMap::VrfId vrfId) {
     if (taken == nullptr || !hasReactors()) {
         return;
     }
+    const Orb::Ptr<const Orb::PtrInterface> kept = Orb::keep(*this);
     for (const Via& via : *taken) {
         notify(viaId, &via.key());
     }
+    noteRoom();
 }
 
 void ViaConfig::collectionCapacityIs(std::string_view collection, std::size_t capacity) {

@@ -27,6 +27,8 @@ class ViaConfig : public OrbMemtab::Table {
     Via via(const ViaKey& key) const;
     std::size_t size() const { return table_.size(); }
 
+    bool hasRoomFor(const ViaKey& key) const { return table_.hasRoomFor(key); }
+
     /// Adds or replaces. Throws RangeError when the table is full.
     void viaIs(const Via& via);
     void viaDel(const ViaKey& key);
