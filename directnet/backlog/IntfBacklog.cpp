@@ -88,6 +88,20 @@ void IntfBacklog::delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenP
     }
 }
 
+void IntfBacklog::waitForRoom() {
+    if (waitingForRoom() == 0) {
+        DIRECTNET_DUALLOG(0, "Tables are full, routes wait for room in vrf : ", vrfName());
+    }
+    waitingForRoomIs(waitingForRoom() + 1);
+}
+
+void IntfBacklog::endWaitForRoom() {
+    waitingForRoomIs(waitingForRoom() - 1);
+    if (waitingForRoom() == 0 && backlog().empty()) {
+        backlogEmptyInc(1); // it went without a drain, which would have said so
+    }
+}
+
 const Orb::Ptr<IntfViaSetKeyStatus>&
 IntfBacklog::intfViaSetKeyStatusFromAf(Lanx::AddressFamily af) const {
     return af == Lanx::AddressFamily::ipv4 ? intfViaSetKeyStatus4() : intfViaSetKeyStatus6();

@@ -30,8 +30,8 @@ class IntfBacklog : public Orb::Entity {
     ORB_REFERENCES(262, IntfIdSet, intfIdsByPrefix)
     ORB_CHILD(263, IntfViaSetKeyStatus, intfViaSetKeyStatus4)
     ORB_CHILD(264, IntfViaSetKeyStatus, intfViaSetKeyStatus6)
-    /// Something of the VRF does not fit into the route or via tables.
-    ORB_ATTRIBUTE(265, bool, waitsForRoom)
+    /// How many machines of the VRF wait for room in the route and via tables.
+    ORB_ATTRIBUTE(265, std::uint32_t, waitingForRoom)
 
   public:
     using VrfId = Vrf::VrfIdMap::VrfId;
@@ -84,6 +84,9 @@ class IntfBacklog : public Orb::Entity {
     const Orb::Ptr<IntfViaSetKeyStatus>& intfViaSetKeyStatusFromAf(Lanx::AddressFamily af) const;
 
     void backlogEmptyInc(std::uint32_t n) { backlogEmptyIs(backlogEmpty() + n); }
+
+    void waitForRoom();
+    void endWaitForRoom();
 
     /// The VRF is being taken down: its via sets are gone, while its contributors are yet to be
     /// withdrawn. Nothing may refer to them anew.

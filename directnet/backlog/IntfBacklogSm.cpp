@@ -100,7 +100,6 @@ void IntfBacklogSm::doHandleBacklog() {
     const auto& members = intfBacklog()->backlog();
     DIRECTNET_TRACE_IN(handleBacklogName, 8, "backlogSize=", members.size(), " done");
     if (members.empty()) {
-        intfBacklog()->waitsForRoomIs(false);
         intfBacklog()->backlogEmptyInc(1);
     } else if (next != nullptr) {
         backlogBookmarkIs(next->key());
@@ -201,7 +200,7 @@ bool IntfBacklogSm::visit(const IntfIdAndPrefix& member, long mode) {
     return true;
 }
 
-OrbMemtab::RoomWaiter<IntfBacklogSm>& IntfBacklogSm::room(Lanx::AddressFamily af) {
+RoomWaiter<IntfBacklogSm>& IntfBacklogSm::room(Lanx::AddressFamily af) {
     return af == Lanx::AddressFamily::ipv4 ? room4_ : room6_;
 }
 
@@ -252,7 +251,7 @@ bool IntfBacklogSm::processBacklog(const IntfIdAndPrefix& intfAndPrefix) {
         return false;
     }
     if (!!winner && !routeConfig.hasRoomFor(Rib::RouteKey(vrfId(), prefix))) {
-        awaitRoom(prefix);
+        room(af).await(*this, Orb::Ptr<const OrbMemtab::Table>(&routeConfig), intfBacklog());
         return true;
     }
     // Taken before the old route's is given back, which may be the last one of the same interface.
@@ -274,15 +273,6 @@ bool IntfBacklogSm::processBacklog(const IntfIdAndPrefix& intfAndPrefix) {
                          winner.routeType());
     }
     return false;
-}
-
-void IntfBacklogSm::awaitRoom(const Lanx::IpGenPrefix& prefix) {
-    if (!intfBacklog()->waitsForRoom()) {
-        DIRECTNET_DUALLOG(0, "The route table is full, pfx=", prefix, " and others wait in vrf : ",
-                          vrfName());
-    }
-    intfBacklog()->waitsForRoomIs(true);
-    room(prefix.af()).await(*this, Orb::Ptr<const OrbMemtab::Table>(&routeConfigOf(prefix.af())));
 }
 
 void IntfBacklogSm::doRouteConfigAdd(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig,

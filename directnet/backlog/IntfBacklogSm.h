@@ -6,6 +6,7 @@
 
 #include "directnet/backlog/IntfBacklog.h"
 #include "directnet/backlog/IntfViaSetConfig.h"
+#include "directnet/backlog/RoomWaiter.h"
 #include "directnet/model/Units.h"
 #include "platform/kiln/TimerWheel.h"
 #include "platform/orb/Clock.h"
@@ -131,8 +132,7 @@ class IntfBacklogSm : public Orb::Entity {
     void doHandleBacklog();
     /// Looks at one member, which is its own decision; false when it goes on waiting for room.
     bool visit(const IntfIdAndPrefix& member, long mode);
-    void awaitRoom(const Lanx::IpGenPrefix& prefix);
-    OrbMemtab::RoomWaiter<IntfBacklogSm>& room(Lanx::AddressFamily af);
+    RoomWaiter<IntfBacklogSm>& room(Lanx::AddressFamily af);
 
     static IntfIdAndAddr getIntfIdAndAddr(const IntfIdSet* intfIdAndAddrs);
     static Rib::ViaSetKey getViaSetKey(const IntfIdSet* set, const IntfIdAndAddr& iiaa);
@@ -151,8 +151,8 @@ class IntfBacklogSm : public Orb::Entity {
 
     /// Members in a row that only go on waiting for room, since the last one that did not or came.
     std::size_t passedOver_ = 0;
-    OrbMemtab::RoomWaiter<IntfBacklogSm> room4_;
-    OrbMemtab::RoomWaiter<IntfBacklogSm> room6_;
+    RoomWaiter<IntfBacklogSm> room4_;
+    RoomWaiter<IntfBacklogSm> room6_;
     OrbBacklogClock orbBacklogClock_;
     OrbIntfBacklog orbIntfBacklog_;
 };

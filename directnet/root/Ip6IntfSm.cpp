@@ -75,8 +75,7 @@ void Ip6IntfSm::updateIntfIdsByPrefix(const Lanx::Ip6AddrWithMask& address, bool
     contributions_.fetchAhead(address);
     const IntfViaSetKey key = contributions_.viaSetKey();
     if (!key) {
-        room_.await(*this, contributions_.vias());
-        intfBacklog()->waitsForRoomIs(true);
+        room_.await(*this, contributions_.vias(), intfBacklog());
         return;
     }
     contributions_.add(address, key);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "directnet/backlog/RoomWaiter.h"
 #include "directnet/model/Units.h"
 #include "directnet/root/AddressContributions.h"
 #include "platform/ip/Ip6Status.h"
@@ -45,7 +46,7 @@ class Ip6IntfSm : public Orb::Entity {
     };
 
     AddressContributions<Traits::IPv6> contributions_;
-    OrbMemtab::RoomWaiter<Ip6IntfSm> room_;
+    RoomWaiter<Ip6IntfSm> room_;
     OrbIp6IntfStatus orbIp6IntfStatus_;
 };
 

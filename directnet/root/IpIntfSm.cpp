@@ -171,8 +171,7 @@ void IpIntfSm::updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdr
 IntfViaSetKey IpIntfSm::viaSetKeyOrWait() {
     const IntfViaSetKey key = contributions_.viaSetKey();
     if (!key) {
-        room_.await(*this, contributions_.vias());
-        intfBacklog()->waitsForRoomIs(true);
+        room_.await(*this, contributions_.vias(), intfBacklog());
     }
     return key;
 }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "directnet/backlog/RoomWaiter.h"
 #include "directnet/model/Units.h"
 #include "directnet/root/AddressContributions.h"
 #include "platform/ip/Status.h"
@@ -58,7 +59,7 @@ class IpIntfSm : public Orb::Entity {
     IntfViaSetKey viaSetKeyOrWait();
 
     AddressContributions<Traits::IPv4> contributions_;
-    OrbMemtab::RoomWaiter<IpIntfSm> room_;
+    RoomWaiter<IpIntfSm> room_;
     OrbIpIntfStatus orbIpIntfStatus_;
 };
 

@@ -39,7 +39,8 @@ class VrfIntfStatusMachine {
                             self().vrfName());
             return;
         }
-        if (self().childIsStarting() || !self().intfBacklog()->backlog().empty()) {
+        if (self().childIsStarting() || !self().intfBacklog()->backlog().empty()
+            || self().intfBacklog()->waitingForRoom() > 0) {
             DIRECTNET_TRACE(
                 8, "Returning without setting ready for ", Sm::version,
                 " connected routes as intfBacklog not empty yet for vrf: ", self().vrfName());

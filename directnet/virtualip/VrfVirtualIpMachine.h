@@ -1,10 +1,10 @@
 #pragma once
 
 #include "directnet/backlog/IntfViaSetKey.h"
+#include "directnet/backlog/RoomWaiter.h"
 #include "directnet/virtualip/VirtualIpIntfReactor.h"
 #include "directnet/virtualip/VirtualIpTableReactor.h"
 #include "directnet/virtualip/VirtualIpTraits.h"
-#include "platform/memtab/Table.h"
 
 namespace Routing::DirectNet {
 
@@ -39,7 +39,7 @@ class VrfVirtualIpMachine {
   private:
     Sm& self() { return static_cast<Sm&>(*this); }
 
-    OrbMemtab::RoomWaiter<Sm> room_;
+    RoomWaiter<Sm> room_;
 };
 
 } // namespace Routing::DirectNet

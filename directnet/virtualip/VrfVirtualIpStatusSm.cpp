@@ -141,8 +141,7 @@ IntfViaSetKey VrfVirtualIpMachine<Sm, Family>::viaSetKeyOrWait(Lanx::IntfId intf
     const IntfViaSetKey key = self().intfViaSetConfig()->findOrCreateViaSetKey(
         intfId, backlog->vrfId(), *self().ivskStatus());
     if (!key) {
-        room_.await(self(), self().intfViaSetConfig()->getViaConfig(Family::af));
-        backlog->waitsForRoomIs(true);
+        room_.await(self(), self().intfViaSetConfig()->getViaConfig(Family::af), backlog);
     }
     return key;
 }

@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/ringlog/TraceHandle.h"
 #include "tests/support/LibraryHarness.h"
+#include "tests/support/Outsider.h"
 
 namespace Routing::DirectNet {
 namespace {
@@ -122,11 +124,47 @@ TEST_F(LeakReviewTest, SuspendedReviewStartsOverOrSkips) {
     std::size_t runs = 0;
     for (std::size_t before = 0; !sm().reviewedIpv6(); before = leakedSoFar()) {
         runOnce();
-        EXPECT_LE(leakedSoFar() - before, 2U); // the run that ends IPv4 goes on with IPv6
+        EXPECT_LE(leakedSoFar() - before, 1U); // also behind the last IPv4 prefix
         ASSERT_LT(++runs, 3U * prefixes);
     }
     EXPECT_EQ(leakedSoFar(), 2U * prefixes);
     EXPECT_FALSE(suspended());
+}
+
+TEST_F(LeakReviewTest, ReviewAskedForInTheMiddleOfAPassIsLost) {
+    harness.vrfStatus("C", true);
+    for (int i = 0; i < prefixes; ++i) {
+        harness.leak(1, "10.1." + std::to_string(i) + ".0/24", 3);
+    }
+    harness.settle();
+    harness.scheduler->yieldPolicyIs([](const Kiln::TaskRun&) { return false; });
+    harness.vrfIdDel("B");
+    harness.vrfId("B", 2);
+    const Orb::Ptr<IntfBacklog> dest(&harness.backlog("B"));
+    const auto outsider = Orb::makePtr<Outsider>(dest, [this](Orb::AttributeId) {
+        if (leakedSoFar() == 2) {
+            harness.vrfId("C", 3);
+        }
+    });
+    harness.settle();
+    EXPECT_EQ(leakedSoFar(), 2U * prefixes);
+    EXPECT_EQ(harness.backlog("C").intfIdsByPrefix().size(), std::size_t{prefixes});
+}
+
+TEST_F(LeakReviewTest, NewLeakIsAddedMoreThanOnce) {
+    harness.settle();
+    int added = 0;
+    Ringlog::TraceHandle::sinkIs([&added](std::string_view line) {
+        added += line.find("] adding source vrf=") != std::string_view::npos ? 1 : 0;
+    });
+    Ringlog::TraceHandle::levelOfAllIs(8);
+    harness.secondary("A", "Et1", "10.9.0.1/24");
+    harness.leak(1, "10.9.0.0/24", 2);
+    harness.root().receiveRouteLeakSm()->scheduleReview();
+    harness.settle();
+    Ringlog::TraceHandle::levelOfAllIs(Ringlog::TraceHandle::off);
+    Ringlog::TraceHandle::sinkIs({});
+    EXPECT_EQ(added, 1);
 }
 
 TEST_F(LeakReviewTest, BookmarkedPrefixThatGoesEndsTheReview) {

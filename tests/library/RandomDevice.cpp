@@ -38,26 +38,59 @@ std::string RandomDevice::vrf() { return oneOf(vrfs); }
 
 std::string RandomDevice::intf() { return oneOf(intfs); }
 
-void RandomDevice::step() {
-    using Change = void (RandomDevice::*)();
-    static const std::vector<std::pair<Change, std::size_t>> weights{
-        {&RandomDevice::changeVrfId, 10},     {&RandomDevice::changeVrfStatus, 10},
-        {&RandomDevice::replaceVrfMap, 1},    {&RandomDevice::changeDevice, 16},
-        {&RandomDevice::changePrimary, 22},   {&RandomDevice::changeSecondary, 18},
-        {&RandomDevice::promoteSecondary, 4}, {&RandomDevice::changeIpv6, 16},
-        {&RandomDevice::removeInterfaces, 5}, {&RandomDevice::changeSubnetRoutes, 2},
-        {&RandomDevice::changeVirtualIp, 16}, {&RandomDevice::removeVirtualIp, 4},
-        {&RandomDevice::changeLeak, 22},      {&RandomDevice::removeLeaks, 1},
-        {&RandomDevice::changeRibWaits, 4},   {&RandomDevice::restart, 1}};
-    static const std::vector<Change> changes = [] {
-        std::vector<Change> all;
-        for (const auto& [change, weight] : weights) {
-            all.insert(all.end(), weight, change);
+const std::vector<RandomDevice::Change>& RandomDevice::changes() {
+    static const std::vector<Change> changes{
+        {&RandomDevice::changeVrfId, 10, Topic::vrfs},
+        {&RandomDevice::changeVrfStatus, 10, Topic::vrfs},
+        {&RandomDevice::replaceVrfMap, 1, Topic::vrfs},
+        {&RandomDevice::changeDevice, 16, Topic::devices},
+        {&RandomDevice::changePrimary, 22, Topic::addresses},
+        {&RandomDevice::changeSecondary, 18, Topic::addresses},
+        {&RandomDevice::promoteSecondary, 4, Topic::addresses},
+        {&RandomDevice::changeIpv6, 16, Topic::addresses},
+        {&RandomDevice::removeInterfaces, 5, Topic::addresses},
+        {&RandomDevice::changeSubnetRoutes, 2, Topic::virtualIps},
+        {&RandomDevice::changeVirtualIp, 16, Topic::virtualIps},
+        {&RandomDevice::removeVirtualIp, 4, Topic::virtualIps},
+        {&RandomDevice::changeLeak, 22, Topic::leaks},
+        {&RandomDevice::removeLeaks, 1, Topic::leaks},
+        {&RandomDevice::changeRibWaits, 4, Topic::ribWaits},
+        {&RandomDevice::restart, 1, Topic::restart}};
+    return changes;
+}
+
+const RandomDevice::Change& RandomDevice::oneOfChanges() {
+    static const std::vector<const Change*> weighted = [] {
+        std::vector<const Change*> all;
+        for (const Change& change : changes()) {
+            all.insert(all.end(), change.weight, &change);
         }
         return all;
     }();
-    (this->*changes[below(static_cast<std::uint32_t>(changes.size()))])();
+    return *weighted[below(static_cast<std::uint32_t>(weighted.size()))];
+}
+
+void RandomDevice::step() {
+    struct Ending {
+        Topic& underWay;
+        ~Ending() { underWay = Topic::none; }
+    };
+    const Change& change = oneOfChanges();
+    {
+        const Ending ending{underWay_};
+        underWay_ = change.topic;
+        (this->*change.make)();
+    }
     letTimePass();
+}
+
+void RandomDevice::interject() {
+    const Change* change = &oneOfChanges();
+    while (change->topic == underWay_ || change->topic == Topic::restart) {
+        change = &oneOfChanges();
+    }
+    note("in the middle:");
+    (this->*change->make)();
 }
 
 void RandomDevice::changeVrfId() {
@@ -257,15 +290,16 @@ void RandomDevice::changeRibWaits() {
     const std::string name = vrf();
     const bool waits = !oneIn(3);
     note((waits ? "ribWaits " : "ribWaitsDel ") + name);
-    harness_.ribWaits(name, waits);
     model_.ribWaits.erase(name);
     if (waits) {
         model_.ribWaits.insert(name);
     }
+    harness_.ribWaits(name, waits);
 }
 
 void RandomDevice::restart() {
     note("restart");
+    beforeRestart();
     harness_.stop();
     harness_.start();
 }

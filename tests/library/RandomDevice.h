@@ -24,6 +24,13 @@ class RandomDevice {
     /// One change, and now and then some time after it.
     void step();
 
+    /// One change from inside a notification: of something else than the change that is under way,
+    /// which may be in the middle of it.
+    void interject();
+
+    /// Called before the root is stopped and started again.
+    std::function<void()> beforeRestart = [] {};
+
     /// The changes so far, one a line.
     const std::string& log() const { return log_; }
 
@@ -41,6 +48,15 @@ class RandomDevice {
     using Apply = std::function<void(std::optional<bool>)>;
     void changeListed(const std::string& what, std::map<std::string, bool>& listed,
                       const std::string& member, const Apply& apply);
+
+    enum class Topic { none, vrfs, devices, addresses, virtualIps, leaks, ribWaits, restart };
+    struct Change {
+        void (RandomDevice::*make)();
+        std::size_t weight;
+        Topic topic;
+    };
+    static const std::vector<Change>& changes();
+    const Change& oneOfChanges();
 
     void changeVrfId();
     void changeVrfStatus();
@@ -64,6 +80,7 @@ class RandomDevice {
     std::mt19937 random_;
     DeviceModel model_;
     std::string log_;
+    Topic underWay_ = Topic::none;
 };
 
 } // namespace Routing::DirectNet

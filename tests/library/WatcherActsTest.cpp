@@ -1,0 +1,314 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "platform/orb/Error.h"
+#include "platform/routing/ProtoVrfStatus.h"
+#include "tests/support/LibraryHarness.h"
+#include "tests/support/Outsider.h"
+
+namespace Routing::DirectNet {
+namespace {
+
+using VrfId = ::Vrf::VrfIdMap::VrfId;
+
+/// Acts on the first change of the entity, in the middle of it.
+Orb::Ptr<Outsider> once(const Orb::Ptr<Orb::Entity>& watched, const std::function<void()>& act) {
+    auto acted = std::make_shared<bool>(false);
+    return Orb::makePtr<Outsider>(watched, [acted, act](Orb::AttributeId) {
+        if (!std::exchange(*acted, true)) {
+            act();
+        }
+    });
+}
+
+/// A root of a harness's inputs that a test holds itself.
+Orb::Ptr<RootSm> makeRoot(LibraryHarness& h) {
+    return RootSm::RootSmIs(h.entityManager, h.scheduler, h.viaSetConfig, h.ipStatus, h.ip6Status,
+                            h.virtualIpStatus, h.virtualIp6Status, h.virtualIpAsReceiveRoute,
+                            h.nameToIdMapWrapper, h.allVrfStatusLocal, h.allIntfStatusDir,
+                            h.allIntfStatusLocalDir, h.allVrfRibReady, h.protoStatusDir,
+                            h.grState);
+}
+
+void addRed(LibraryHarness& h) {
+    h.device("ns1", "Et1");
+    h.address("red", "Et1", "10.0.0.1/24");
+    h.vrf("red", 5, "ns1");
+}
+
+TEST(RootWatchers, MayStopTheRootAndLetGoOfItInTheMiddleOfAnything) {
+    enum class How { stopped, stoppedAndLetGo, letGo, letGoAfterStop };
+    for (const How how : {How::stopped, How::stoppedAndLetGo, How::letGo, How::letGoAfterStop}) {
+        for (const bool inADrain : {false, true}) {
+            LibraryHarness h(false);
+            auto root = makeRoot(h);
+            const auto routes = root->ipv4AllVrfRouteConfig();
+            const auto vias = root->ipv4AllVrfViaConfig();
+            if (how == How::letGoAfterStop) {
+                addRed(h);
+                h.settle();
+            }
+            const Orb::Ptr<Orb::Entity> watched =
+                inADrain ? Orb::Ptr<Orb::Entity>(routes) : Orb::Ptr<Orb::Entity>(vias);
+            const auto outsider = once(watched, [&] {
+                if (how == How::stopped || how == How::stoppedAndLetGo) {
+                    root->handleDelete();
+                }
+                if (how != How::stopped) {
+                    root = nullptr;
+                }
+            });
+            if (how == How::letGoAfterStop) {
+                root->handleDelete();
+            } else {
+                addRed(h);
+                h.settle();
+            }
+            root = nullptr;
+            EXPECT_EQ(routes->size() + vias->size() + h.viaSets(), 0U);
+            EXPECT_EQ(h.entityManager->mounts("routing/rib/routeConfig/ipv4/connected"), 0U);
+        }
+    }
+}
+
+TEST(RootStart, ThatIsRefusedLeavesNothingBehind) {
+    LibraryHarness h(false);
+    h.vrf("red", 5);
+    h.vrf("blue", 5);
+    EXPECT_THROW(makeRoot(h), Orb::NameInUseError);
+    EXPECT_FALSE(h.virtualIpAsReceiveRoute->enabled());
+    for (const char* path : {"routing/rib/viaConfig/ipv4/connected",
+                             "routing/rib/routeConfig/ipv6/connected",
+                             "routing/directNetLeakStatus", "kni/ns/default/status"}) {
+        EXPECT_EQ(h.entityManager->mounts(path), 0U) << path;
+    }
+    h.vrfIdDel("blue");
+    h.start();
+    EXPECT_EQ(h.root().containerSm().size(), 1U);
+}
+
+// The others, and what is leaked from and to them, go on.
+TEST(RefusedVrf, TakesNothingOfOthersAlong) {
+    LibraryHarness h;
+    addRed(h);
+    h.vrf("blue", 6);
+    h.leak(5, "10.0.0.0/24", 6);
+    const std::vector<RouteRow> leaked{{"10.0.0.1/32", 1, "Et1", {}, "5"}};
+    EXPECT_ROUTES(h, "blue", leaked);
+    h.vrfStatus("green", true);
+    EXPECT_THROW(h.vrfId("green", 5), Orb::NameInUseError);
+    h.vrfIdDel("green");
+    h.leakDel(5, "10.0.0.0/24", 6);
+    EXPECT_ROUTES(h, "blue", {});
+    h.leak(5, "10.0.0.0/24", 6);
+    EXPECT_ROUTES(h, "blue", leaked);
+
+    // Something else stands where a namespace's devices should.
+    h.entityManager->findOrCreate("kni/ns/ns2/status", "Routing::Rib::RouteConfig");
+    h.vrfStatus("green", true, "ns2");
+    EXPECT_THROW(h.vrfId("green", 7), Orb::NameInUseError);
+    EXPECT_EQ(h.root().containerSm(L3::VrfName("green")), nullptr);
+    EXPECT_EQ(h.root().allVrfReadyStatus()->vrfReadyStatus(L3::VrfName("green")), nullptr);
+    EXPECT_ROUTES(h, "blue", leaked);
+}
+
+TEST(RefusedVrf, NamespaceIsReadByItsWholeName) {
+    LibraryHarness h;
+    h.device("ns1", "Et1");
+    h.address("red", "Et1", "10.0.0.1/32");
+    h.vrf("red", 5, std::string("ns1\0x", 5));
+    EXPECT_ROUTES(h, "red", {});
+}
+
+TEST(BacklogWatchers, MayWithdrawWhatIsBeingWritten) {
+    LibraryHarness h;
+    addRed(h);
+    const auto address = Lanx::IpGenAddrWithMask::fromString("10.0.0.1/24");
+    const Orb::Ptr<IntfBacklog> backlog(&h.backlog("red"));
+    const auto outsider = once(h.root().ipv4AllVrfRouteConfig(), [&] {
+        const auto& routes = *h.root().ipv4AllVrfRouteConfig()->routes(VrfId(5));
+        const Lanx::IpGenPrefix prefix = routes.first()->key().prefix();
+        for (const auto type : {Fib::RouteType::connected, Fib::RouteType::receive,
+                                Fib::RouteType::receiveBroadcast,
+                                Fib::RouteType::dropDirectedBroadcast}) {
+            backlog->delFromIntfIdsByPrefix(Lanx::IntfId("Et1"), prefix, address, type,
+                                            VrfId::invalid(), false);
+        }
+    });
+    h.settle();
+    EXPECT_EQ(h.routes("red").size(), 3U);
+}
+
+TEST(TableWatchers, AreToldOfEveryRouteAndViaThatGoesWithItsVrf) {
+    LibraryHarness h;
+    addRed(h);
+    h.address6("red", "Et1", "2001:db8::1/64");
+    h.settle();
+    int told = 0;
+    std::vector<Orb::Ptr<Outsider>> outsiders;
+    for (const Orb::Ptr<Orb::Entity>& table : std::vector<Orb::Ptr<Orb::Entity>>{
+             h.root().ipv4AllVrfRouteConfig(), h.root().ipv6AllVrfRouteConfig(),
+             h.root().ipv4AllVrfViaConfig(), h.root().ipv6AllVrfViaConfig()}) {
+        outsiders.push_back(
+            Orb::makePtr<Outsider>(table, [&told](Orb::AttributeId) { ++told; }));
+    }
+    h.vrfIdDel("red");
+    EXPECT_EQ(told, 4 + 2 + 1 + 1);
+}
+
+TEST(Names, InUseByAnotherTypeAreRefused) {
+    const auto directory = Orb::makePtr<Orb::Dir>();
+    const auto record = directory->createEntity<Rib::ProtoVrfStatus>(Orb::Name("red"));
+    EXPECT_EQ(directory->createEntity<Rib::ProtoVrfStatus>(Orb::Name("red")), record);
+    EXPECT_THROW(directory->createEntity("Routing::Rib::RouteConfig", Orb::Name("red")),
+                 Orb::NameInUseError);
+    EXPECT_EQ(directory->entity(Orb::Name("red")), record.get());
+    const auto store = Orb::makePtr<Vaultdb::EntityManager>();
+    const auto table = store->findOrCreate("a/b", "Routing::Rib::RouteConfig");
+    EXPECT_EQ(store->findOrCreate("a/b", "Routing::Rib::RouteConfig"), table);
+    EXPECT_THROW(store->findOrCreate("a/b", "Routing::Rib::Ip::ViaConfig"), Orb::NameInUseError);
+}
+
+TEST(DirectedBroadcast, OfWhatIsNotAddedKeepsItsViaSets) {
+    LibraryHarness h;
+    h.vrfId("default", 0);
+    for (const char* intf : {"Et0", "Et1"}) {
+        h.device("default", intf);
+    }
+    h.secondary("default", "Et1", "10.0.0.1/24", false);
+    h.ipv4("default", "Et1").directedBroadcastIs(true);
+    h.address("default", "Et0", "10.0.0.2/24");
+    h.settle();
+    h.ipv4Del("default", "Et0");
+    EXPECT_ROUTES(h, "default",
+                  {{"10.0.0.0/32", 3, "Et1"},
+                   {"10.0.0.255/32", 3, "Et1", "directed-broadcast"}});
+    h.secondaryDel("default", "Et1", "10.0.0.1/24");
+    EXPECT_ROUTES(h, "default", {});
+    EXPECT_EQ(h.viaSets(), 0U);
+}
+
+TEST(DirectedBroadcast, AddressThatGoesTakesItsBroadcastAlong) {
+    LibraryHarness h;
+    addRed(h);
+    h.ipv4("red", "Et1").directedBroadcastIs(true);
+    h.settle();
+    h.address("red", "Et1", "0.0.0.0/0");
+    EXPECT_ROUTES(h, "red", {});
+    EXPECT_EQ(h.viaSets(), 0U);
+}
+
+TEST(RibRecords, OfNamesThatNobodyWaitsForGoAtStart) {
+    LibraryHarness h(false);
+    const auto record = [&](const std::string& name) {
+        h.protoStatusDir->createEntity<Rib::ProtoVrfStatus>(Orb::Name(name));
+    };
+    record(std::string(101, 'x')); // no VRF's
+    record("green");
+    record("red");
+    h.ribWaits("red");
+    h.start();
+    EXPECT_EQ(h.protoStatusDir->entity().size(), 1U);
+    EXPECT_NE(h.ribStatus("red"), nullptr);
+}
+
+TEST(VirtualIpHelper, WithoutAMapOfIdsTakesEveryVrfForGone) {
+    const auto directory = Orb::makePtr<Ipv4::AllVrfVirtualIpStatus>();
+    const auto helper =
+        Orb::makePtr<Ipv4::VrfVirtualIpStatusHelper>(Ipv4::VrfVirtualIpStatusHelper::Arguments{
+            directory, Orb::makePtr<Ip::AllVrfStatusLocal>(), nullptr});
+    const auto status = Orb::makePtr<VirtualIp::VirtualIpStatus>();
+    const auto sm = Orb::makePtr<Ipv4::VirtualIpStatusSm>(
+        Ipv4::VirtualIpStatusSm::Arguments{status, helper});
+    const VirtualIp::VrfIpWithMaskPair key(L3::VrfName("red"),
+                                           Lanx::IpAddrWithMask::fromString("10.0.0.1/24"));
+    status->virtualIpIntfStatusIs(key);
+    EXPECT_EQ(directory->vrfVirtualIpStatus().size(), 1U);
+    status->virtualIpIntfStatusDel(key);
+    EXPECT_EQ(directory->vrfVirtualIpStatus().size(), 0U);
+}
+
+TEST(VirtualIpHelper, WatcherOfTheTablesMayWithdrawTheAddress) {
+    LibraryHarness h;
+    const auto outsider = once(h.root().allVrfVirtualIpStatus(),
+                               [&] { h.virtualIpDel("red", "10.0.0.1/24"); });
+    h.virtualIp("red", "10.0.0.1/24", "Vlan10");
+    EXPECT_EQ(h.root().allVrfVirtualIpStatus()->vrfVirtualIpStatus().size(), 0U);
+}
+
+TEST(VirtualIpHelper, DirectoryThatIsReleasedEmptiesItself) {
+    LibraryHarness h;
+    h.virtualIp("red", "10.0.0.1/24", "Vlan10");
+    const auto directory = h.root().allVrfVirtualIpStatus();
+    int told = 0;
+    auto outsider = Orb::makePtr<Outsider>(directory, [&](Orb::AttributeId) { ++told; });
+    h.virtualIpDel("red", "10.0.0.1/24");
+    h.virtualIp("red", "10.0.0.1/24", "Vlan10");
+    told = 0;
+    directory->orbDoZombieReactors(true);
+    EXPECT_EQ(told, 1);
+    EXPECT_TRUE(directory->vrfVirtualIpStatus().empty());
+}
+
+// Asking twice counts nothing twice and makes nothing anew.
+TEST(HandleInitialized, DoesNothingTheSecondTime) {
+    LibraryHarness h;
+    addRed(h);
+    h.virtualIp("red", "10.0.7.1/24", "Vlan10");
+    h.address6("red", "Et1", "2001:db8::1/64");
+    h.vrf("blue", 6);
+    h.leak(5, "10.0.0.0/24", 6);
+    h.ribWaits("red");
+    h.settle();
+    const auto routes = h.routes("red");
+    const ContainerSm& red = h.container("red");
+    const auto count = [&](Lanx::AddressFamily af) {
+        return red.intfBacklog()->intfViaSetKeyStatusFromAf(af)->vskRefcountByIntfId("Et1");
+    };
+    const auto counts = std::pair(count(Lanx::AddressFamily::ipv4), count(Lanx::AddressFamily::ipv6));
+    const auto* sm = red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm("Et1");
+    h.root().handleInitialized();
+    h.root().allVrfRibReadySm()->handleInitialized();
+    h.root().virtualIpStatusSm()->handleInitialized();
+    h.root().virtualIp6StatusSm()->handleInitialized();
+    h.root().ipv4CrLeakSm()->handleInitialized();
+    h.root().receiveRouteLeakSm()->handleInitialized();
+    h.container("red").handleInitialized();
+    red.kernelIntfStatus()->handleInitialized();
+    red.intfBacklog()->handleInitialized();
+    red.intfBacklogSm()->handleInitialized();
+    red.vrfIpIntfStatusSm()->handleInitialized();
+    red.vrfIp6IntfStatusSm()->handleInitialized();
+    red.vrfIpIntfStatusSm()->ipIntfStatusSm()->handleInitialized();
+    red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm("Et1")->handleInitialized();
+    red.vrfIp6IntfStatusSm()->ip6IntfStatusSm()->ip6IntfSm("Et1")->handleInitialized();
+    red.vrfVirtualIpStatusSm()->handleInitialized();
+    red.vrfVirtualIp6StatusSm()->handleInitialized();
+    EXPECT_EQ(h.clock->nextWakeup(), Orb::Clock::never); // not even a drain is asked for
+    EXPECT_EQ(h.routes("red"), routes);
+    EXPECT_EQ(counts, std::pair(count(Lanx::AddressFamily::ipv4), count(Lanx::AddressFamily::ipv6)));
+    EXPECT_EQ(red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm("Et1"), sm);
+}
+
+TEST(VirtualIpMachine, IsNotReplacedByOneOfAnotherTable) {
+    LibraryHarness h;
+    addRed(h);
+    ContainerSm& red = h.container("red");
+    const auto other = Orb::makePtr<Ipv4::VrfVirtualIpStatus>(
+        Ipv4::VrfVirtualIpStatus::Arguments{L3::VrfName("red")});
+    try {
+        red.vrfVirtualIpStatusSmIs(other, red.intfViaSetConfig(), red.intfBacklog());
+        ADD_FAILURE() << "another table was accepted";
+    } catch (const Orb::NameInUseError& error) {
+        EXPECT_TRUE(std::string(error.what())
+                        .starts_with("Reinstantiating the pointer interface where constructor "
+                                     "parameter attribute _vrfVirtualIpStatus has a different "
+                                     "value of "))
+            << error.what();
+    }
+}
+
+} // namespace
+} // namespace Routing::DirectNet
