@@ -27,7 +27,7 @@ std::string stateFolder() {
     if (parent.empty()) {
         throw FailureError("no runtime folder");
     }
-    const std::string path = parent + "/directnet";
+    std::string path = parent + "/directnet";
     if (::mkdir(path.c_str(), mode) != 0 && errno != EEXIST) {
         fail(path, std::strerror(errno));
     }
