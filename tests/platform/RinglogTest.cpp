@@ -248,7 +248,7 @@ class FaultHandler {
 TEST_F(RinglogTest, fileCutOffWhileItIsWrittenEndsTheProcess) {
     const FaultHandler handler;
     for (const int before : {0, 50}) {
-        for (const std::uintmax_t length : {0, 100, 5000}) { // whole pages are gone then
+        for (const std::uintmax_t length : {0U, 100U, 5000U}) { // whole pages are gone then
             open("ring", 4);
             writeNumbered(before);
             std::filesystem::resize_file(path("ring"), length);
