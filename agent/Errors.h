@@ -19,4 +19,10 @@ class FailureError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// Whoever read the output has gone: the command ends as a failure, and has nobody to say it to.
+class ReaderGoneError : public std::runtime_error {
+  public:
+    ReaderGoneError() : std::runtime_error("nobody reads the output any more") {}
+};
+
 } // namespace Agent

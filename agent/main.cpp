@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "agent/cli/Cli.h"
+#include "agent/ring/RingGuard.h"
 
 /// A standard file that the parent has closed fails, rather than be the first that the agent opens.
 static void keepStandardFilesApart() {
@@ -18,5 +19,8 @@ int main(int argc, char** argv) {
     keepStandardFilesApart();
     // A reader that goes away is an error of writing, not the end of the process.
     std::signal(SIGPIPE, SIG_IGN);
+    // So is a limit on the size of files.
+    std::signal(SIGXFSZ, SIG_IGN);
+    Agent::guardRing();
     return Agent::runCommandLine(argc, argv);
 }

@@ -7,6 +7,7 @@
 
 #include "agent/Errors.h"
 #include "agent/cli/Commands.h"
+#include "agent/output/OutputFile.h"
 #include "agent/show/Output.h"
 #include "platform/ringlog/Printable.h"
 
@@ -21,7 +22,7 @@ ExitStatus fail(ExitStatus status, std::string_view message) {
     std::cout.flush();
     std::string line;
     Ringlog::appendPrintable(line, message.substr(0, maxMessage));
-    std::cerr << line << (message.size() > maxMessage ? "...\n" : "\n");
+    writeErrorLine(line + (message.size() > maxMessage ? "...\n" : "\n"));
     return status;
 }
 
@@ -45,6 +46,21 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
     CLI::App* command = app.add_subcommand(name, description);
     command->set_version_flag("--version", DIRECTNET_VERSION);
     return command;
+}
+
+void addRingOption(CLI::App& command, std::string& path) {
+    command
+        .add_option("--ring", path,
+                    "Write the ring trace to FILE; %d becomes the process id, and /dev/null stands "
+                    "for none")
+        ->option_text("FILE")
+        ->check(notEmpty());
+}
+
+void report(const std::string& message) {
+    std::string line = "directnet: ";
+    Ringlog::appendPrintable(line, message);
+    writeErrorLine(line + '\n');
 }
 
 CLI::Validator notEmpty() {
@@ -82,6 +98,8 @@ int runCommandLine(int argc, const char* const* argv) {
         status = parseAndRun(app, argc, argv);
     } catch (const BadInputError& error) {
         status = fail(ExitStatus::badInput, error.what());
+    } catch (const ReaderGoneError&) {
+        status = ExitStatus::failure;
     } catch (const std::exception& error) {
         status = fail(ExitStatus::failure, "directnet: " + std::string(error.what()));
     }

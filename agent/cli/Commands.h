@@ -14,6 +14,12 @@ CLI::Validator notEmpty();
 /// Adds the option that says where the running agent listens.
 void addSocketOption(CLI::App& command, std::string& path);
 
+/// Adds the option that says where the ring trace goes.
+void addRingOption(CLI::App& command, std::string& path);
+
+/// Says "directnet: MESSAGE" on standard error.
+void report(const std::string& message);
+
 /// One function per command, each in a source of its own: adds the command to the program. Its work
 /// is done while the command line is parsed; it throws BadInputError and FailureError.
 void registerReplay(CLI::App& app);

@@ -6,6 +6,7 @@
 #include "agent/cli/Commands.h"
 #include "agent/cli/InputFile.h"
 #include "agent/replay/Replay.h"
+#include "agent/ring/RingPlace.h"
 #include "agent/show/JsonPrinter.h"
 #include "agent/show/Output.h"
 #include "agent/show/TablePrinter.h"
@@ -21,11 +22,13 @@ struct Options {
     bool json = false;
     int traceLevel = Ringlog::TraceHandle::off;
     std::string vipLog;
+    std::string ring;
 };
 
 void runReplay(const Options& options) {
     InputFile input(options.file);
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
+    placeRing(options.ring, RingDefault::nowhere, report);
     std::unique_ptr<StatePrinter> printer;
     if (options.json) {
         printer = std::make_unique<JsonPrinter>(std::cout);
@@ -36,11 +39,15 @@ void runReplay(const Options& options) {
     std::optional<VipLogWriter> vipLog;
     if (!options.vipLog.empty()) {
         vipLog.emplace(options.vipLog);
-        replay.onStartIs([&vipLog](const AgentRoot::RootSm& root) {
-            vipLog->attach(root.allVrfVirtualIpStatus(), root.allVrfVirtualIp6Status());
-        });
     }
+    replay.onStartIs([&vipLog](const AgentRoot::RootSm& root) {
+        reportRing(report);
+        if (vipLog) {
+            vipLog->attach(root.allVrfVirtualIpStatus(), root.allVrfVirtualIp6Status());
+        }
+    });
     replay.run();
+    reportRing(report);
     if (vipLog) {
         vipLog->finish();
     }
@@ -66,6 +73,7 @@ void registerReplay(CLI::App& app) {
                      "Log every change of the tables of virtual addresses to FILE")
         ->option_text("FILE")
         ->check(notEmpty());
+    addRingOption(*command, options->ring);
     command->callback([options] { runReplay(*options); });
 }
 

@@ -1,9 +1,11 @@
 #include <iostream>
 #include <memory>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 #include "agent/cli/Commands.h"
+#include "agent/ring/RingPlace.h"
 #include "agent/run/LiveAgent.h"
 #include "agent/show/JsonPrinter.h"
 #include "agent/show/Output.h"
@@ -23,7 +25,17 @@ struct Options {
     std::string configFile;
     std::string socket;
     bool noSocket = false;
+    std::string ring;
 };
+
+/// Namespaces and clients take descriptors, and the usual soft limit is for programs that select().
+void raiseFileLimit() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
 
 void listen(LiveAgent& agent, const Options& options) {
     if (!options.socket.empty()) {
@@ -35,6 +47,8 @@ void listen(LiveAgent& agent, const Options& options) {
 
 void run(const Options& options) {
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
+    raiseFileLimit();
+    placeRing(options.ring, options.once ? RingDefault::nowhere : RingDefault::stateFolder, report);
     LiveAgent agent({readVrfOptions(options.vrfs), options.configFile});
     listen(agent, options);
     if (!options.once) {
@@ -88,6 +102,7 @@ void registerRun(CLI::App& app) {
             ->option_text("PATH")
             ->check(notEmpty());
     command->add_flag("--no-socket", options->noSocket, "Let no clients ask")->excludes(socket);
+    addRingOption(*command, options->ring);
     command->callback([options] { run(*options); });
 }
 

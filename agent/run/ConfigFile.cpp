@@ -1,11 +1,9 @@
 #include "agent/run/ConfigFile.h"
 
-#include <iterator>
 #include <string_view>
 #include <utility>
 
 #include "agent/Errors.h"
-#include "agent/cli/InputFile.h"
 #include "agent/document/DevicePatch.h"
 #include "agent/document/JsonText.h"
 #include "agent/document/Place.h"
@@ -77,9 +75,8 @@ void normalizeKeys(json& document, const char* part, const char* family) {
 
 } // namespace
 
-ConfigFile::ConfigFile(const std::string& path) : name_(path) {
-    InputFile input(path);
-    text_.assign(std::istreambuf_iterator<char>(&input.buffer()), {});
+ConfigFile::ConfigFile(std::string name, std::string text)
+    : name_(std::move(name)), text_(std::move(text)) {
     try {
         const json parsed = parseJson(text_);
         checkKeys(parsed);

@@ -12,9 +12,9 @@ namespace Agent {
 /// waits for, ids of VRFs, and whether this is a graceful restart.
 class ConfigFile {
   public:
-    /// Reads and checks the file. Throws BadInputError with one line for the user: "FILE: ..." or
+    /// Checks the text of the file. Throws BadInputError with one line for the user:
     /// "FILE:LINE: POINTER: ...".
-    explicit ConfigFile(const std::string& path);
+    ConfigFile(std::string name, std::string text);
 
     /// The document, without nulls and with every address spelled in the usual way, so that two
     /// documents that mean the same are equal.

@@ -1,13 +1,16 @@
 #include "agent/run/LiveAgent.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
-#include <iostream>
+#include <cstring>
 #include <unistd.h>
 
 #include "agent/Errors.h"
+#include "agent/output/OutputFile.h"
+#include "agent/ring/RingPlace.h"
 #include "agent/run/ChangeText.h"
-#include "platform/ringlog/Printable.h"
+#include "agent/run/ConfigText.h"
 
 namespace Agent {
 
@@ -15,29 +18,34 @@ namespace {
 
 /// Seconds for which the event loop sleeps at most.
 constexpr double longestSleep = 3600;
+/// Bytes of changes that may wait for whoever reads them on standard output.
+constexpr std::size_t outputCapacity = std::size_t{64} << 20U;
 
-void report(const std::string& message) {
-    std::string line = "directnet: ";
-    Ringlog::appendPrintable(line, message);
-    std::cerr << line << std::endl;
+std::optional<std::string> textOf(const std::string& configFile) {
+    return configFile.empty() ? std::nullopt : std::optional(readConfigText(configFile));
 }
 
 } // namespace
 
-LiveAgent::LiveAgent(const Options& options)
-    : configFile_(options.configFile), signals_(clock_, [this](int signal) { onSignal(signal); }) {
+// Signals are taken only when the configuration has been read: standard input may keep it waiting.
+LiveAgent::LiveAgent(const Options& options) : LiveAgent(options, textOf(options.configFile)) {}
+
+LiveAgent::LiveAgent(const Options& options, std::optional<std::string> configText)
+    : configFile_(options.configFile),
+      signals_(std::in_place, clock_, [this](int signal) { onSignal(signal); }) {
     std::optional<ConfigFile> config;
-    if (!configFile_.empty()) {
-        config.emplace(configFile_);
+    if (configText) {
+        config.emplace(configFile_, std::move(*configText));
     }
     const nlohmann::json document = config ? config->document() : nlohmann::json::object();
     inputs_.emplace(Orb::makePtr<Kiln::TaskScheduler>(clock_),
                     document.value("gracefulRestart", false));
     root_.emplace(*inputs_);
+    reportRing(report_);
     lookup_.emplace(**root_, *inputs_);
     feed_.emplace(**root_, *inputs_, [this](const RouteFeed::Change& change) { onChange(change); });
     try {
-        device_.emplace(*inputs_, clock_, options.vrfs, document, report);
+        device_.emplace(*inputs_, clock_, options.vrfs, document, report_);
     } catch (const DocumentError& error) {
         throw BadInputError(config ? config->message(error) : error.what());
     }
@@ -52,21 +60,30 @@ void LiveAgent::runOnce(StatePrinter& printer) {
         turn();
     }
     if (!stopped_) {
+        // Whoever reads this is waited for, and can be given up by a signal.
+        signals_.reset();
         printer.print(StateView(**root_, *inputs_, clock_->now()), nullptr);
     }
 }
 
 void LiveAgent::follow(bool json) {
-    OutputQueue output(STDOUT_FILENO);
+    const OutputFile file(STDOUT_FILENO);
+    OutputQueue output(file, outputCapacity, [this](std::size_t lines) {
+        report_(std::to_string(lines) + " lines of output were not written");
+    });
     output_ = &output;
     json_ = json;
-    while (!stopped_ && output.failure().empty()) {
+    while (!stopped_ && output.error() == 0) {
         turn();
     }
     output_ = nullptr;
     output.finish();
-    if (!output.failure().empty()) {
-        throw FailureError("cannot write the output: " + output.failure());
+    if (output.error() == EPIPE) {
+        throw ReaderGoneError();
+    }
+    if (output.error() != 0) {
+        throw FailureError("cannot write the output: "
+                           + std::string(std::strerror(output.error())));
     }
 }
 
@@ -80,7 +97,7 @@ void LiveAgent::listen(const Listening& where) {
         if (!where.isDefault) {
             throw;
         }
-        report(std::string(error.what()) + "; nobody can ask this agent");
+        report_(std::string(error.what()) + "; nobody can ask this agent");
     }
 }
 
@@ -105,6 +122,7 @@ void LiveAgent::onChange(const RouteFeed::Change& change) {
 
 void LiveAgent::turn() {
     activityManager_.runOnce(longestSleep);
+    reportRing(report_);
     // After a restart the routes count as complete only when all there is has been seen.
     if (!verifying_ && device_->isLearned()) {
         DevicePatch patch;
@@ -138,15 +156,19 @@ void LiveAgent::onSignal(int signal) {
 }
 
 void LiveAgent::reload() {
+    if (configFile_ == "-") {
+        report_("standard input is read as a configuration at the start only");
+        return;
+    }
     try {
-        const ConfigFile config(configFile_);
+        const ConfigFile config(configFile_, readConfigText(configFile_));
         try {
             device_->configure(config.document());
         } catch (const DocumentError& error) {
-            report(config.message(error));
+            report_(config.message(error));
         }
     } catch (const std::exception& error) {
-        report(error.what());
+        report_(error.what());
     }
 }
 

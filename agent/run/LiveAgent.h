@@ -7,9 +7,10 @@
 
 #include "agent/device/AgentRoot.h"
 #include "agent/device/DeviceInputs.h"
+#include "agent/output/OutputQueue.h"
 #include "agent/run/ConfigFile.h"
 #include "agent/run/LiveDevice.h"
-#include "agent/run/OutputQueue.h"
+#include "agent/run/LiveMessages.h"
 #include "agent/run/RouteFeed.h"
 #include "agent/run/Signals.h"
 #include "agent/show/RouteLookup.h"
@@ -54,11 +55,14 @@ class LiveAgent {
     void runOnce(StatePrinter& printer);
 
     /// Prints each route that comes, changes or goes on standard output, as it happens, until the
-    /// agent is stopped. The stop itself prints nothing. Throws FailureError when the output takes
-    /// no more.
+    /// agent is stopped. The stop itself prints nothing. Never waits for a reader: what one has not
+    /// taken is kept within a bound, then dropped. Throws FailureError when writing fails,
+    /// ReaderGoneError when the reader has gone.
     void follow(bool json);
 
   private:
+    LiveAgent(const Options& options, std::optional<std::string> configText);
+
     void onSignal(int signal);
     void reload();
     void onChange(const RouteFeed::Change& change);
@@ -67,11 +71,13 @@ class LiveAgent {
 
     Orb::Ptr<Orb::Clock> clock_ = Orb::makePtr<Orb::RealClock>();
     Orb::ActivityManager activityManager_{clock_};
+    LiveMessages messages_;
+    LiveDevice::Report report_ = [this](const std::string& message) { messages_.report(message); };
     std::string configFile_;
     bool stopped_ = false;
     bool json_ = false;
     bool verifying_ = false;
-    Signals signals_;
+    std::optional<Signals> signals_;
     std::optional<DeviceInputs> inputs_;
     std::optional<AgentRoot> root_;
     std::optional<RouteLookup> lookup_;

@@ -2,9 +2,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <filesystem>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -33,22 +30,10 @@ Linux::FileDescriptor openSocket(const std::string& path) {
     return file;
 }
 
-/// Locked while it lives, so that of two agents that find a dead one's file only one replaces it.
-Linux::FileDescriptor lockFolder(const std::string& path) {
-    const std::string folder = std::filesystem::path(path).parent_path();
-    Linux::FileDescriptor file(
-        ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!file || ::flock(file.get(), LOCK_EX) != 0) {
-        fail(path, std::strerror(errno));
-    }
-    return file;
-}
-
 } // namespace
 
 ListeningSocket::ListeningSocket(std::string path)
-    : path_(std::move(path)), file_(openSocket(path_)) {
-    const Linux::FileDescriptor lock = lockFolder(path_);
+    : path_(std::move(path)), lock_(path_), file_(openSocket(path_)) {
     removeStale();
     listen();
 }

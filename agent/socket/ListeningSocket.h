@@ -4,12 +4,13 @@
 #include <sys/types.h>
 
 #include "agent/linux/FileDescriptor.h"
+#include "agent/socket/SocketLock.h"
 
 namespace Agent {
 
 /// A Unix stream socket that clients connect to by a path, and that only its owner and group may
-/// open. The file of an agent that has died is replaced, that of one that lives is not; the own
-/// file goes with the object.
+/// open. The file of an agent that has died is replaced, that of one that lives, or of another
+/// program that listens, is not; the own file goes with the object.
 class ListeningSocket {
   public:
     /// Throws FailureError.
@@ -25,6 +26,7 @@ class ListeningSocket {
     void removeStale() const;
 
     std::string path_;
+    SocketLock lock_;
     Linux::FileDescriptor file_;
     dev_t device_ = 0;
     ino_t inode_ = 0;

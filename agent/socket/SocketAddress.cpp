@@ -9,12 +9,17 @@
 
 namespace Agent {
 
-std::string defaultSocketPath() {
+std::string runtimeFolder() {
     if (::geteuid() == 0) {
-        return "/run/directnet.sock";
+        return "/run";
     }
     const char* folder = std::getenv("XDG_RUNTIME_DIR");
-    return folder == nullptr || *folder == '\0' ? "" : std::string(folder) + "/directnet.sock";
+    return folder == nullptr ? "" : folder;
+}
+
+std::string defaultSocketPath() {
+    const std::string folder = runtimeFolder();
+    return folder.empty() ? "" : folder + "/directnet.sock";
 }
 
 sockaddr_un socketAddress(const std::string& path) {

@@ -5,8 +5,11 @@
 
 namespace Agent {
 
-/// Where an agent listens unless told otherwise: under /run for root, else in the user's runtime
+/// Where files live that are there as long as an agent runs: /run for root, else the user's runtime
 /// folder; empty if there is none.
+std::string runtimeFolder();
+
+/// Where an agent listens unless told otherwise: in the runtime folder; empty if there is none.
 std::string defaultSocketPath();
 
 /// The socket address of a path. Throws FailureError if it is too long for one.

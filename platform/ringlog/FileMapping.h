@@ -8,13 +8,18 @@ namespace Ringlog {
 
 /// A new file mapped into memory for writing. What is written survives the end of the process,
 /// however it ends. Empty when the file could not be made.
+///
+/// Somebody may cut the file off while it is mapped, or its disk may be full where space was not
+/// reserved; the next write there raises SIGBUS. recover() is for the host's handler of it. It
+/// looks after the mapping that was made last, of those that still live.
 class FileMapping {
   public:
     FileMapping() = default;
 
-    /// Makes `path`, which must not exist, with `size` zero bytes. With `reserve` the disk space is
-    /// taken at once; without, a disk that fills up later kills the process that writes.
-    /// On failure nothing is left behind and the mapping is empty.
+    /// Makes `path`, which must not exist, with `size` zero bytes, for its owner and group only.
+    /// With `reserve` the disk space is taken at once. On failure nothing is left behind and the
+    /// mapping is empty, with errno set. A limit on the size of files is a failure (EFBIG) and
+    /// raises no signal.
     FileMapping(const std::string& path, std::size_t size, bool reserve);
 
     FileMapping(FileMapping&& other) noexcept
@@ -30,6 +35,13 @@ class FileMapping {
 
     explicit operator bool() const { return data_ != nullptr; }
     std::byte* data() const { return data_; }
+
+    /// Whether `address` lies in the mapping. If so, private zero bytes take the file's place, and
+    /// the instruction that was interrupted can be repeated. Async-signal-safe.
+    static bool recover(const void* address) noexcept;
+
+    /// Whether recover() has taken the file away from the mapping.
+    static bool isRecovered() noexcept;
 
   private:
     std::byte* data_ = nullptr;

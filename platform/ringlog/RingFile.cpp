@@ -48,24 +48,24 @@ void RingFile::describe(MessageDescriptor& descriptor, std::string_view text) {
     std::string function = functionName(site.signature);
     descriptor.file_ = serial_;
     descriptor.id_ = skipped;
-    std::uint32_t used = header().tableUsed;
     std::size_t size =
         sizeof(Layout::DescriptorHeader) + unit.size() + function.size() + text.size();
-    if (text.size() > Layout::maxText || size > tableSize_ - used
+    if (text.size() > Layout::maxText || size > tableSize_ - tableUsed_
         || descriptors_ == Layout::maxDescriptors) {
         return;
     }
     Layout::DescriptorHeader entry{
         static_cast<std::uint32_t>(site.line), static_cast<std::uint16_t>(unit.size()),
         static_cast<std::uint16_t>(function.size()), static_cast<std::uint16_t>(text.size()), 0};
-    std::byte* at = mapping_.data() + Layout::pageSize + used;
+    std::byte* at = mapping_.data() + Layout::pageSize + tableUsed_;
     std::memcpy(at, &entry, sizeof(entry));
     at += sizeof(entry);
     for (std::string_view part : {unit, std::string_view(function), text}) {
         std::memcpy(at, part.data(), part.size());
         at += part.size();
     }
-    publish(header().tableUsed, used + static_cast<std::uint32_t>(size));
+    tableUsed_ += static_cast<std::uint32_t>(size);
+    publish(header().tableUsed, tableUsed_);
     descriptor.id_ = descriptors_++;
 }
 

@@ -82,7 +82,6 @@ class RingFile {
     }
 
     Layout::FileHeader& header();
-    std::byte* block(std::uint64_t sequence);
     void beginBlock();
 
     FileMapping mapping_;
@@ -91,6 +90,7 @@ class RingFile {
     std::uint32_t tableSize_;
     std::uint32_t blockCount_;
     std::uint32_t descriptors_ = 0;
+    std::uint32_t tableUsed_ = 0;  // kept here: others may write to the file
     std::uint64_t sequence_ = 0;   // of the block being filled
     std::uint32_t blockUsed_ = 0;  // bytes of messages in it
     std::byte* block_ = nullptr;   // where it lies

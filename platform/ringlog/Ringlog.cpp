@@ -1,13 +1,20 @@
 #include "platform/ringlog/Ringlog.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
+#include <exception>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
+
+#include "platform/orb/Error.h"
 
 namespace Ringlog {
 namespace {
@@ -45,37 +52,88 @@ std::optional<std::uint32_t> ringBlocks(std::string_view sizeSpec, unsigned bloc
     return static_cast<std::uint32_t>(blocks);
 }
 
-/// Frees the name. The old file is not written over: another process may still have it mapped.
-bool makeWay(const std::string& name, std::string_view secondName) {
-    struct stat found {};
-    if (::lstat(name.c_str(), &found) != 0) {
-        return true;
-    }
-    if (!S_ISREG(found.st_mode)) {
-        return false;
-    }
-    if (!secondName.empty()) {
-        return std::rename(name.c_str(), expandProcessId(secondName).c_str()) == 0;
-    }
-    return ::unlink(name.c_str()) == 0;
+[[noreturn]] void refuse(const std::string& name, const std::string& why) {
+    throw Orb::Error("ring trace file " + name + ": " + why);
 }
 
-std::unique_ptr<RingFile> makeFile(std::string_view fileName, std::string_view sizeSpec,
+[[noreturn]] void refuse(const std::string& name, int error) {
+    refuse(name, std::generic_category().message(error));
+}
+
+bool startsWithMagic(const std::string& name) {
+    int fd = ::open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) {
+        refuse(name, errno);
+    }
+    decltype(Layout::FileHeader::magic) start{};
+    bool whole = ::read(fd, start.data(), start.size()) == std::ssize(start);
+    ::close(fd);
+    return whole && start == Layout::magic;
+}
+
+/// Whether a ring trace file has the name. Throws when anything else has it.
+bool isTakenByRing(const std::string& name) {
+    struct stat found {};
+    if (::lstat(name.c_str(), &found) != 0) {
+        if (errno != ENOENT) {
+            refuse(name, errno);
+        }
+        return false;
+    }
+    if (!S_ISREG(found.st_mode)) {
+        refuse(name, "there is something that is no regular file");
+    }
+    if (!startsWithMagic(name)) {
+        refuse(name, "there is a file that is no ring trace");
+    }
+    return true;
+}
+
+/// Frees the name. The old file is not written over: another process may still have it mapped.
+void makeWay(const std::string& name, std::string_view secondName) {
+    if (!isTakenByRing(name)) {
+        return;
+    }
+    if (secondName.empty()) {
+        if (::unlink(name.c_str()) != 0) {
+            refuse(name, errno);
+        }
+        return;
+    }
+    std::string second = expandProcessId(secondName);
+    isTakenByRing(second); // anything else stays
+    if (std::rename(name.c_str(), second.c_str()) != 0) {
+        refuse(second, errno);
+    }
+}
+
+std::unique_ptr<RingFile> makeFile(const std::string& name, std::string_view sizeSpec,
                                    std::string_view secondFileName, int clock, int tablePages,
                                    bool reserve, unsigned blockCount) {
     std::optional<std::uint32_t> blocks = ringBlocks(sizeSpec, blockCount);
-    std::string name = expandProcessId(fileName);
     timespec now{};
-    if (!blocks || tablePages < 1 || tablePages > maxTablePages || ::clock_gettime(clock, &now) != 0
-        || !makeWay(name, secondFileName)) {
-        return nullptr;
+    if (!blocks || tablePages < 1 || tablePages > maxTablePages
+        || ::clock_gettime(clock, &now) != 0) {
+        refuse(name, "asked for with a size or clock that makes no sense");
     }
+    makeWay(name, secondFileName);
     auto pages = static_cast<std::uint32_t>(tablePages);
     FileMapping mapping(name, RingFile::fileSize(pages, *blocks), reserve);
     if (!mapping) {
-        return nullptr;
+        refuse(name, errno);
     }
     return std::make_unique<RingFile>(std::move(mapping), pages, *blocks, clock);
+}
+
+/// What became of the file that was asked for last.
+struct Outcome {
+    std::string name;
+    std::string failure;
+};
+Outcome& outcome() {
+    // Never destroyed: destructors of other static objects may still ask.
+    static auto& outcome = *new Outcome;
+    return outcome;
 }
 
 } // namespace
@@ -84,20 +142,34 @@ void initialize(std::string_view fileName, std::string_view sizeSpec,
                 std::string_view secondFileName, int clock, int tablePages, ThreadingMode threading,
                 bool reserve, unsigned blockCount) noexcept {
     close();
-    if (threading != ThreadingMode::single) {
+    if (threading != ThreadingMode::single || fileName == noFile) {
         return;
     }
     try {
-        Detail::openFile =
-            makeFile(fileName, sizeSpec, secondFileName, clock, tablePages, reserve, blockCount)
-                .release();
-    } catch (...) { // NOLINT(bugprone-empty-catch): out of memory leaves the ring trace closed
+        outcome().name = expandProcessId(fileName);
+        Detail::openFile = makeFile(outcome().name, sizeSpec, secondFileName, clock, tablePages,
+                                    reserve, blockCount)
+                               .release();
+    } catch (const std::exception& error) {
+        outcome().failure = error.what();
     }
 }
 
 void close() noexcept {
     delete Detail::openFile;
     Detail::openFile = nullptr;
+    outcome().failure.clear();
 }
+
+std::string_view failure() {
+    Outcome& last = outcome();
+    if (last.failure.empty() && FileMapping::isRecovered()) {
+        last.failure = "ring trace file " + last.name
+                       + ": somebody has cut it off, or the disk is full; no longer written";
+    }
+    return last.failure;
+}
+
+bool recoverFromFault(const void* address) noexcept { return FileMapping::recover(address); }
 
 } // namespace Ringlog

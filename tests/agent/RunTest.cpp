@@ -1,8 +1,14 @@
 #include <csignal>
+#include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <string>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 #include "tests/agent/KernelRoutes.h"
@@ -241,4 +247,80 @@ TEST(Run, RefusesBadOptionsAndConfigurations) {
         EXPECT_EQ(run.out, "");
         EXPECT_NE(run.err.find(test.message), std::string::npos) << run.err;
     }
+}
+
+TEST(Run, ConfigurationThatIsNoFileIsRefusedAtTheStartAndLater) {
+    inPrivateNamespace([] {
+        ASSERT_EQ(::mkfifo("/run/pipe", 0600), 0);
+        ASSERT_EQ(::mkdir("/run/folder", 0700), 0);
+        std::ofstream("/run/large") << "{}";
+        std::filesystem::resize_file("/run/large", (std::uintmax_t{64} << 20U) + 1);
+        const std::vector<std::pair<std::string, std::string>> cases{
+            {"pipe", "is no regular file"},
+            {"folder", "is a directory"},
+            {"large", "is larger than 64 MiB"},
+            {"missing", "No such file or directory"},
+            {"zero", "is no regular file"}};
+        std::filesystem::create_symlink("/dev/zero", "/run/zero");
+        for (const auto& [name, message] : cases) {
+            const auto run = runProgram("run --config /run/" + name);
+            EXPECT_EQ(run.status, 2);
+            EXPECT_EQ(run.err, "/run/" + name + ": " + message + '\n');
+        }
+        const std::string config = temporaryFile(R"({"vrfs": {"default": {"id": 0}}})");
+        LiveProgram agent({"run", "--config", config});
+        ASSERT_TRUE(agent.untilOut("127.0.0.0/8")) << agent.err();
+        for (const auto& [name, message] : cases) {
+            std::filesystem::remove(config);
+            if (name != "missing") {
+                std::filesystem::rename("/run/" + name, config);
+            }
+            agent.signal(SIGHUP);
+            EXPECT_TRUE(agent.untilErr("directnet: " + config + ": " + message + '\n'))
+                << agent.err();
+        }
+        EXPECT_NE(show("vrfs").find("default"), std::string::npos);
+        EXPECT_EQ(agent.endedBy(SIGTERM), 0);
+    });
+}
+
+TEST(Run, StartThatWaitsForStandardInputCanBeEnded) {
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    LiveProgram agent({DIRECTNET_EXECUTABLE, "run", "--no-socket", "--config", "-"}, ends[0]);
+    ASSERT_EQ(::write(ends[1], "{", 1), 1);
+    int waiting = 1;
+    ASSERT_TRUE(
+        agent.until([&] { return ::ioctl(ends[0], FIONREAD, &waiting) == 0 && waiting == 0; }));
+    EXPECT_EQ(agent.endedBy(SIGTERM), -1);
+    ::close(ends[0]);
+    ::close(ends[1]);
+}
+
+TEST(Run, StandardInputIsReadAsAConfigurationOnceOnly) {
+    inPrivateNamespace([] {
+        int ends[2];
+        ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+        ASSERT_EQ(::write(ends[1], "{}", 2), 2);
+        ::close(ends[1]);
+        LiveProgram agent({DIRECTNET_EXECUTABLE, "run", "--config", "-"}, ends[0]);
+        ::close(ends[0]);
+        ASSERT_TRUE(agent.untilOut("127.0.0.0/8")) << agent.err();
+        agent.signal(SIGHUP);
+        EXPECT_TRUE(agent.untilErr("at the start only"));
+        EXPECT_EQ(agent.endedBy(SIGTERM), 0);
+    });
+}
+
+TEST(Run, MayOpenAsManyFilesAsTheSystemLets) {
+    inPrivateNamespace([] {
+        LiveProgram agent(
+            {"/bin/sh", "-c", "ulimit -Sn 64; exec '" DIRECTNET_EXECUTABLE "' run --no-socket"},
+            STDIN_FILENO);
+        ASSERT_TRUE(agent.untilOut("127.0.0.0/8")) << agent.err();
+        rlimit limit{};
+        ASSERT_EQ(::prlimit(agent.pid(), RLIMIT_NOFILE, nullptr, &limit), 0);
+        EXPECT_EQ(limit.rlim_cur, limit.rlim_max);
+        EXPECT_EQ(agent.endedBy(SIGTERM), 0);
+    });
 }

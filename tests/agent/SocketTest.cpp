@@ -1,20 +1,26 @@
 #include <array>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 #include <poll.h>
 #include <string>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 #include <vector>
 
+#include "agent/device/AgentRoot.h"
 #include "agent/linux/FileDescriptor.h"
 #include "agent/socket/ChangeLog.h"
 #include "agent/socket/SocketAddress.h"
+#include "agent/socket/SocketServer.h"
+#include "platform/orb/ActivityManager.h"
+#include "platform/orb/SimulatedClock.h"
 #include "tests/agent/LiveProgram.h"
 #include "tests/agent/PrivateNamespace.h"
 #include "tests/agent/Program.h"
@@ -30,9 +36,9 @@ using TestSupport::runProgram;
 
 constexpr const char* path = "/run/directnet.sock";
 
-FileDescriptor connectToAgent() {
+FileDescriptor connectToAgent(const std::string& at = path) {
     FileDescriptor file(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const sockaddr_un address = Agent::socketAddress(path);
+    const sockaddr_un address = Agent::socketAddress(at);
     EXPECT_EQ(::connect(file.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
               0);
     return file;
@@ -96,6 +102,84 @@ TEST(Socket, IsForOwnerAndGroupAndReplacesADeadAgentsFileOnly) {
         EXPECT_EQ(runProgram("run --socket /run/file").status, 1);
         EXPECT_EQ(TestSupport::readFile("/run/file"), "precious");
     });
+}
+
+TEST(Socket, LocksOfOthersHoldNobodyUp) {
+    inPrivateNamespace([] {
+        // Whoever may read a folder may lock it.
+        const FileDescriptor folder(::open("/run", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        ASSERT_EQ(::flock(folder.get(), LOCK_EX), 0);
+        {
+            ReadyAgent agent({"run", "--socket", path});
+            struct stat status {};
+            ASSERT_EQ(::lstat("/run/directnet.sock.lock", &status), 0);
+            EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFREG | 0600));
+            EXPECT_EQ(agent.endedBy(SIGTERM), 0);
+            EXPECT_FALSE(std::filesystem::exists("/run/directnet.sock.lock"));
+        }
+        // An agent that has just begun holds the lock and does not listen yet.
+        const FileDescriptor lock(
+            ::open("/run/directnet.sock.lock", O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+        ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
+        auto run = runProgram("run --socket " + std::string(path));
+        EXPECT_EQ(run.status, 1);
+        EXPECT_NE(run.err.find("is in use by another agent\n"), std::string::npos) << run.err;
+        EXPECT_TRUE(std::filesystem::exists("/run/directnet.sock.lock"));
+
+        for (const char* taking :
+             {"mkfifo $L", "ln -s /run/precious $L", "mkdir $L", "touch $L; chown 1 $L"}) {
+            TestSupport::runShell("L=/run/directnet.sock.lock; rm -rf $L; " + std::string(taking));
+            run = runProgram("run --socket " + std::string(path));
+            EXPECT_EQ(run.status, 1) << taking;
+            EXPECT_NE(run.err.find("/run/directnet.sock.lock"), std::string::npos) << run.err;
+            EXPECT_FALSE(std::filesystem::exists("/run/precious"));
+        }
+    });
+}
+
+TEST(Socket, OfAnotherProgramThatListensIsNotTaken) {
+    inPrivateNamespace([] {
+        const FileDescriptor other(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        const sockaddr_un address = Agent::socketAddress(path);
+        ASSERT_EQ(::bind(other.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
+                  0);
+        ASSERT_EQ(::listen(other.get(), 0), 0);
+        // Also when it takes no more connections, as one that is busy.
+        for (int connections = 0; connections < 2; ++connections) {
+            const auto run = runProgram("run --socket " + std::string(path));
+            EXPECT_EQ(run.status, 1);
+            EXPECT_NE(run.err.find("is in use\n"), std::string::npos) << run.err;
+            EXPECT_TRUE(std::filesystem::exists(path));
+        }
+    });
+}
+
+TEST(Socket, DropsAWatcherThatHasMissedChanges) {
+    const std::string own =
+        std::filesystem::temp_directory_path() / ("watcher-" + std::to_string(::getpid()));
+    const Orb::Ptr<Orb::Clock> clock = Orb::makePtr<Orb::SimulatedClock>();
+    Orb::ActivityManager activityManager(clock);
+    const Agent::DeviceInputs inputs(Orb::makePtr<Kiln::TaskScheduler>(clock), false);
+    const Agent::AgentRoot root(inputs);
+    Agent::SocketServer server(own, {*root, inputs, *clock});
+    const FileDescriptor client = connectToAgent(own);
+    sendText(client, "{\"watch\":true}\n");
+    constexpr int manyTurns = 1000;
+    for (int turn = 0; turn < manyTurns && !server.isWatched(); ++turn) {
+        activityManager.runOnce(0);
+    }
+    ASSERT_TRUE(server.isWatched());
+    const std::string change = std::string((1 << 16) - 1, 'x') + '\n';
+    for (std::size_t sent = 0; sent <= Agent::ChangeLog::capacity; sent += change.size()) {
+        server.changeIs(change);
+    }
+    // Time stands still, so it is not for its silence that the client is dropped.
+    for (int turn = 0; turn < manyTurns && server.isWatched(); ++turn) {
+        activityManager.runOnce(0);
+    }
+    ASSERT_FALSE(server.isWatched());
+    EXPECT_EQ(receiveAll(client).find('x'), std::string::npos)
+        << "what follows a gap must not look like what follows";
 }
 
 TEST(Socket, ShowsTheStateDocumentThatOnceShows) {

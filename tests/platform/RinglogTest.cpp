@@ -1,6 +1,7 @@
 #include "platform/ringlog/Ringlog.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -64,6 +65,10 @@ class RinglogTest : public testing::Test {
         std::stringstream bytes;
         bytes << in.rdbuf();
         return bytes.str();
+    }
+
+    void put(const std::string& name, const std::string& text) const {
+        std::ofstream(path(name), std::ios::binary) << text;
     }
 
     static void writeNumbered(int count) {
@@ -179,6 +184,101 @@ TEST_F(RinglogTest, failureLeavesNoneOpenAndHarmsNothing) {
     expectRefused(path("ring"), "", 0, 24, 1);
     expectRefused(path("ring"), "", 0, 24, UINT32_MAX);
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+}
+
+TEST_F(RinglogTest, fileOfSomethingElseIsReplaced) {
+    for (const std::string& precious :
+         {std::string(), std::string("RINGLOG"), std::string(5000, 'x')}) {
+        put("mine", precious);
+        initialize(path("mine"), "", "", 0, 1, ThreadingMode::single, true, 2);
+        EXPECT_EQ(defaultRinglogFile(), nullptr);
+        EXPECT_EQ(failure(),
+                  "ring trace file " + path("mine") + ": there is a file that is no ring trace");
+        EXPECT_EQ(read("mine"), precious);
+        // Nor does a ring that is moved away take its place.
+        open("ring", 2);
+        EXPECT_EQ(failure(), "");
+        writeNumbered(1);
+        initialize(path("ring"), "", path("mine"), 0, 1, ThreadingMode::single, true, 2);
+        EXPECT_EQ(defaultRinglogFile(), nullptr);
+        EXPECT_EQ(read("mine"), precious);
+        EXPECT_EQ(decode(read("ring")), Lines{numbered(0)});
+    }
+    initialize(noFile, "", "", 0, 1, ThreadingMode::single, true, 2);
+    EXPECT_EQ(failure(), "");
+}
+
+TEST_F(RinglogTest, limitOnTheSizeOfFilesEndsTheProcess) {
+    pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const rlimit limit{5000, 5000};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        initialize(path("ring"), "", "", 0, 1, ThreadingMode::single, true, 2);
+        const bool refused =
+            defaultRinglogFile() == nullptr && failure().ends_with("File too large");
+        ::_exit(refused ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_FALSE(std::filesystem::exists(path("ring")));
+}
+
+/// What a host does about faults of the ring, for as long as it lives.
+class FaultHandler {
+  public:
+    FaultHandler() {
+        struct sigaction action {};
+        action.sa_flags = SA_SIGINFO;
+        action.sa_sigaction = [](int, siginfo_t* info, void*) {
+            if (!recoverFromFault(info->si_addr)) {
+                std::abort();
+            }
+        };
+        ::sigaction(SIGBUS, &action, &before_);
+    }
+    ~FaultHandler() { ::sigaction(SIGBUS, &before_, nullptr); }
+
+  private:
+    struct sigaction before_ {};
+};
+
+TEST_F(RinglogTest, fileCutOffWhileItIsWrittenEndsTheProcess) {
+    const FaultHandler handler;
+    for (const int before : {0, 50}) {
+        for (const std::uintmax_t length : {0U, 100U, 5000U}) { // whole pages are gone then
+            open("ring", 4);
+            writeNumbered(before);
+            std::filesystem::resize_file(path("ring"), length);
+            writeNumbered(1000);
+            EXPECT_EQ(failure(), "ring trace file " + path("ring")
+                                     + ": somebody has cut it off, or the disk is full; no longer "
+                                       "written");
+            EXPECT_EQ(std::filesystem::file_size(path("ring")), length);
+            close();
+            EXPECT_EQ(failure(), "");
+            std::filesystem::remove(path("ring"));
+        }
+    }
+    open("ring", 4);
+    writeNumbered(1);
+    EXPECT_EQ(failure(), "");
+    EXPECT_EQ(decode(read("ring")), Lines{numbered(0)}) << "the next file is written as ever";
+    int elsewhere = 0;
+    EXPECT_FALSE(recoverFromFault(&elsewhere));
+    EXPECT_FALSE(recoverFromFault(nullptr));
+}
+
+TEST_F(RinglogTest, callSiteIsEnteredWhereSomebodyHasWrittenIntoTheFile) {
+    open("ring", 2);
+    Layout::FileHeader header{};
+    header.tableUsed = UINT32_MAX - 10;
+    std::fstream file(path("ring"), std::ios::in | std::ios::out | std::ios::binary);
+    file.write(reinterpret_cast<const char*>(&header), sizeof header).flush();
+    writeNumbered(1);
+    EXPECT_NE(read("ring").find("number %i as text %s"), std::string::npos);
 }
 
 TEST_F(RinglogTest, messagesOfAKilledProcessAreThere) {

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "agent/output/OutputFile.h"
+#include "agent/output/OutputQueue.h"
+
+namespace Agent {
+
+/// What a live agent says on standard error, its text trace included, without waiting for a reader:
+/// lines that nobody takes are dropped, and their number is said once somebody reads on. A line is
+/// written at once where there is room, so that it is out before whatever comes next.
+///
+/// One agent thread, no locks. There is one at a time.
+class LiveMessages {
+  public:
+    /// Takes the text trace over, for as long as it lives.
+    LiveMessages();
+    LiveMessages(const LiveMessages&) = delete;
+    LiveMessages& operator=(const LiveMessages&) = delete;
+    ~LiveMessages();
+
+    /// Says "directnet: MESSAGE" on one line, whatever it quotes.
+    void report(std::string_view message);
+
+  private:
+    void say(std::string line);
+
+    OutputFile file_;
+    OutputQueue queue_;
+};
+
+} // namespace Agent

@@ -1,0 +1,147 @@
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+#include "tests/agent/LiveProgram.h"
+#include "tests/agent/PrivateNamespace.h"
+#include "tests/agent/Program.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Agent::Linux::inPrivateNamespace;
+using Agent::Linux::ip;
+using TestSupport::LiveProgram;
+using TestSupport::runProgram;
+using TestSupport::runShell;
+
+constexpr const char* learned = "127.0.0.0/8";
+
+/// An agent started by a shell command in which $D stands for the agent; as after "exec", it has
+/// the process id of the shell.
+LiveProgram started(const std::string& command) {
+    return LiveProgram({"/bin/sh", "-c", "unset RLFILE; D='" DIRECTNET_EXECUTABLE "'; " + command},
+                       STDIN_FILENO);
+}
+
+std::string ringOf(const LiveProgram& agent) {
+    return "/run/directnet/DirectNet-" + std::to_string(agent.pid()) + ".rl";
+}
+
+mode_t modeOf(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
+}
+
+std::size_t entries(const std::string& folder) {
+    const fs::directory_iterator files(folder);
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+std::size_t count(const std::string& text, const std::string& what) {
+    std::size_t found = 0;
+    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += what.size()) {
+        ++found;
+    }
+    return found;
+}
+
+} // namespace
+
+TEST(Ring, OfAnAgentLiesInItsStateFolderAndNowhereElse) {
+    inPrivateNamespace([] {
+        fs::create_directory("/run/here");
+        std::string last;
+        for (int run = 0; run < 3; ++run) {
+            LiveProgram agent = started("cd /run/here && exec \"$D\" run");
+            ASSERT_TRUE(agent.untilOut(learned)) << agent.err();
+            EXPECT_EQ(agent.err(), "");
+            EXPECT_EQ(modeOf("/run/directnet"), 0750U);
+            EXPECT_EQ(modeOf(ringOf(agent)), 0640U);
+            EXPECT_NE(runProgram("ringlog " + ringOf(agent)).out.find("handleInitialized"),
+                      std::string::npos);
+            EXPECT_TRUE(last.empty() || fs::exists(last)) << "the one before is kept";
+            last = ringOf(agent);
+            EXPECT_EQ(agent.endedBy(SIGKILL), -1);
+            std::ofstream("/run/directnet/DirectNet-note.rl") << "not ours";
+        }
+        EXPECT_NE(runProgram("ringlog " + last).out.find("handleInitialized"), std::string::npos);
+        EXPECT_EQ(entries("/run/directnet"), 3U) << "two rings, and the note";
+
+        // Another agent's ring is not an old one.
+        LiveProgram first = started("exec \"$D\" run --no-socket");
+        ASSERT_TRUE(first.untilOut(learned)) << first.err();
+        LiveProgram second = started("exec \"$D\" run --no-socket");
+        ASSERT_TRUE(second.untilOut(learned)) << second.err();
+        EXPECT_TRUE(fs::exists(ringOf(first)));
+        EXPECT_TRUE(fs::exists(ringOf(second)));
+
+        const auto other =
+            runShell("cd /run/here && unset RLFILE && \"$D\" run --once && "
+                     "echo | \"$D\" replay - && echo | \"$D\" replay --ring asked -");
+        EXPECT_EQ(other.status, 0);
+        EXPECT_EQ(other.err, "");
+        EXPECT_EQ(entries("/run/here"), 1U);
+        EXPECT_NE(runProgram("ringlog /run/here/asked").out.find("handleInitialized"),
+                  std::string::npos);
+    });
+}
+
+TEST(Ring, ThatCannotBeHadIsSaidOnceAndTheAgentRunsWithout) {
+    inPrivateNamespace([] {
+        ASSERT_EQ(
+            runShell("mkdir /run/small && mount -t tmpfs -o size=100k none /run/small").status, 0);
+        std::ofstream("/run/precious") << "precious";
+        const std::vector<std::pair<std::string, std::string>> cases{
+            {"\"$D\" run --once --ring /run/precious", "there is a file that is no ring trace"},
+            {"RLFILE=/run/precious \"$D\" run --once", "there is a file that is no ring trace"},
+            {"RLFILE=/run/precious \"$D\" replay - </dev/null", "that is no ring trace"},
+            {"\"$D\" run --once --ring /run/small/ring", "No space left on device"},
+            {"\"$D\" run --once --ring /nowhere/ring", "No such file or directory"},
+            {"\"$D\" run --once --ring /run", "no regular file"},
+            {"ulimit -f 1; \"$D\" run --once --ring /run/ring", "File too large"},
+            {"RLFILE=/run/precious \"$D\" run --once --ring /dev/null", ""}};
+        for (const auto& [command, message] : cases) {
+            const auto run = runShell("unset RLFILE; " + command);
+            EXPECT_EQ(run.status, 0) << command;
+            EXPECT_NE(run.out, "") << command;
+            EXPECT_EQ(count(run.err, "\n"), message.empty() ? 0U : 1U) << command << '\n'
+                                                                       << run.err;
+            EXPECT_NE(run.err.find(message), std::string::npos) << command << '\n' << run.err;
+        }
+        EXPECT_EQ(TestSupport::readFile("/run/precious"), "precious");
+        for (const std::string taking :
+             {"touch $F", "mkfifo $F", "ln -s /tmp $F", "install -d -o 1 $F"}) {
+            LiveProgram agent =
+                started("F=/run/directnet; rm -rf $F; " + taking + "; exec \"$D\" run");
+            ASSERT_TRUE(agent.untilOut(learned)) << agent.err();
+            EXPECT_EQ(agent.endedBy(SIGTERM), 0);
+            EXPECT_EQ(count(agent.err(), "\n"), 1U) << agent.err();
+            EXPECT_EQ(agent.err().find("directnet: folder /run/directnet: "), 0U) << agent.err();
+        }
+    });
+}
+
+TEST(Ring, ThatIsCutOffWhileTheAgentRunsIsSaidOnceAndTheAgentGoesOn) {
+    inPrivateNamespace([] {
+        LiveProgram agent = started("RLFILE=/run/ring exec \"$D\" run");
+        ASSERT_TRUE(agent.untilOut(learned)) << agent.err();
+        fs::resize_file("/run/ring", 0);
+        for (const std::string address : {"10.1.0.1/32", "10.1.0.2/32"}) {
+            ASSERT_TRUE(ip("addr add " + address + " dev lo"));
+            EXPECT_TRUE(agent.untilOut("+ default " + address)) << agent.err();
+        }
+        EXPECT_EQ(agent.endedBy(SIGTERM), 0);
+        EXPECT_EQ(agent.err(), "directnet: ring trace file /run/ring: somebody has cut it off, or "
+                               "the disk is full; no longer written\n");
+        // The signal behind this ends the process where it means anything else.
+        LiveProgram other = started("exec \"$D\" run");
+        ASSERT_TRUE(other.untilOut(learned)) << other.err();
+        EXPECT_EQ(other.endedBy(SIGBUS), -1);
+    });
+}
