@@ -48,6 +48,7 @@ void runReplay(const Options& options) {
     });
     replay.run();
     reportRing(report);
+    replay.reportFullTables(report);
     if (vipLog) {
         vipLog->finish();
     }

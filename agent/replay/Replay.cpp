@@ -52,6 +52,10 @@ void Replay::run() {
     print(nullptr);
 }
 
+void Replay::reportFullTables(const RoomReport::Report& report) const {
+    RoomReport().check(**root_, report);
+}
+
 void Replay::runUntilIdle() {
     if (!activityManager_.runUntilIdle(maxAfterLastLine)) {
         print(nullptr);

@@ -6,6 +6,7 @@
 
 #include "agent/device/AgentRoot.h"
 #include "agent/device/DeviceInputs.h"
+#include "agent/device/RoomReport.h"
 #include "agent/replay/ChangeCounter.h"
 #include "agent/replay/LineReader.h"
 #include "agent/replay/ScenarioLine.h"
@@ -40,6 +41,9 @@ class Replay {
     /// Throws BadInputError for a line that is refused, of which nothing is applied then;
     /// FailureError when the agent fails at a line or does not come to rest.
     void run();
+
+    /// Says which VRFs did not fit into the tables at the end.
+    void reportFullTables(const RoomReport::Report& report) const;
 
   private:
     struct Held {

@@ -123,6 +123,7 @@ void LiveAgent::onChange(const RouteFeed::Change& change) {
 void LiveAgent::turn() {
     activityManager_.runOnce(longestSleep);
     reportRing(report_);
+    room_.check(**root_, report_);
     // After a restart the routes count as complete only when all there is has been seen.
     if (!verifying_ && device_->isLearned()) {
         DevicePatch patch;
@@ -132,13 +133,16 @@ void LiveAgent::turn() {
     }
 }
 
-/// Whether nothing is pending and every VRF is ready.
+/// Whether nothing is pending and every VRF is ready, or would be if the tables had room.
 bool LiveAgent::isComplete() const {
     if (!device_->isSettled() || clock_->nextWakeup() <= clock_->now()) {
         return false;
     }
     const auto isReady = [&](const L3::VrfName& name) {
         const auto* container = (*root_)->containerSm(name);
+        if (container != nullptr && container->intfBacklog()->waitingForRoom() > 0) {
+            return true;
+        }
         return container != nullptr && container->vrfReadyStatus()->v4DirectNetsReady()
                && container->vrfReadyStatus()->v6DirectNetsReady()
                && container->intfBacklog()->backlog().empty();

@@ -7,6 +7,7 @@
 
 #include "agent/device/AgentRoot.h"
 #include "agent/device/DeviceInputs.h"
+#include "agent/device/RoomReport.h"
 #include "agent/output/OutputQueue.h"
 #include "agent/run/ConfigFile.h"
 #include "agent/run/LiveDevice.h"
@@ -84,6 +85,7 @@ class LiveAgent {
     std::optional<RouteFeed> feed_;
     std::optional<LiveDevice> device_;
     std::optional<SocketServer> server_;
+    RoomReport room_;
     OutputQueue* output_ = nullptr; // while changes are printed
     std::string line_;
 };
