@@ -23,6 +23,7 @@ struct Options {
     std::string configFile;
     std::string socket;
     bool noSocket = false;
+    std::string vipLog;
 };
 
 void listen(LiveAgent& agent, const Options& options) {
@@ -37,6 +38,9 @@ void run(const Options& options) {
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
     LiveAgent agent({readVrfOptions(options.vrfs), options.configFile});
     listen(agent, options);
+    if (!options.vipLog.empty()) {
+        agent.logVirtualIps(options.vipLog);
+    }
     if (!options.once) {
         agent.follow(options.json);
         return;
@@ -88,6 +92,11 @@ void registerRun(CLI::App& app) {
             ->option_text("PATH")
             ->check(notEmpty());
     command->add_flag("--no-socket", options->noSocket, "Let no clients ask")->excludes(socket);
+    command
+        ->add_option("--vip-log", options->vipLog,
+                     "Log every change of the tables of virtual addresses to FILE")
+        ->option_text("FILE")
+        ->check(notEmpty());
     command->callback([options] { run(*options); });
 }
 

@@ -54,6 +54,39 @@ void LiveAgent::runOnce(StatePrinter& printer) {
     if (!stopped_) {
         printer.print(StateView(**root_, *inputs_, clock_->now()), nullptr);
     }
+    finishVipLog();
+    if (!stopped_) {
+        failIfIncomplete();
+    }
+}
+
+void LiveAgent::logVirtualIps(const std::string& file) {
+    vipLog_.emplace(file);
+    vipLog_->attach((*root_)->allVrfVirtualIpStatus(), (*root_)->allVrfVirtualIp6Status());
+}
+
+/// Says it when the log has lost its reader.
+void LiveAgent::checkVipLog() {
+    if (vipLog_ && !vipLogFailed_ && !vipLog_->failure().empty()) {
+        report(vipLog_->failure() + "; this log ends here");
+        vipLogFailed_ = true;
+    }
+}
+
+void LiveAgent::finishVipLog() {
+    if (vipLog_) {
+        vipLog_->finish();
+    }
+}
+
+void LiveAgent::failIfIncomplete() const {
+    std::string failures;
+    for (const std::string& failure : device_->failures()) {
+        failures += (failures.empty() ? "" : "; ") + failure;
+    }
+    if (!failures.empty()) {
+        throw FailureError("the state is incomplete: " + failures);
+    }
 }
 
 void LiveAgent::follow(bool json) {
@@ -68,6 +101,7 @@ void LiveAgent::follow(bool json) {
     if (!output.failure().empty()) {
         throw FailureError("cannot write the output: " + output.failure());
     }
+    finishVipLog();
 }
 
 void LiveAgent::listen(const Listening& where) {
@@ -112,21 +146,26 @@ void LiveAgent::turn() {
         inputs_->apply(patch);
         verifying_ = true;
     }
+    checkVipLog();
 }
 
-/// Whether nothing is pending and every VRF is ready.
+/// Whether nothing is pending and every VRF is ready, or as ready as it can be.
 bool LiveAgent::isComplete() const {
     if (!device_->isSettled() || clock_->nextWakeup() <= clock_->now()) {
         return false;
     }
-    const auto isReady = [&](const L3::VrfName& name) {
+    // After a restart none is ready before all have been learned, so where one cannot be that
+    // would never come.
+    const bool canBeReady = verifying_ || !inputs_->grState()->gracefulRestart();
+    const auto isDone = [&](const L3::VrfName& name) {
         const auto* container = (*root_)->containerSm(name);
-        return container != nullptr && container->vrfReadyStatus()->v4DirectNetsReady()
-               && container->vrfReadyStatus()->v6DirectNetsReady()
-               && container->intfBacklog()->backlog().empty();
+        return container != nullptr && container->intfBacklog()->backlog().empty()
+               && (!canBeReady
+                   || (container->vrfReadyStatus()->v4DirectNetsReady()
+                       && container->vrfReadyStatus()->v6DirectNetsReady()));
     };
-    const auto vrfs = device_->vrfs();
-    return std::all_of(vrfs.begin(), vrfs.end(), isReady);
+    const auto& vrfs = device_->vrfs();
+    return std::all_of(vrfs.begin(), vrfs.end(), isDone);
 }
 
 void LiveAgent::onSignal(int signal) {
