@@ -54,6 +54,17 @@ void freeDescriptors(pid_t process) {
     ::prlimit(process, RLIMIT_NOFILE, &limit, nullptr);
 }
 
+/// How often the process, which has nothing else to do, has woken up.
+long wakeUps(pid_t process) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    std::string word;
+    while (status >> word && word != "voluntary_ctxt_switches:") {
+    }
+    long count = 0;
+    status >> count;
+    return count;
+}
+
 std::size_t countOf(const std::string& part, const std::string& text) {
     std::size_t count = 0;
     for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
@@ -81,6 +92,8 @@ TEST(RunFailure, LackOfDescriptorsIsSaidOnceAndHoldsAVrfUpOnlyWhileItLasts) {
             ASSERT_TRUE(agent.until([&] { return countOf(failure, agent.err()) > round; }))
                 << agent.err() << agent.out();
             EXPECT_EQ(countOf(comes, agent.out()), round);
+            const long before = wakeUps(agent.pid());
+            ASSERT_TRUE(agent.until([&] { return wakeUps(agent.pid()) > before + 2; }));
             freeDescriptors(agent.pid());
             ASSERT_TRUE(agent.until([&] { return countOf(comes, agent.out()) > round; }))
                 << agent.err();
