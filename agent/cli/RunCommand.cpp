@@ -26,6 +26,7 @@ struct Options {
     std::string socket;
     bool noSocket = false;
     std::string ring;
+    std::string vipLog;
 };
 
 /// Namespaces and clients take descriptors, and the usual soft limit is for programs that select().
@@ -51,6 +52,9 @@ void run(const Options& options) {
     placeRing(options.ring, options.once ? RingDefault::nowhere : RingDefault::stateFolder, report);
     LiveAgent agent({readVrfOptions(options.vrfs), options.configFile});
     listen(agent, options);
+    if (!options.vipLog.empty()) {
+        agent.logVirtualIps(options.vipLog);
+    }
     if (!options.once) {
         agent.follow(options.json);
         return;
@@ -103,6 +107,11 @@ void registerRun(CLI::App& app) {
             ->check(notEmpty());
     command->add_flag("--no-socket", options->noSocket, "Let no clients ask")->excludes(socket);
     addRingOption(*command, options->ring);
+    command
+        ->add_option("--vip-log", options->vipLog,
+                     "Log every change of the tables of virtual addresses to FILE")
+        ->option_text("FILE")
+        ->check(notEmpty());
     command->callback([options] { run(*options); });
 }
 

@@ -23,6 +23,8 @@ class FileDescriptor {
 
     explicit operator bool() const noexcept { return fd_ >= 0; }
     int get() const noexcept { return fd_; }
+    /// Gives it away.
+    int release() noexcept { return std::exchange(fd_, -1); }
 
   private:
     int fd_ = -1;

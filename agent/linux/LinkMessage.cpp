@@ -14,10 +14,13 @@ namespace Agent::Linux {
 
 namespace {
 
+constexpr std::uint32_t leastIpv6Mtu = 1280;
+
 std::array<nla_policy, IFLA_MASTER + 1> makePolicy() {
     std::array<nla_policy, IFLA_MASTER + 1> policy{};
     policy[IFLA_IFNAME].type = NLA_STRING;
     policy[IFLA_MASTER].type = NLA_U32;
+    policy[IFLA_MTU].type = NLA_U32;
     return policy;
 }
 
@@ -30,6 +33,8 @@ std::string nameOf(nlattr* attribute) {
 } // namespace
 
 bool LinkMessage::isRunning() const { return (flags & IFF_UP) != 0 && (flags & IFF_RUNNING) != 0; }
+
+bool LinkMessage::fitsIpv6() const { return mtu >= leastIpv6Mtu; }
 
 std::optional<LinkMessage> LinkMessage::parse(const nlmsghdr& header) {
     if (header.nlmsg_type != RTM_NEWLINK && header.nlmsg_type != RTM_DELLINK) {
@@ -54,6 +59,9 @@ std::optional<LinkMessage> LinkMessage::parse(const nlmsghdr& header) {
     link.changed = info->ifi_change;
     if (attributes[IFLA_MASTER]) {
         link.master = static_cast<int>(nla_get_u32(attributes[IFLA_MASTER]));
+    }
+    if (attributes[IFLA_MTU]) {
+        link.mtu = nla_get_u32(attributes[IFLA_MTU]);
     }
     link.removed = header.nlmsg_type == RTM_DELLINK;
     if (link.name.empty()) {

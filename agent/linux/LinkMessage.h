@@ -18,8 +18,12 @@ struct LinkMessage {
     std::uint32_t changed = 0;
     /// Index of the bridge or VRF device the link belongs to, 0 if none.
     int master = 0;
+    /// Bytes of the largest packet; 0 if the message does not say.
+    std::uint32_t mtu = 0;
     bool removed = false;
 
+    /// Whether packets are large enough for IPv6. If not, the kernel has no IPv6 on the link.
+    bool fitsIpv6() const;
     /// Whether packets pass: administratively up and with carrier.
     bool isRunning() const;
 

@@ -17,14 +17,16 @@ constexpr std::size_t mostListedSingly = 16;
 constexpr double patience = 0.1;
 /// Seconds that rounds are apart at most, whatever they cost.
 constexpr double longestPause = 0.25;
-/// Seconds after which a failed or disturbed round is repeated.
+/// Seconds after which a disturbed round is repeated, or one that failed; doubled with each further
+/// failure.
 constexpr double retryPause = 0.1;
+constexpr double longestRetryPause = 5;
 
 } // namespace
 
 NamespaceMonitor::NamespaceMonitor(Options options)
-    : options_(std::move(options)), view_(options_.netns, options_.vrf),
-      netlink_(options_.netlink) {}
+    : options_(std::move(options)), view_(options_.netns, options_.vrf), netlink_(options_.netlink),
+      failurePause_(retryPause) {}
 
 void NamespaceMonitor::start() {
     markAll();
@@ -46,6 +48,7 @@ void NamespaceMonitor::onReadable() {
         beginRound();
     }
     if (!round_) {
+        netlink_.dropUnasked(); // it would keep the descriptor readable
         return;
     }
     advanceRound();
@@ -157,12 +160,16 @@ void NamespaceMonitor::endRound() {
         pauseUntil_ = std::max(pauseUntil_, now + retryPause);
     }
     round_.reset();
+    failure_.clear();
+    failurePause_ = retryPause;
 }
 
 void NamespaceMonitor::abandonRound() {
     round_.reset();
+    failure_ = netlink_.failure();
     markAll();
-    pauseUntil_ = options_.clock() + retryPause;
+    pauseUntil_ = options_.clock() + failurePause_;
+    failurePause_ = std::min(failurePause_ * 2, longestRetryPause);
 }
 
 } // namespace Agent::Linux

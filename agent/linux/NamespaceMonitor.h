@@ -58,6 +58,8 @@ class NamespaceMonitor {
     bool isSynchronised() const { return synchronised_; }
     /// Whether nothing is known to be outstanding: the view is what a fresh start would give.
     bool isSettled() const;
+    /// Why the last round failed; empty if it did not. A round that failed is repeated.
+    const std::string& failure() const { return failure_; }
 
     /// The merge patch on the device document since the last one taken; an empty object if nothing
     /// has changed.
@@ -92,6 +94,9 @@ class NamespaceMonitor {
     bool roundReady_ = false;
     double roundBegan_ = 0;
     double pauseUntil_ = 0;
+    std::string failure_;
+    /// Seconds until a round that fails next is repeated.
+    double failurePause_;
     /// Being listed, or listed while older announcements may still be waiting.
     LinkSet recent_;
 

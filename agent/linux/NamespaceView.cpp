@@ -13,7 +13,7 @@ constexpr std::uint32_t stateFlags = IFF_UP | IFF_RUNNING | IFF_LOWER_UP;
 
 bool leavesIpv6InDoubt(const LinkMessage& before, const LinkMessage& now) {
     return (((before.flags ^ now.flags) | now.changed) & stateFlags) != 0
-           || before.master != now.master;
+           || before.master != now.master || before.fitsIpv6() != now.fitsIpv6();
 }
 
 } // namespace

@@ -1,163 +1,111 @@
 #include "agent/linux/NamespaceWatch.h"
 #include "agent/linux/SystemError.h"
-#include "agent/linux/Utf8.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
-#include <dirent.h>
-#include <limits>
-#include <memory>
-#include <set>
-#include <string_view>
+#include <fcntl.h>
+#include <sys/epoll.h>
 #include <sys/inotify.h>
-#include <sys/stat.h>
 
 namespace Agent::Linux {
 
 namespace {
 
 constexpr const char* parent = "/run";
-constexpr std::string_view folderName = "netns";
 constexpr const char* folder = "/run/netns";
 
-/// Seconds between looks at a file that is not a namespace yet; doubled with each.
-constexpr double firstPause = 0.01;
-constexpr double longestPause = 1;
 /// Reads of one call; what is left keeps the descriptor readable.
 constexpr int readBatch = 16;
 
-std::set<std::string> namesInFolder() {
-    std::set<std::string> names;
-    std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(folder), ::closedir);
-    while (const dirent* entry = dir ? ::readdir(dir.get()) : nullptr) {
-        std::string_view name = entry->d_name;
-        if (name != "." && name != "..") {
-            names.emplace(name);
-        }
+[[noreturn]] void fail() { throw SystemError("cannot watch network namespaces", errno); }
+
+FileDescriptor opened(int descriptor) {
+    if (descriptor < 0) {
+        fail();
     }
-    return names;
+    return FileDescriptor(descriptor);
 }
 
-bool isThere(const std::string& path) {
-    struct stat status {};
-    return ::lstat(path.c_str(), &status) == 0;
+void watch(const FileDescriptor& poll, const FileDescriptor& file, std::uint32_t events) {
+    epoll_event event{};
+    event.events = events;
+    if (::epoll_ctl(poll.get(), EPOLL_CTL_ADD, file.get(), &event) != 0) {
+        fail();
+    }
 }
 
 } // namespace
 
-NamespaceWatch::NamespaceWatch(MonotonicClock clock)
-    : clock_(std::move(clock)), inotify_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
-    if (!inotify_
-        || ::inotify_add_watch(inotify_.get(), parent, IN_CREATE | IN_MOVED_TO | IN_ONLYDIR) < 0) {
-        throw SystemError("cannot watch /run", errno);
-    }
-    attach();
-}
-
-double NamespaceWatch::retryAt() const {
-    double first = std::numeric_limits<double>::infinity();
-    for (const auto& waiting : waiting_) {
-        first = std::min(first, waiting.second.lookAt);
-    }
-    return first;
+NamespaceWatch::NamespaceWatch(std::set<std::string> names)
+    : names_(std::move(names)), inotify_(opened(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))),
+      mounts_(opened(::open("/proc/thread-self/mountinfo", O_RDONLY | O_CLOEXEC))),
+      poll_(opened(::epoll_create1(EPOLL_CLOEXEC))) {
+    // The list of mounts is always readable; that it has changed is told as urgent.
+    watch(poll_, mounts_, EPOLLPRI);
+    watch(poll_, inotify_, EPOLLIN);
+    watchFolder();
+    lookAtAll();
 }
 
 void NamespaceWatch::onReadable() {
+    readEvents();
+    watchFolder();
+    lookAtAll();
+}
+
+/// Watches the folder that is there now, and for one to come.
+void NamespaceWatch::watchFolder() {
+    std::uint32_t events = IN_CREATE | IN_MOVED_TO | IN_ONLYDIR;
+    ::inotify_add_watch(inotify_.get(), parent, events);
+    events |= IN_DELETE | IN_MOVED_FROM | IN_DELETE_SELF | IN_MOVE_SELF;
+    folderWatch_ = ::inotify_add_watch(inotify_.get(), folder, events);
+}
+
+/// Everything is looked at after an event, so only what a look does not show is taken from it: a
+/// new namespace may have been given the identity of the one that has ended.
+void NamespaceWatch::readEvents() {
     alignas(inotify_event) std::array<char, 4096> buffer{};
     for (int i = 0; i < readBatch; ++i) {
-        ssize_t length = ::read(inotify_.get(), buffer.data(), buffer.size());
+        const ssize_t length = ::read(inotify_.get(), buffer.data(), buffer.size());
         if (length <= 0) {
-            break;
+            return;
         }
         for (std::size_t at = 0; at < static_cast<std::size_t>(length);) {
             const auto& event = *reinterpret_cast<const inotify_event*>(buffer.data() + at);
-            handle(event);
+            if (event.wd == folderWatch_ && (event.mask & (IN_DELETE | IN_MOVED_FROM)) != 0
+                && event.len != 0) {
+                vanish(event.name);
+            }
             at += sizeof event + event.len;
         }
     }
-    lookAgain();
 }
 
-void NamespaceWatch::handle(const inotify_event& event) {
-    std::string name = event.len == 0 ? "" : event.name;
-    if ((event.mask & IN_Q_OVERFLOW) != 0) {
-        attach();
-    } else if (event.wd != folderWatch_) {
-        if (name == folderName) {
-            attach();
-        }
-    } else if ((event.mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED)) != 0) {
-        attach();
-    } else if ((event.mask & (IN_DELETE | IN_MOVED_FROM)) != 0) {
-        // Even if the name is there again: a new namespace may have been given the identity of the
-        // one that ended.
-        vanish(name);
-        look(name);
-    } else {
-        look(name);
-    }
-}
-
-void NamespaceWatch::attach() {
-    folderWatch_ = ::inotify_add_watch(inotify_.get(), folder,
-                                       IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO
-                                           | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR);
-    scan();
-}
-
-void NamespaceWatch::scan() {
-    std::set<std::string> names = namesInFolder();
-    for (const auto& known : known_) {
-        names.insert(known.first);
-    }
-    for (const std::string& name : names) {
+void NamespaceWatch::lookAtAll() {
+    for (const std::string& name : names_) {
         look(name);
     }
 }
 
 void NamespaceWatch::look(const std::string& name) {
-    if (!isUtf8(name)) {
-        return;
-    }
-    std::string path = std::string(folder) + "/" + name;
-    auto identity = NetworkNamespace::identify(path);
-    auto known = known_.find(name);
-    if (known != known_.end() && identity != known->second) {
+    const auto identity = NetworkNamespace::identify(std::string(folder) + '/' + name);
+    const auto known = known_.find(name);
+    if (known != known_.end()) {
+        if (identity == known->second || identity == NetworkNamespace::Identity{}) {
+            return;
+        }
         vanish(name);
     }
     if (identity) {
-        waiting_.erase(name);
-        if (known_.emplace(name, *identity).second) {
-            changes_.push_back({name, true});
-        }
-    } else if (isThere(path)) {
-        waiting_.try_emplace(name, Waiting{clock_() + firstPause, firstPause});
-    } else {
-        waiting_.erase(name);
+        known_.emplace(name, *identity);
+        changes_.push_back({name, true});
     }
 }
 
 void NamespaceWatch::vanish(const std::string& name) {
-    waiting_.erase(name);
     if (known_.erase(name) != 0) {
         changes_.push_back({name, false});
-    }
-}
-
-void NamespaceWatch::lookAgain() {
-    double now = clock_();
-    std::vector<std::string> due;
-    for (auto& [name, waiting] : waiting_) {
-        if (waiting.lookAt <= now) {
-            waiting.pause = std::min(waiting.pause * 2, longestPause);
-            waiting.lookAt = now + waiting.pause;
-            due.push_back(name);
-        }
-    }
-    for (const std::string& name : due) {
-        look(name);
     }
 }
 

@@ -1,22 +1,25 @@
 #pragma once
 
 #include "agent/linux/FileDescriptor.h"
-#include "agent/linux/MonotonicClock.h"
 #include "agent/linux/NetworkNamespace.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-struct inotify_event;
-
 namespace Agent::Linux {
 
-/// Notices which named network namespaces there are: the files in /run/netns that a namespace is
-/// bound to. The folder may come and go. A file is there before its namespace is; until then it is
-/// looked at again and again. A name that was given to another namespace vanishes and appears.
-/// Names that are not UTF-8 are left out. One agent thread, no locks.
+/// Notices which of some named network namespaces there are: files in /run/netns that a namespace
+/// is bound to, or links to one. The folder may come and go, and so may the namespace that a file
+/// is bound to. A name that was given to another namespace vanishes and appears.
+///
+/// Looking opens nothing, so it keeps no mount busy and needs no free descriptor. A file that
+/// cannot be looked at stays what it was, and counts as a namespace if it was nothing yet: who
+/// opens it is told what is wrong.
+///
+/// One agent thread, no locks.
 class NamespaceWatch {
   public:
     struct Change {
@@ -24,39 +27,31 @@ class NamespaceWatch {
         bool appeared = false;
     };
 
-    /// The namespaces that are there already are the first changes. Throws SystemError if /run
-    /// cannot be watched.
-    explicit NamespaceWatch(MonotonicClock clock = steadySeconds);
+    /// The namespaces that are there already are the first changes. Throws SystemError if files or
+    /// mounts cannot be watched.
+    explicit NamespaceWatch(std::set<std::string> names);
 
-    /// Watch this for being readable and call onReadable() then.
-    int fd() const { return inotify_.get(); }
-    /// When onReadable() is to be called though the descriptor is not readable, in seconds of the
-    /// clock handed in; infinity if never.
-    double retryAt() const;
+    /// Watch this for being readable and call onReadable() each time: that it was tells of a mount
+    /// once only.
+    int fd() const { return poll_.get(); }
     void onReadable();
 
     /// What has come and gone since the last call, in that order.
     std::vector<Change> takeChanges() { return std::exchange(changes_, {}); }
 
   private:
-    /// A file that no namespace is bound to.
-    struct Waiting {
-        double lookAt;
-        double pause;
-    };
-
-    void handle(const inotify_event& event);
-    void attach();
-    void scan();
+    void watchFolder();
+    void readEvents();
+    void lookAtAll();
     void look(const std::string& name);
     void vanish(const std::string& name);
-    void lookAgain();
 
-    MonotonicClock clock_;
+    std::set<std::string> names_;
     FileDescriptor inotify_;
+    FileDescriptor mounts_;
+    FileDescriptor poll_;
     int folderWatch_ = -1;
     std::map<std::string, NetworkNamespace::Identity> known_;
-    std::map<std::string, Waiting> waiting_;
     std::vector<Change> changes_;
 };
 

@@ -10,7 +10,8 @@
 
 namespace Agent::Linux {
 
-/// The calling thread's network namespace, or a handle on a named one, which it keeps alive.
+/// The calling thread's network namespace, or a handle on a named one, which it keeps alive. Its
+/// name can be unmounted and removed all the same.
 class NetworkNamespace {
   public:
     /// Tells namespaces that exist at the same time apart. The kernel uses an identity anew once a
@@ -25,7 +26,7 @@ class NetworkNamespace {
     NetworkNamespace() = default;
     /// The namespace of that name: one that is bound to a file of that name in /run/netns or
     /// /var/run/netns. Throws Orb::ParseError if `name` cannot be a file's, SystemError if there is
-    /// no such namespace.
+    /// no such namespace or it cannot be entered.
     explicit NetworkNamespace(const std::string& name);
 
     /// Runs `action` inside the namespace; if that is a named one then on a thread of its own, so
@@ -33,10 +34,12 @@ class NetworkNamespace {
     /// thrown on. Throws SystemError if the namespace cannot be entered.
     void run(const std::function<void()>& action) const;
 
-    /// The namespace bound to the file `path`; none while it is an ordinary file.
+    /// The namespace bound to the file `path`; none if there is no file or an ordinary one, the
+    /// default Identity, which no namespace has, if that cannot be told. Opens nothing.
     static std::optional<Identity> identify(const std::string& path);
 
   private:
+    std::string name_;
     /// None for the calling thread's.
     FileDescriptor file_;
 };

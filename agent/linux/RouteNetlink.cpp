@@ -12,6 +12,8 @@ namespace Agent::Linux {
 
 namespace {
 
+constexpr int dropBatch = 16;
+
 struct LinkRequest {
     nlmsghdr header{};
     ifinfomsg info{};
@@ -125,7 +127,7 @@ bool RouteNetlink::beginListing(const Listing& listing) {
         sent = sendRequest(*listings_, request, RTM_GETADDR, NLM_F_DUMP, sequence_);
     }
     if (!sent) {
-        listings_.reset();
+        fail(SystemError("cannot ask for links and addresses", errno).what());
     }
     return sent;
 }
@@ -137,7 +139,7 @@ RouteNetlink::Progress RouteNetlink::readListing(std::vector<RouteMessage>& mess
             return Progress::Waiting;
         }
         // The kernel goes on with a listing only when a part of it is read: this one is stuck.
-        listings_.reset();
+        fail("a listing of links and addresses was lost");
         return Progress::Failed;
     case NetlinkSocket::Reading::Lost:
         lost_ = true;
@@ -157,6 +159,14 @@ RouteNetlink::Progress RouteNetlink::readListing(std::vector<RouteMessage>& mess
     return end.value_or(Progress::More);
 }
 
+void RouteNetlink::dropUnasked() {
+    for (int i = 0; listings_ && i < dropBatch; ++i) {
+        if (listings_->receive() == NetlinkSocket::Reading::Empty) {
+            return;
+        }
+    }
+}
+
 void RouteNetlink::openListingSocket() {
     netns_.run([&] { listings_.emplace(); });
     strict_ = listings_->checkStrictly();
@@ -167,10 +177,15 @@ bool RouteNetlink::reopenListingSocket() {
     try {
         openListingSocket();
         return true;
-    } catch (const SystemError&) {
-        listings_.reset();
+    } catch (const SystemError& error) {
+        fail(error.what());
         return false;
     }
+}
+
+void RouteNetlink::fail(std::string why) {
+    failure_ = std::move(why);
+    listings_.reset();
 }
 
 std::optional<RouteNetlink::Progress>
@@ -200,6 +215,7 @@ RouteNetlink::Progress RouteNetlink::finish(int error) {
     case EOPNOTSUPP:
         return Progress::Absent;
     default:
+        failure_ = SystemError("cannot list links and addresses", error).what();
         return Progress::Failed;
     }
 }

@@ -73,12 +73,17 @@ class RouteNetlink {
     bool beginListing(const Listing& listing);
     /// Reads one part of the listing and appends what it holds to `messages`.
     Progress readListing(std::vector<RouteMessage>& messages);
+    /// Drops what is waiting though nothing was asked for.
+    void dropUnasked();
+    /// Why the last listing that failed, or could not begin, did.
+    const std::string& failure() const { return failure_; }
 
   private:
     void openListingSocket();
     bool reopenListingSocket();
     std::optional<Progress> takeListed(const nlmsghdr& header, std::vector<RouteMessage>& messages);
     Progress finish(int error);
+    void fail(std::string why);
 
     NetworkNamespace netns_;
     FileDescriptor poll_;
@@ -90,6 +95,7 @@ class RouteNetlink {
     bool interrupted_ = false;
     /// A read of the listing failed, or was cut short.
     bool lost_ = false;
+    std::string failure_;
 };
 
 } // namespace Agent::Linux

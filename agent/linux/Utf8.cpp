@@ -57,7 +57,7 @@ bool isUtf8(std::string_view text) {
 }
 
 std::string documentName(std::string_view text) {
-    if (isUtf8(text)) {
+    if (isUtf8(text) && text.find("\\x") == std::string_view::npos) {
         return std::string(text);
     }
     static constexpr std::array digits{'0', '1', '2', '3', '4', '5', '6', '7',
@@ -65,7 +65,7 @@ std::string documentName(std::string_view text) {
     std::string name;
     for (char c : text) {
         auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80) {
+        if (byte < 0x80 && c != '\\') {
             name += c;
         } else {
             name += "\\x";

@@ -64,6 +64,39 @@ void LiveAgent::runOnce(StatePrinter& printer) {
         signals_.reset();
         printer.print(StateView(**root_, *inputs_, clock_->now()), nullptr);
     }
+    finishVipLog();
+    if (!stopped_) {
+        failIfIncomplete();
+    }
+}
+
+void LiveAgent::logVirtualIps(const std::string& file) {
+    vipLog_.emplace(file);
+    vipLog_->attach((*root_)->allVrfVirtualIpStatus(), (*root_)->allVrfVirtualIp6Status());
+}
+
+/// Says it when the log has lost its reader.
+void LiveAgent::checkVipLog() {
+    if (vipLog_ && !vipLogFailed_ && !vipLog_->failure().empty()) {
+        report_(vipLog_->failure() + "; this log ends here");
+        vipLogFailed_ = true;
+    }
+}
+
+void LiveAgent::finishVipLog() {
+    if (vipLog_) {
+        vipLog_->finish();
+    }
+}
+
+void LiveAgent::failIfIncomplete() const {
+    std::string failures;
+    for (const std::string& failure : device_->failures()) {
+        failures += (failures.empty() ? "" : "; ") + failure;
+    }
+    if (!failures.empty()) {
+        throw FailureError("the state is incomplete: " + failures);
+    }
 }
 
 void LiveAgent::follow(bool json) {
@@ -85,6 +118,7 @@ void LiveAgent::follow(bool json) {
         throw FailureError("cannot write the output: "
                            + std::string(std::strerror(output.error())));
     }
+    finishVipLog();
 }
 
 void LiveAgent::listen(const Listening& where) {
@@ -131,24 +165,30 @@ void LiveAgent::turn() {
         inputs_->apply(patch);
         verifying_ = true;
     }
+    checkVipLog();
 }
 
-/// Whether nothing is pending and every VRF is ready, or would be if the tables had room.
+/// Whether nothing is pending and every VRF is ready, or as ready as it can be: the tables may have
+/// no room for all of it.
 bool LiveAgent::isComplete() const {
     if (!device_->isSettled() || clock_->nextWakeup() <= clock_->now()) {
         return false;
     }
-    const auto isReady = [&](const L3::VrfName& name) {
+    // After a restart none is ready before all have been learned, so where one cannot be that
+    // would never come.
+    const bool canBeReady = verifying_ || !inputs_->grState()->gracefulRestart();
+    const auto isDone = [&](const L3::VrfName& name) {
         const auto* container = (*root_)->containerSm(name);
         if (container != nullptr && container->intfBacklog()->waitingForRoom() > 0) {
             return true;
         }
-        return container != nullptr && container->vrfReadyStatus()->v4DirectNetsReady()
-               && container->vrfReadyStatus()->v6DirectNetsReady()
-               && container->intfBacklog()->backlog().empty();
+        return container != nullptr && container->intfBacklog()->backlog().empty()
+               && (!canBeReady
+                   || (container->vrfReadyStatus()->v4DirectNetsReady()
+                       && container->vrfReadyStatus()->v6DirectNetsReady()));
     };
-    const auto vrfs = device_->vrfs();
-    return std::all_of(vrfs.begin(), vrfs.end(), isReady);
+    const auto& vrfs = device_->vrfs();
+    return std::all_of(vrfs.begin(), vrfs.end(), isDone);
 }
 
 void LiveAgent::onSignal(int signal) {

@@ -17,6 +17,7 @@
 #include "agent/show/RouteLookup.h"
 #include "agent/show/StatePrinter.h"
 #include "agent/socket/SocketServer.h"
+#include "agent/viplog/VipLogWriter.h"
 #include "platform/orb/ActivityManager.h"
 #include "platform/orb/RealClock.h"
 
@@ -51,14 +52,19 @@ class LiveAgent {
     /// Lets clients ask the agent, from now on. Throws FailureError.
     void listen(const Listening& where);
 
+    /// Streams the tables of virtual addresses to `file`, from now on. A reader that falls behind
+    /// or goes is done without. Throws FailureError when the file cannot be opened.
+    void logVirtualIps(const std::string& file);
+
     /// Runs until all that is there has been learned and turned into routes, then prints the state.
-    /// Prints nothing when it is stopped before.
+    /// Prints nothing when it is stopped before. Throws FailureError, after it has printed the
+    /// rest, when VRFs that are there cannot be followed or not all of a log was written.
     void runOnce(StatePrinter& printer);
 
     /// Prints each route that comes, changes or goes on standard output, as it happens, until the
     /// agent is stopped. The stop itself prints nothing. Never waits for a reader: what one has not
-    /// taken is kept within a bound, then dropped. Throws FailureError when writing fails,
-    /// ReaderGoneError when the reader has gone.
+    /// taken is kept within a bound, then dropped. Throws FailureError when writing fails and, after
+    /// the end, when not all of a log was written; ReaderGoneError when the reader has gone.
     void follow(bool json);
 
   private:
@@ -69,6 +75,9 @@ class LiveAgent {
     void onChange(const RouteFeed::Change& change);
     void turn();
     bool isComplete() const;
+    void failIfIncomplete() const;
+    void checkVipLog();
+    void finishVipLog();
 
     Orb::Ptr<Orb::Clock> clock_ = Orb::makePtr<Orb::RealClock>();
     Orb::ActivityManager activityManager_{clock_};
@@ -86,6 +95,8 @@ class LiveAgent {
     std::optional<LiveDevice> device_;
     std::optional<SocketServer> server_;
     RoomReport room_;
+    std::optional<VipLogWriter> vipLog_;
+    bool vipLogFailed_ = false;
     OutputQueue* output_ = nullptr; // while changes are printed
     std::string line_;
 };

@@ -1,7 +1,6 @@
 #include "agent/run/LiveDevice.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "agent/document/DocumentError.h"
@@ -18,6 +17,10 @@ bool hasId(const json& config, const std::string& vrf) {
     return config.contains(json::json_pointer("/vrfs") / vrf / "id");
 }
 
+std::string failureOf(const L3::VrfName& vrf, const std::string& why) {
+    return "VRF " + vrf.value() + ": " + why;
+}
+
 } // namespace
 
 LiveDevice::LiveDevice(DeviceInputs& inputs, Orb::Ptr<Orb::Clock> clock,
@@ -27,9 +30,16 @@ LiveDevice::LiveDevice(DeviceInputs& inputs, Orb::Ptr<Orb::Clock> clock,
     configure(config);
     follow({L3::VrfName::defaultVrf(), Lanx::NamespaceName::defaultNamespace()});
     if (!options_.empty()) {
-        watch_.emplace([clock = clock_] { return clock->now(); });
-        watcher_.emplace(watch_->fd(), clock_, [this] { onNamespaces(); });
-        onNamespaces();
+        std::set<std::string> names;
+        for (const VrfOption& vrf : options_) {
+            names.insert(vrf.netns.value());
+        }
+        watch_.emplace(std::move(names));
+        watcher_.emplace(watch_->fd(), clock_, [this] {
+            watch_->onReadable();
+            handleChanges();
+        });
+        handleChanges();
     }
 }
 
@@ -66,40 +76,27 @@ bool LiveDevice::isLearned() const {
 }
 
 bool LiveDevice::isSettled() const {
-    return (!watch_ || std::isinf(watch_->retryAt()))
-           && std::all_of(followers_.begin(), followers_.end(),
-                          [](const auto& entry) { return entry.second->isSettled(); });
+    return std::all_of(followers_.begin(), followers_.end(), [](const auto& entry) {
+        return entry.second->isSettled() || !entry.second->failure().empty();
+    });
 }
 
-std::vector<L3::VrfName> LiveDevice::vrfs() const {
-    std::vector<L3::VrfName> names;
-    for (const auto& entry : followers_) {
-        names.push_back(entry.first);
+std::vector<std::string> LiveDevice::failures() const {
+    std::vector<std::string> failures;
+    for (const auto& [vrf, follower] : followers_) {
+        if (!follower->failure().empty()) {
+            failures.push_back(failureOf(vrf, follower->failure()));
+        }
     }
-    return names;
+    return failures;
 }
 
-void LiveDevice::onNamespaces() {
-    watch_->onReadable();
+void LiveDevice::handleChanges() {
     for (const Linux::NamespaceWatch::Change& change : watch_->takeChanges()) {
-        handle(change);
-    }
-    watcher_->wakeAt(watch_->retryAt());
-}
-
-void LiveDevice::handle(const Linux::NamespaceWatch::Change& change) {
-    for (const VrfOption& vrf : options_) {
-        if (vrf.netns.value() != change.name) {
-            continue;
-        }
-        if (!change.appeared) {
-            unfollow(vrf);
-            continue;
-        }
-        try {
-            follow(vrf);
-        } catch (const Orb::Error& error) {
-            report_("VRF " + vrf.vrf.value() + ": " + error.what());
+        for (const VrfOption& vrf : options_) {
+            if (vrf.netns.value() == change.name) {
+                change.appeared ? follow(vrf) : unfollow(vrf);
+            }
         }
     }
 }
@@ -107,7 +104,8 @@ void LiveDevice::handle(const Linux::NamespaceWatch::Change& change) {
 void LiveDevice::follow(const VrfOption& vrf) {
     followers_[vrf.vrf] = std::make_unique<NamespaceFollower>(
         vrf, clock_,
-        [this](NamespaceFollower& follower, json patch) { apply(follower, std::move(patch)); });
+        [this](NamespaceFollower& follower, json patch) { apply(follower, std::move(patch)); },
+        [this, name = vrf.vrf](const std::string& why) { report_(failureOf(name, why)); });
 }
 
 void LiveDevice::unfollow(const VrfOption& vrf) {

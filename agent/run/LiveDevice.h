@@ -25,15 +25,16 @@ namespace Agent {
 /// namespaces, there while the namespace is. A VRF is published together with all that was learned
 /// of it at first, so that it is not ready before its addresses are known.
 ///
-/// Trouble with what the kernel says concerns nothing else and is reported; the device goes on.
+/// Trouble with what the kernel says concerns nothing else and is reported; the device goes on. So
+/// it does while a namespace cannot be followed, which it keeps trying to.
 ///
 /// One agent thread, no locks. The inputs must outlive it.
 class LiveDevice {
   public:
     using Report = std::function<void(const std::string& message)>;
 
-    /// Throws Orb::Error if the default namespace or the folder of the named ones cannot be
-    /// followed, DocumentError if the configuration contradicts itself.
+    /// Throws Orb::Error if named namespaces cannot be watched for, DocumentError if the
+    /// configuration contradicts itself.
     LiveDevice(DeviceInputs& inputs, Orb::Ptr<Orb::Clock> clock, std::vector<VrfOption> vrfs,
                const nlohmann::json& config, Report report);
     LiveDevice(const LiveDevice&) = delete;
@@ -46,15 +47,17 @@ class LiveDevice {
 
     /// Whether every VRF whose namespace is there has been published.
     bool isLearned() const;
-    /// Whether the inputs are what a fresh start would give, as far as is known.
+    /// Whether the inputs are what a fresh start would give, as far as is known, but for the VRFs
+    /// that cannot be followed at present.
     bool isSettled() const;
 
-    /// The VRFs whose namespaces are there.
-    std::vector<L3::VrfName> vrfs() const;
+    /// The VRFs that have been published.
+    const std::set<L3::VrfName>& vrfs() const { return published_; }
+    /// Which VRFs cannot be followed at present though their namespaces are there, and why.
+    std::vector<std::string> failures() const;
 
   private:
-    void onNamespaces();
-    void handle(const Linux::NamespaceWatch::Change& change);
+    void handleChanges();
     void follow(const VrfOption& vrf);
     void unfollow(const VrfOption& vrf);
     void apply(NamespaceFollower& follower, nlohmann::json patch);

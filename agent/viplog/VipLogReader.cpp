@@ -1,10 +1,10 @@
 #include "agent/viplog/VipLogReader.h"
 
 #include <algorithm>
-#include <array>
 #include <utility>
 
 #include "agent/Errors.h"
+#include "platform/orb/AttributeLogFormat.h"
 #include "platform/orb/Error.h"
 
 namespace Agent {
@@ -12,20 +12,35 @@ namespace Agent {
 VipLogReader::VipLogReader(std::string name)
     : name_(std::move(name)), replay_(tables4_, tables6_) {}
 
-void VipLogReader::read(std::streambuf& log) {
-    using Traits = std::streambuf::traits_type;
-    std::array<char, 65536> piece;
+void VipLogReader::feed(std::string_view bytes) {
     try {
-        while (!Traits::eq_int_type(log.sgetc(), Traits::eof())) {
-            // No more than is there, so that the tables are as fresh as the log.
-            const auto size = std::clamp<std::streamsize>(log.in_avail(), 1, piece.size());
-            const auto count = log.sgetn(piece.data(), size);
-            replay_.feed({piece.data(), static_cast<std::size_t>(count)});
-        }
+        replay_.feed(bytes);
+    } catch (const Orb::ParseError& error) {
+        throw BadInputError(name_ + ": " + error.what());
+    }
+}
+
+std::string_view VipLogReader::feedToState(std::string_view bytes) {
+    // No frame is shorter, so none that follows on the state is complete with it.
+    constexpr std::size_t step = Orb::AttributeLogFormat::frameHeadSize + 1;
+    while (!hasState() && !bytes.empty()) {
+        feed(bytes.substr(0, step));
+        bytes.remove_prefix(std::min(step, bytes.size()));
+    }
+    return bytes;
+}
+
+void VipLogReader::finish() const {
+    try {
         replay_.finish();
     } catch (const Orb::ParseError& error) {
         throw BadInputError(name_ + ": " + error.what());
     }
+}
+
+bool VipLogReader::hasAnything() const {
+    return hasState() || !tables4_->vrfVirtualIpStatus().empty()
+           || !tables6_->vrfVirtualIpStatus().empty();
 }
 
 } // namespace Agent

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <streambuf>
 #include <string>
+#include <string_view>
 
 #include "directnet/virtualip/AllVrfVirtualIpStatus.h"
 #include "platform/lanx/AttributeLogForm.h"
@@ -9,7 +9,8 @@
 
 namespace Agent {
 
-/// Follows the log of a VipLogWriter and holds the same tables.
+/// Follows the log of a VipLogWriter and holds the same tables. What it has read stays after an
+/// error.
 class VipLogReader {
   public:
     using Tables4 = Routing::DirectNet::Ipv4::AllVrfVirtualIpStatus;
@@ -21,9 +22,17 @@ class VipLogReader {
     const Tables4& tables4() const { return *tables4_; }
     const Tables6& tables6() const { return *tables6_; }
 
-    /// Reads to the end of the log, as it is written. Throws BadInputError for a log that is not
-    /// good or has no end.
-    void read(std::streambuf& log);
+    /// The next bytes of the log. Throws BadInputError for a log that is not good.
+    void feed(std::string_view bytes);
+    /// The same, but stops where the state at the start is complete and returns the bytes behind.
+    std::string_view feedToState(std::string_view bytes);
+    /// There are no more bytes. Throws BadInputError when the log has no end.
+    void finish() const;
+
+    /// Whether the tables are as the writer's were at some moment.
+    bool hasState() const { return replay_.hasState(); }
+    /// Whether the log has told anything of the tables.
+    bool hasAnything() const;
 
   private:
     std::string name_;

@@ -3,9 +3,13 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 #include "agent/Errors.h"
+#include "agent/linux/FileDescriptor.h"
+#include "agent/viplog/VipLogLock.h"
 
 namespace Agent {
 
@@ -14,13 +18,26 @@ namespace {
 constexpr std::size_t maxPending = std::size_t{64} * 1024 * 1024;
 constexpr double maxWait = 10; // seconds
 
+[[noreturn]] void fail(const std::string& file, int error) {
+    throw FailureError(file + ": " + std::strerror(error));
+}
+
 int openFile(const std::string& file) {
-    constexpr int flags = O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC;
-    const int descriptor = ::open(file.c_str(), flags, 0666);
-    if (descriptor < 0) {
-        throw FailureError(file + ": " + std::strerror(errno));
+    constexpr int flags = O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC;
+    Linux::FileDescriptor opened(::open(file.c_str(), flags, 0666));
+    if (!opened) {
+        fail(file, errno);
     }
-    return descriptor;
+    struct stat status {};
+    if (::fstat(opened.get(), &status) == 0 && S_ISREG(status.st_mode)) {
+        if (!lockVipLog(opened.get())) {
+            throw FailureError(file + ": is being written by another agent");
+        }
+        if (::ftruncate(opened.get(), 0) != 0) {
+            fail(file, errno);
+        }
+    }
+    return opened.release();
 }
 
 } // namespace
@@ -38,8 +55,12 @@ void VipLogWriter::finish() {
     }
     sink_.drain(maxWait);
     if (!sink_.isOpen()) {
-        throw FailureError(file_ + ": " + sink_.failure());
+        throw FailureError(failure());
     }
+}
+
+std::string VipLogWriter::failure() const {
+    return sink_.isOpen() ? std::string() : file_ + ": " + sink_.failure();
 }
 
 } // namespace Agent

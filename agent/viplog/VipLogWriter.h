@@ -18,11 +18,15 @@ class VipLogWriter {
     using Tables6 = Routing::DirectNet::Ipv6::AllVrfVirtualIpStatus;
 
     /// Opens the file; a pipe must have its reader by then. There must be an activity manager,
-    /// which must outlive this. Throws FailureError.
+    /// which must outlive this. Throws FailureError, also for an ordinary file that another agent
+    /// writes.
     explicit VipLogWriter(std::string file);
 
     /// Logs the present state, and from now on every change. Once.
     void attach(const Orb::Ptr<Tables4>& tables4, const Orb::Ptr<Tables6>& tables6);
+
+    /// Why not all of the log will be written; empty while all is well.
+    std::string failure() const;
 
     /// Ends the log and waits until it is written; a reader that takes nothing for a while is
     /// given up. Throws FailureError when not all of the log was written, whenever that happened.

@@ -5,20 +5,11 @@
 #include <utility>
 #include <vector>
 
-#include "agent/show/JsonString.h"
-#include "agent/show/TextTable.h"
+#include "agent/viplog/VirtualIpText.h"
 
 namespace Agent {
 
 namespace {
-
-std::string addressOf(const VirtualIp::VirtualIpIntfStatus& virtualIp) {
-    return virtualIp.vrfIpWithMask().ipAddrWithMask().toString();
-}
-
-std::string addressOf(const VirtualIp::VirtualIp6IntfStatus& virtualIp) {
-    return virtualIp.vrfIp().ipAddr().toString();
-}
 
 /// The members of a collection in the order of their keys.
 template <typename Map>
@@ -32,16 +23,6 @@ auto sorted(const Map& map) {
     return members;
 }
 
-template <typename VirtualIp>
-std::vector<std::pair<Lanx::IntfId, bool>> interfacesOf(const VirtualIp& virtualIp) {
-    std::vector<std::pair<Lanx::IntfId, bool>> interfaces;
-    for (const auto& [intfId, carried] : virtualIp.intfId()) {
-        interfaces.emplace_back(intfId, carried);
-    }
-    std::ranges::sort(interfaces);
-    return interfaces;
-}
-
 template <typename Tables>
 void printFamily(std::ostream& out, const char* family, const Tables& tables) {
     for (const auto* table : sorted(tables.vrfVirtualIpStatus())) {
@@ -50,14 +31,12 @@ void printFamily(std::ostream& out, const char* family, const Tables& tables) {
         const auto virtualIps = sorted(table->virtualIp());
         std::size_t width = 0;
         for (const auto* virtualIp : virtualIps) {
-            width = std::max(width, addressOf(*virtualIp).size());
+            width = std::max(width, addressText(virtualIp->fwkKey()).size());
         }
         for (const auto* virtualIp : virtualIps) {
-            std::string line = addressOf(*virtualIp);
+            std::string line = addressText(virtualIp->fwkKey());
             line.resize(width, ' ');
-            for (const auto& [intfId, carried] : interfacesOf(*virtualIp)) {
-                line += carried ? "  " + printable(intfId.name()) : "";
-            }
+            line += interfacesText(*virtualIp);
             out << "  " << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
         }
     }
@@ -72,13 +51,8 @@ void printFamilyAsJson(std::ostream& out, const Tables& tables) {
             << ",\"virtualIps\":";
         const char* nextIp = "{";
         for (const auto* virtualIp : sorted(table->virtualIp())) {
-            out << std::exchange(nextIp, ",") << jsonString(addressOf(*virtualIp)) << ":";
-            const char* nextInterface = "{";
-            for (const auto& [intfId, carried] : interfacesOf(*virtualIp)) {
-                out << std::exchange(nextInterface, ",") << jsonString(intfId.name()) << ':'
-                    << jsonBoolean(carried);
-            }
-            out << (*nextInterface == '{' ? "{}" : "}");
+            out << std::exchange(nextIp, ",") << jsonString(addressText(virtualIp->fwkKey())) << ":"
+                << interfacesJson(*virtualIp);
         }
         out << (*nextIp == '{' ? "{}}" : "}}");
     }

@@ -1,29 +1,23 @@
 #include "agent/linux/NamespaceMonitor.h"
-#include "agent/linux/NamespaceWatch.h"
-#include "platform/orb/Error.h"
+#include "agent/linux/NetlinkSocket.h"
 #include "tests/agent/PrivateNamespace.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <linux/rtnetlink.h>
 #include <poll.h>
 #include <random>
+#include <span>
+#include <sstream>
+#include <sys/socket.h>
 
 namespace Agent::Linux {
 namespace {
 
 using json = nlohmann::json;
-
-/// Waits for something to do, at most until `deadline`, and does it.
-template <class Source>
-void serve(Source& source, double deadline) {
-    double until = std::min(deadline, source.retryAt());
-    auto wait = std::ceil(std::max(0.0, until - steadySeconds()) * 1000);
-    pollfd poll{source.fd(), POLLIN, 0};
-    if (::poll(&poll, 1, static_cast<int>(wait)) > 0 || source.retryAt() <= steadySeconds()) {
-        source.onReadable();
-    }
-}
 
 /// The document that a monitor's patches make up.
 class Follower {
@@ -32,8 +26,14 @@ class Follower {
         monitor_.start();
     }
 
+    /// Waits for something to do, at most until `deadline`, and does it.
     void serveOnce(double deadline) {
-        serve(monitor_, deadline);
+        const double until = std::min(deadline, monitor_.retryAt());
+        const auto wait = std::ceil(std::max(0.0, until - steadySeconds()) * 1000);
+        pollfd poll{monitor_.fd(), POLLIN, 0};
+        if (::poll(&poll, 1, static_cast<int>(wait)) > 0 || monitor_.retryAt() <= steadySeconds()) {
+            monitor_.onReadable();
+        }
         document.merge_patch(monitor_.takePatch());
     }
 
@@ -45,6 +45,12 @@ class Follower {
             ASSERT_LT(steadySeconds(), deadline) << "does not settle";
             serveOnce(deadline);
         }
+    }
+
+    /// Whether there is nothing to do until something happens.
+    bool isIdle() {
+        pollfd poll{monitor_.fd(), POLLIN, 0};
+        return ::poll(&poll, 1, 0) == 0;
     }
 
     json document = json::object();
@@ -112,6 +118,12 @@ TEST(NamespaceMonitorTest, FollowsWhateverTheKernelDoesWithAddresses) {
         "addr add fd00:4::5/64 dev v1\naddr add fd00:4::6/64 optimistic dev v1",
         "link set w1 down",
         "link set w1 up",
+        "link set v1 mtu 1279",
+        "link set v1 mtu 1280\naddr add fd00:4::7/64 nodad dev v1",
+        "addr add fd00:5::1/128 dev lo",
+        "link set lo mtu 1000",
+        "link set lo mtu 1300",
+        "link set lo down\nlink set lo up\naddr flush dev lo to fd00:5::/64",
         "link add br0 type bridge\nlink set br0 up\nlink set v1 master br0",
         "link set v1 nomaster\nlink del br0",
         "link add x1 index 77 type ifb\naddr add 10.7.0.1/24 dev x1",
@@ -123,6 +135,7 @@ TEST(NamespaceMonitorTest, FollowsWhateverTheKernelDoesWithAddresses) {
         Follower follower;
         for (const char* keep : {"0", "1"}) {
             setKernel("ipv6/conf/default/keep_addr_on_down", keep);
+            setKernel("ipv6/conf/lo/keep_addr_on_down", keep);
             setKernel("ipv4/conf/default/promote_secondaries", keep);
             for (const std::string& step : steps) {
                 ip(step);
@@ -209,63 +222,73 @@ TEST(NamespaceMonitorTest, RandomChangesEndAsAFreshStartWould) {
     });
 }
 
-/// Serves the watch until it tells `count` changes; as text, "+name" or "-name".
-std::string changesOf(NamespaceWatch& watch, std::size_t count) {
-    std::string text;
-    for (double deadline = steadySeconds() + 5; steadySeconds() < deadline;) {
-        for (const auto& change : watch.takeChanges()) {
-            text += (change.appeared ? "+" : "-") + change.name + " ";
-            --count;
+/// Sends `bytes` to every route netlink socket of the namespace.
+void sendToAllSockets(std::span<const std::byte> bytes) {
+    const NetlinkSocket sender;
+    std::ifstream sockets("/proc/thread-self/net/netlink");
+    std::string line;
+    std::getline(sockets, line); // titles
+    int reached = 0;
+    while (std::getline(sockets, line)) {
+        std::string address;
+        int protocol = 0;
+        sockaddr_nl to{};
+        std::istringstream(line) >> address >> protocol >> to.nl_pid;
+        to.nl_family = AF_NETLINK;
+        if (protocol == NETLINK_ROUTE && to.nl_pid != 0) {
+            reached += ::sendto(sender.fd(), bytes.data(), bytes.size(), 0,
+                                reinterpret_cast<const sockaddr*>(&to), sizeof to)
+                               > 0
+                           ? 1
+                           : 0;
         }
-        if (count == 0) {
-            break;
-        }
-        serve(watch, deadline);
     }
-    return text;
+    EXPECT_GE(reached, 2);
 }
 
-TEST(NamespaceWatchTest, NamespacesComeAndGoWithTheirFolder) {
+TEST(NamespaceMonitorTest, MessagesOfOthersThanTheKernelAreIgnored) {
     inPrivateNamespace([] {
-        NamespaceWatch watch;
-        ASSERT_EQ(watch.retryAt(), std::numeric_limits<double>::infinity());
-        ip("netns add one");
-        EXPECT_EQ(changesOf(watch, 1), "+one ");
-        // The kernel gives the new namespace the identity of the old one.
-        ip("netns del one\nnetns add one");
-        EXPECT_EQ(changesOf(watch, 2), "-one +one ");
-        ip("netns add two\nnetns del one");
-        EXPECT_EQ(changesOf(watch, 2), "+two -one ");
+        ip("link add e1 type ifb\nlink set e1 up");
+        struct {
+            nlmsghdr header{};
+            ifinfomsg info{};
+            nlattr attribute{sizeof(nlattr) + 8, IFLA_IFNAME};
+            std::array<char, 8> name{"forged"};
+        } forged;
+        forged.header.nlmsg_len = sizeof forged;
+        forged.header.nlmsg_type = RTM_NEWLINK;
+        forged.header.nlmsg_seq = 1; // of the first listing
+        forged.info.ifi_index = 99;
 
-        NamespaceWatch later;
-        EXPECT_EQ(changesOf(later, 1), "+two ");
+        Follower follower;
+        sendToAllSockets(std::as_bytes(std::span(&forged, 1)));
+        for (const double deadline = steadySeconds() + 5; follower.document.empty();) {
+            ASSERT_LT(steadySeconds(), deadline);
+            follower.serveOnce(deadline);
+        }
+        EXPECT_FALSE(follower.document["kernel"]["default"].contains("forged")) << "as an answer";
+        follower.settle();
+        sendToAllSockets(std::as_bytes(std::span(&forged, 1)));
+        ip("addr add 10.0.0.1/24 dev e1");
+        expectFresh(follower, 3, "a forged announcement");
+        EXPECT_TRUE(follower.isIdle()) << "what nobody waits for keeps it busy";
     });
 }
 
-TEST(NamespaceWatchTest, FileWithoutNamespaceIsLookedAtAgainAndNeverOpened) {
+TEST(NamespaceMonitorTest, ChangesDuringAListingAreNeitherLostNorOverwritten) {
     inPrivateNamespace([] {
-        double now = 100;
-        ip("netns add real");
-        NamespaceWatch watch([&] { return now; });
-        std::ignore = watch.takeChanges();
-        std::fclose(std::fopen("/run/netns/file", "w"));
-        watch.onReadable();
-        EXPECT_GT(watch.retryAt(), now);
-        EXPECT_LT(watch.retryAt(), now + 0.1);
-        for (int i = 0; i < 20; ++i) {
-            now = watch.retryAt();
-            watch.onReadable();
+        constexpr int addresses = 8000; // of IPv6, which is listed last
+        std::string lines = "link add e1 type ifb\nlink set e1 up\naddr add 10.0.0.1/24 dev e1\n";
+        for (int i = 0; i < addresses; ++i) {
+            lines += "addr add fd00::" + std::to_string(i) + "/64 nodad dev e1\n";
         }
-        EXPECT_LE(watch.retryAt(), now + 1);
-        EXPECT_TRUE(watch.takeChanges().empty());
-        NamespaceMonitor::Options options;
-        for (const char* name : {"file", "none", "../netns/real", ""}) {
-            options.netlink.netns = name;
-            EXPECT_THROW(NamespaceMonitor{options}, Orb::Error) << name;
-        }
-        std::remove("/run/netns/file");
-        watch.onReadable();
-        EXPECT_EQ(watch.retryAt(), std::numeric_limits<double>::infinity());
+        ASSERT_TRUE(ip(lines));
+        Follower follower;
+        follower.serveOnce(steadySeconds() + 1);
+        ASSERT_TRUE(follower.document.empty()) << "all is listed at once";
+        ip("addr add 10.0.1.1/24 dev e1\naddr del 10.0.0.1/24 dev e1\nlink add e2 type ifb");
+        expectFresh(follower, 3, "changes between the parts of a listing");
+        EXPECT_EQ(follower.document["ipv4"]["default"]["e1"]["address"], "10.0.1.1/24");
     });
 }
 

@@ -34,7 +34,7 @@ AddressMessage withPeer(AddressMessage message, const std::string& peer) {
 }
 
 LinkMessage link(int index, const std::string& name, std::uint32_t flags = up) {
-    return {index, name, flags, 0, 0, false};
+    return {index, name, flags, 0, 0, 1500, false};
 }
 
 template <class Message>

@@ -1,9 +1,11 @@
 #include "agent/linux/AddressMessage.h"
 #include "agent/linux/LinkMessage.h"
+#include "agent/linux/Utf8.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 #include <linux/rtnetlink.h>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -80,6 +82,24 @@ TEST(RouteMessageTest, BridgePortAndMalformedLinksAreNotLinks) {
     EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e1", 4000), "none") << "beyond the end";
     EXPECT_EQ(name(Message(RTM_NEWLINK, 'x'), ""), "none") << "too short for a body";
     EXPECT_EQ(name(Message(RTM_NEWROUTE, linkBody()), "e1"), "none");
+}
+
+TEST(RouteMessageTest, DifferentLinkNamesStayDifferentAndOrdinaryOnesAsTheyAre) {
+    EXPECT_EQ(documentName("Ethernet1/2.100:a b\\c"), "Ethernet1/2.100:a b\\c");
+    EXPECT_EQ(documentName("\xc3\xa4"), "\xc3\xa4");
+    // All names of up to five of these, which make up escapes and characters of two bytes.
+    const std::string bytes = "\\xc35\xff\xc3\xa4";
+    std::vector<std::string> names{""};
+    std::set<std::string> written;
+    for (std::size_t i = 0; i < names.size() && names[i].size() <= 5; ++i) {
+        const std::string name = names[i];
+        const std::string text = documentName(name);
+        EXPECT_TRUE(isUtf8(text));
+        EXPECT_TRUE(written.insert(text).second) << text;
+        for (const char byte : bytes) {
+            names.push_back(name + byte);
+        }
+    }
 }
 
 TEST(RouteMessageTest, MalformedAddressesAreNotAddresses) {

@@ -102,8 +102,12 @@ TEST(Run, FollowsEveryKindOfChangeAsTheKernelDoes) {
             "addr add 10.5.0.1 peer 10.5.0.2 dev e1",
             // One subnet on two links, which then loses one and then the other.
             "addr add 10.6.0.1/24 dev e1\naddr add 10.6.0.2/24 dev e2",
-            "addr del 10.6.0.1/24 dev e1", "link set p1 down", "link set p1 up", "link set e1 down",
-            "link set e1 up", "addr add 2001:db8:1::1/64 dev e1",
+            "addr del 10.6.0.1/24 dev e1",
+            // The kernel has no IPv6 on links of small packets.
+            "addr add 2001:db8:6::1/64 dev e2\nlink set e2 mtu 1200", "addr add 10.7.0.1/24 dev e2",
+            "link set e2 mtu 1500", "addr add 2001:db8:6::1/64 dev e2", "link set p1 down",
+            "link set p1 up", "link set e1 down", "link set e1 up",
+            "addr add 2001:db8:1::1/64 dev e1",
             "link set e1 down\nlink set e1 name f1\nlink set f1 up", "addr flush dev f1",
             "link del e2", "link set lo down", "link set lo up"};
         setKernel("ipv4/conf/all/promote_secondaries", "1");

@@ -62,8 +62,30 @@ TEST_F(VipLogTest, badLogIsFollowedOrCrashesTheReader) {
         std::filesystem::resize_file(log_, kept);
         const ProgramRun cut = runProgram("vip-log --json " + log_);
         EXPECT_EQ(cut.status, 2);
+        // What it had comes before the error.
+        EXPECT_EQ(cut.out.empty(), kept <= 20) << cut.out;
+        if (kept == size - 1) {
+            EXPECT_EQ(cut.out, tables);
+        }
         EXPECT_EQ(cut.err.find(log_ + ": attribute log, byte "), 0U) << cut.err;
     }
+}
+
+TEST_F(VipLogTest, followerMissesAChange) {
+    const ProgramRun run = runShell("\"$D\" replay --vip-log /dev/fd/3 - 3>&1 >/dev/null | "
+                                    "\"$D\" vip-log --follow -",
+                                    someChanges);
+    std::size_t at = 0;
+    for (const std::string line :
+         {"+ red ipv4, subnet routes off\n", "~ red ipv4, subnet routes on\n",
+          "+ gone ipv4 10.9.1.1/24\n", "~ gone ipv4 10.9.1.1/24  Vlan10\n",
+          "~ default ipv6 2001:db8::9  Vlan10\n", "- gone ipv4 10.9.1.1/24\n- gone ipv4\n",
+          "~ red ipv4 10.1.1.1/24  Vlan\\x0a\"  Vlan20\n"}) {
+        at = run.out.find(line, at);
+        ASSERT_NE(at, std::string::npos) << line << run.out;
+    }
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.status, 0);
 }
 
 TEST_F(VipLogTest, scenarioThatFailsLeavesAWholeLookingLog) {

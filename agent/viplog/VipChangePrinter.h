@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <ostream>
+
+#include "agent/viplog/VipLogReader.h"
+
+namespace Agent {
+
+/// Prints each change of a reader's tables, one line each, while it reads on: that a table or a
+/// virtual address comes (+), changes (~) or goes (-). What is there at first is not printed. The
+/// reader must outlive it.
+class VipChangePrinter {
+  public:
+    /// Prints text for people, or JSON objects.
+    VipChangePrinter(std::ostream& out, bool json, const VipLogReader& tables);
+    VipChangePrinter(const VipChangePrinter&) = delete;
+    VipChangePrinter& operator=(const VipChangePrinter&) = delete;
+    ~VipChangePrinter();
+
+  private:
+    template <typename Tables, typename Table, typename VirtualIp>
+    class Family;
+    using Ipv4 = Family<VipLogReader::Tables4, Routing::DirectNet::Ipv4::VrfVirtualIpStatus,
+                        VirtualIp::VirtualIpIntfStatus>;
+    using Ipv6 = Family<VipLogReader::Tables6, Routing::DirectNet::Ipv6::VrfVirtualIpStatus,
+                        VirtualIp::VirtualIp6IntfStatus>;
+
+    std::unique_ptr<Ipv4> ipv4_;
+    std::unique_ptr<Ipv6> ipv6_;
+};
+
+} // namespace Agent

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "agent/show/JsonString.h"
+#include "agent/show/TextTable.h"
+#include "platform/lanx/IntfId.h"
+#include "platform/virtualip/VirtualIp6IntfStatus.h"
+#include "platform/virtualip/VirtualIpIntfStatus.h"
+
+namespace Agent {
+
+inline std::string addressText(const VirtualIp::VrfIpWithMaskPair& key) {
+    return key.ipAddrWithMask().toString();
+}
+inline std::string addressText(const VirtualIp::VrfIpPair& key) { return key.ipAddr().toString(); }
+
+/// The interfaces of a virtual address, by name, and whether they carry it.
+template <typename VirtualIp>
+std::vector<std::pair<Lanx::IntfId, bool>> interfacesOf(const VirtualIp& virtualIp) {
+    std::vector<std::pair<Lanx::IntfId, bool>> interfaces;
+    for (const auto& [intfId, carried] : virtualIp.intfId()) {
+        interfaces.emplace_back(intfId, carried);
+    }
+    std::ranges::sort(interfaces);
+    return interfaces;
+}
+
+/// Those that carry it, each behind two spaces.
+template <typename VirtualIp>
+std::string interfacesText(const VirtualIp& virtualIp) {
+    std::string text;
+    for (const auto& [intfId, carried] : interfacesOf(virtualIp)) {
+        text += carried ? "  " + printable(intfId.name()) : "";
+    }
+    return text;
+}
+
+/// All of them as a JSON object.
+template <typename VirtualIp>
+std::string interfacesJson(const VirtualIp& virtualIp) {
+    std::string text = "{";
+    for (const auto& [intfId, carried] : interfacesOf(virtualIp)) {
+        text += text.size() > 1 ? "," : "";
+        text += jsonString(intfId.name()) + ':' + jsonBoolean(carried);
+    }
+    return text + '}';
+}
+
+} // namespace Agent
