@@ -43,6 +43,7 @@ class RandomLines {
                 lines.back()["at"] = at + 0.02 * i;
             }
         }
+        lines.push_back({{"at", at + 0.5}, {"show", "applied at the latest"}});
         lines.push_back({{"at", at + 0.9}, {"show", "at rest"}});
     }
 
@@ -110,7 +111,8 @@ class RandomLines {
     std::vector<int> ids_{1, 2, 3};
 };
 
-/// What a scenario prints, without times, which tell when things happened.
+/// What a scenario prints, without what tells when things happened: times, and vias at rest, which
+/// some interfaces keep or have not, by what was first.
 std::vector<json> states(const std::vector<json>& lines) {
     std::stringstream scenario;
     for (const json& line : lines) {
@@ -121,8 +123,16 @@ std::vector<json> states(const std::vector<json>& lines) {
     Agent::Replay("scenario", *scenario.rdbuf(), printer).run();
     std::vector<json> read;
     for (std::string line; std::getline(printed, line);) {
-        read.push_back(json::parse(line));
-        read.back().erase("time");
+        json state = json::parse(line);
+        if (state.value("label", "at rest") != "at rest") {
+            continue;
+        }
+        if (state.contains("label")) {
+            state.erase("vias");
+            state.erase("viaSets");
+        }
+        state.erase("time");
+        read.push_back(std::move(state));
         for (json& vrf : read.back()["vrfs"]) {
             if (vrf.contains("rib")) {
                 vrf["rib"].erase("readyTime");
@@ -139,12 +149,14 @@ TEST(HeldPatch, StatesAreThoseOfOrdinaryLines) {
         for (int round = 0; round < 8; ++round) {
             random.round(round, lines);
         }
+        lines.push_back({{"set", {{"vrfs", nullptr}}}});
         std::vector<json> ordinary = lines;
         for (json& line : ordinary) {
             line.erase("during");
         }
         const auto held = states(lines);
         ASSERT_EQ(held.size(), 9U);
+        EXPECT_EQ(held.back()["viaSets"], 0);
         const auto expected = states(ordinary);
         for (std::size_t i = 0; i < held.size(); ++i) {
             std::string text;
@@ -184,7 +196,7 @@ TEST(HeldPatch, IsAppliedInTheMiddleOfTheChangeAndNamesItsOwnLine) {
         "replay --json -", begin + R"({"during":1,"set":{"vrfs":{"default":null}}})" + '\n' + address
                                + R"({"at":5,"show":"x"})");
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_TRUE(run.out.starts_with(R"({"time":6,"label":"x","vrfs":{},)")) << run.out;
+    EXPECT_TRUE(run.out.starts_with(R"({"time":6.0,"label":"x","vrfs":{},)")) << run.out;
 }
 
 } // namespace

@@ -77,9 +77,11 @@ TEST_F(FullTableTest, RoutesThatDoNotFitWaitAndComeWhenThereIsRoom) {
 
 TEST_F(FullTableTest, InterfacesWithoutRoomForTheirViaGetOneLater) {
     h.root().ipv4AllVrfViaConfig()->collectionCapacityIs("via", 2);
+    h.vrfIdDel("default"); // ready it was, and stays as long as it is there
     addresses("default", 1, 3);
     h.secondary("default", intf(3), "10.1.0.1/32");
     h.virtualIp("default", "10.2.0.1/32", intf(4));
+    h.vrfId("default", 0);
     EXPECT_EQ(routes("default"), 2U);
     EXPECT_GT(h.backlog("default").waitingForRoom(), 0U);
     EXPECT_FALSE(ready("default"));

@@ -234,7 +234,8 @@ TEST(VirtualIpHelper, WatcherOfTheTablesMayWithdrawTheAddress) {
     LibraryHarness h;
     const auto outsider = once(h.root().allVrfVirtualIpStatus(),
                                [&] { h.virtualIpDel("red", "10.0.0.1/24"); });
-    h.virtualIp("red", "10.0.0.1/24", "Vlan10");
+    h.virtualIpStatus->virtualIpIntfStatusIs(VirtualIp::VrfIpWithMaskPair(
+        L3::VrfName("red"), Lanx::IpAddrWithMask::fromString("10.0.0.1/24")));
     EXPECT_EQ(h.root().allVrfVirtualIpStatus()->vrfVirtualIpStatus().size(), 0U);
 }
 
@@ -264,11 +265,12 @@ TEST(HandleInitialized, DoesNothingTheSecondTime) {
     h.settle();
     const auto routes = h.routes("red");
     const ContainerSm& red = h.container("red");
+    const Lanx::IntfId et1("Et1");
     const auto count = [&](Lanx::AddressFamily af) {
-        return red.intfBacklog()->intfViaSetKeyStatusFromAf(af)->vskRefcountByIntfId("Et1");
+        return red.intfBacklog()->intfViaSetKeyStatusFromAf(af)->vskRefcountByIntfId(et1);
     };
     const auto counts = std::pair(count(Lanx::AddressFamily::ipv4), count(Lanx::AddressFamily::ipv6));
-    const auto* sm = red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm("Et1");
+    const auto* sm = red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm(et1);
     h.root().handleInitialized();
     h.root().allVrfRibReadySm()->handleInitialized();
     h.root().virtualIpStatusSm()->handleInitialized();
@@ -282,14 +284,14 @@ TEST(HandleInitialized, DoesNothingTheSecondTime) {
     red.vrfIpIntfStatusSm()->handleInitialized();
     red.vrfIp6IntfStatusSm()->handleInitialized();
     red.vrfIpIntfStatusSm()->ipIntfStatusSm()->handleInitialized();
-    red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm("Et1")->handleInitialized();
-    red.vrfIp6IntfStatusSm()->ip6IntfStatusSm()->ip6IntfSm("Et1")->handleInitialized();
+    red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm(et1)->handleInitialized();
+    red.vrfIp6IntfStatusSm()->ip6IntfStatusSm()->ip6IntfSm(et1)->handleInitialized();
     red.vrfVirtualIpStatusSm()->handleInitialized();
     red.vrfVirtualIp6StatusSm()->handleInitialized();
     EXPECT_EQ(h.clock->nextWakeup(), Orb::Clock::never); // not even a drain is asked for
     EXPECT_EQ(h.routes("red"), routes);
     EXPECT_EQ(counts, std::pair(count(Lanx::AddressFamily::ipv4), count(Lanx::AddressFamily::ipv6)));
-    EXPECT_EQ(red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm("Et1"), sm);
+    EXPECT_EQ(red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm(et1), sm);
 }
 
 TEST(VirtualIpMachine, IsNotReplacedByOneOfAnotherTable) {
