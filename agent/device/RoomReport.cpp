@@ -8,7 +8,8 @@ void RoomReport::check(const Routing::DirectNet::RootSm& root, const Report& rep
         if (container->intfBacklog()->waitingForRoom() == 0) {
             waiting_.erase(vrf);
         } else if (waiting_.insert(vrf).second) {
-            report("VRF " + vrf.value() + ": the tables are full, some of its routes wait for room");
+            report("VRF " + vrf.value()
+                   + ": the tables are full, some of its routes wait for room");
         }
     }
 }

@@ -63,8 +63,8 @@ class LiveAgent {
 
     /// Prints each route that comes, changes or goes on standard output, as it happens, until the
     /// agent is stopped. The stop itself prints nothing. Never waits for a reader: what one has not
-    /// taken is kept within a bound, then dropped. Throws FailureError when writing fails and, after
-    /// the end, when not all of a log was written; ReaderGoneError when the reader has gone.
+    /// taken is kept within a bound, then dropped. Throws FailureError when writing fails and,
+    /// after the end, when not all of a log was written; ReaderGoneError when the reader has gone.
     void follow(bool json);
 
   private:

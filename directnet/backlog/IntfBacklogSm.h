@@ -64,8 +64,8 @@ class IntfBacklogSm : public Orb::Entity {
     /// There may be room for routes that were refused.
     void handleRoom();
 
-    /// Brings the route of one prefix in line with its contributors. False: the member is done with.
-    /// True: there is no room for the route, and the member stays until there is.
+    /// Brings the route of one prefix in line with its contributors. False: the member is done
+    /// with. True: there is no room for the route, and the member stays until there is.
     bool processBacklog(const IntfIdAndPrefix& intfAndPrefix);
 
     /// The contributor whose route wins; the empty one where the prefix has none.

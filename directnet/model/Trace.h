@@ -41,8 +41,7 @@
             if (const auto directNetTrace =                                                        \
                     Ringlog::TraceHelper::createIfEnabled((handle), (level))) {                    \
                 Routing::DirectNet::traceText(                                                     \
-                    *directNetTrace,                                                               \
-                    Ringlog::CallSite{directNetTraceUnit, __LINE__, function},                     \
+                    *directNetTrace, Ringlog::CallSite{directNetTraceUnit, __LINE__, function},    \
                     __VA_ARGS__);                                                                  \
             }                                                                                      \
         }                                                                                          \

@@ -79,8 +79,7 @@ class VrfIntfStatusMachine {
             this->owner()->maybeSetRoutesReady();
         }
     };
-    using OrbIntfBacklog =
-        OrbReadiness<Orb::Reactor<Sm, IntfBacklog>, IntfBacklog::backlogEmptyId>;
+    using OrbIntfBacklog = OrbReadiness<Orb::Reactor<Sm, IntfBacklog>, IntfBacklog::backlogEmptyId>;
     using OrbGrState =
         OrbReadiness<Orb::InputReactor<Sm, GrState>, GrState::startReadyVerificationId>;
 

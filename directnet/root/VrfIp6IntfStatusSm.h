@@ -38,8 +38,7 @@ class VrfIp6IntfStatusSm : public Orb::Entity, public VrfIntfStatusMachine<VrfIp
     friend VrfIntfStatusMachine;
     using OrbIp6Status = OrbStatus<Ip6::Status, Ip6::Status::vrfIp6IntfStatusId>;
 
-    static constexpr const char* handlerName =
-        "VrfIp6IntfStatusSm::handleVrfIp6IntfStatus";
+    static constexpr const char* handlerName = "VrfIp6IntfStatusSm::handleVrfIp6IntfStatus";
     static constexpr const char* version = "v6";
     static constexpr const char* emptyNameText = "Empty vrfName";
     static constexpr const char* createText = "Initializing ip6IntfStatusSm";

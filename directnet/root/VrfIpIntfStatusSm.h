@@ -38,8 +38,7 @@ class VrfIpIntfStatusSm : public Orb::Entity, public VrfIntfStatusMachine<VrfIpI
     friend VrfIntfStatusMachine;
     using OrbIpStatus = OrbStatus<Ip::Status, Ip::Status::vrfIpIntfStatusId>;
 
-    static constexpr const char* handlerName =
-        "VrfIpIntfStatusSm::handleVrfIpIntfStatus";
+    static constexpr const char* handlerName = "VrfIpIntfStatusSm::handleVrfIpIntfStatus";
     static constexpr const char* version = "v4";
     static constexpr const char* emptyNameText = "Empty vrfName, expected a valid vrfName";
     static constexpr const char* createText = "Instantiating IpIntfStatusSm";

@@ -84,9 +84,7 @@ VirtualIpStatusSm::VirtualIpStatusSm(Arguments arguments)
     handleInitialized();
 }
 
-void VirtualIpStatusSm::handleInitialized() {
-    handleInitializedT(*this);
-}
+void VirtualIpStatusSm::handleInitialized() { handleInitializedT(*this); }
 
 VirtualIpStatusSm::~VirtualIpStatusSm() { orbDoZombieReactors(true); }
 
@@ -123,9 +121,7 @@ VirtualIpStatusSm::VirtualIpStatusSm(Arguments arguments)
     handleInitialized();
 }
 
-void VirtualIpStatusSm::handleInitialized() {
-    handleInitializedT(*this);
-}
+void VirtualIpStatusSm::handleInitialized() { handleInitializedT(*this); }
 
 VirtualIpStatusSm::~VirtualIpStatusSm() { orbDoZombieReactors(true); }
 

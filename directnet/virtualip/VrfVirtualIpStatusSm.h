@@ -30,9 +30,7 @@ class VrfVirtualIpStatusSm : public Orb::Entity,
 
     const VrfVirtualIpStatus& table() const { return *vrfVirtualIpStatus(); }
 
-    Orb::Ptr<IntfViaSetKeyStatus> newIvskStatus(Lanx::AddressFamily af) {
-        return ivskStatusIs(af);
-    }
+    Orb::Ptr<IntfViaSetKeyStatus> newIvskStatus(Lanx::AddressFamily af) { return ivskStatusIs(af); }
 
     void handleSubnetRouteEnabled();
 
@@ -73,9 +71,7 @@ class VrfVirtualIpStatusSm : public Orb::Entity,
 
     const VrfVirtualIpStatus& table() const { return *vrfVirtualIp6Status(); }
 
-    Orb::Ptr<IntfViaSetKeyStatus> newIvskStatus(Lanx::AddressFamily af) {
-        return ivskStatusIs(af);
-    }
+    Orb::Ptr<IntfViaSetKeyStatus> newIvskStatus(Lanx::AddressFamily af) { return ivskStatusIs(af); }
 
     void handleSubnetRouteEnabled();
 

@@ -23,8 +23,7 @@ class KniIntfStatusManager : public Orb::Entity {
     void omitNonRunningKernelDevicesIs(bool omit);
 
   private:
-    class OrbKniStatus
-        : public Orb::InputReactor<KniIntfStatusManager, KernelNetInfo::Status> {
+    class OrbKniStatus : public Orb::InputReactor<KniIntfStatusManager, KernelNetInfo::Status> {
       public:
         using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;

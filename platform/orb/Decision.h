@@ -19,8 +19,8 @@
 /// An error of the decision itself ends it. It reaches the same caller, after what was remembered.
 ///
 /// Machines of one decision call each other directly and hear of each other at once: their reactors
-/// are not input reactors. Inputs themselves change at once, so a decision holds by an Orb::Ptr what
-/// it goes on with after a write.
+/// are not input reactors. Inputs themselves change at once, so a decision holds by an Orb::Ptr
+/// what it goes on with after a write.
 namespace Orb {
 
 namespace Detail {

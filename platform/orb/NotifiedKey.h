@@ -14,9 +14,7 @@ class NotifiedKey {
 
     const void* get() const { return key_; }
 
-    std::shared_ptr<const void> copy() const {
-        return key_ == nullptr ? nullptr : copy_(key_);
-    }
+    std::shared_ptr<const void> copy() const { return key_ == nullptr ? nullptr : copy_(key_); }
 
   private:
     template <typename Key>

@@ -37,8 +37,7 @@ class RandomLines {
             if (i == heldAt) {
                 lines.push_back({{"during", 1 + below(8)}, {"set", patch(heldPart)}});
             }
-            lines.push_back(
-                {{"set", patch((heldPart + 1 + below(parts - 1)) % parts)}});
+            lines.push_back({{"set", patch((heldPart + 1 + below(parts - 1)) % parts)}});
             if (below(2) == 0) {
                 lines.back()["at"] = at + 0.02 * i;
             }
@@ -61,8 +60,9 @@ class RandomLines {
         case 0:
             return {{"vrfs", vrfPatch()}};
         case 1:
-            return {{"kernel", {{below(2) == 0 ? "default" : "ns1",
-                                 {{oneOf(intfs), below(4) == 0 ? json() : json::object()}}}}}};
+            return {{"kernel",
+                     {{below(2) == 0 ? "default" : "ns1",
+                       {{oneOf(intfs), below(4) == 0 ? json() : json::object()}}}}}};
         case 2:
             return {{"ipv4", {{oneOf(vrfs), {{oneOf(intfs), ipv4Patch()}}}}}};
         case 3:
@@ -103,8 +103,9 @@ class RandomLines {
 
     json leakPatch() {
         const bool ipv4 = below(3) != 0;
-        return {{ipv4 ? "ipv4" : "ipv6",
-                 {{oneOf(vrfs), {{oneOf(ipv4 ? prefixes4 : prefixes6), {{oneOf(vrfs), flag()}}}}}}}};
+        return {
+            {ipv4 ? "ipv4" : "ipv6",
+             {{oneOf(vrfs), {{oneOf(ipv4 ? prefixes4 : prefixes6), {{oneOf(vrfs), flag()}}}}}}}};
     }
 
     std::mt19937 random_;
@@ -169,8 +170,9 @@ TEST(HeldPatch, StatesAreThoseOfOrdinaryLines) {
 }
 
 TEST(HeldPatch, IsAppliedInTheMiddleOfTheChangeAndNamesItsOwnLine) {
-    const std::string begin = R"({"set":{"vrfs":{"default":{"id":0}},"kernel":{"default":{"e":{}}}}})"
-                              "\n";
+    const std::string begin =
+        R"({"set":{"vrfs":{"default":{"id":0}},"kernel":{"default":{"e":{}}}}})"
+        "\n";
     const std::string address = R"({"set":{"ipv4":{"default":{"e":{"address":"10.0.0.1/24"}}}}})"
                                 "\n";
     const struct {
@@ -193,8 +195,8 @@ TEST(HeldPatch, IsAppliedInTheMiddleOfTheChangeAndNamesItsOwnLine) {
     }
     // The first drain finds the VRF gone, and nothing is ever written in it.
     const auto run = TestSupport::runProgram(
-        "replay --json -", begin + R"({"during":1,"set":{"vrfs":{"default":null}}})" + '\n' + address
-                               + R"({"at":5,"show":"x"})");
+        "replay --json -", begin + R"({"during":1,"set":{"vrfs":{"default":null}}})" + '\n'
+                               + address + R"({"at":5,"show":"x"})");
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(run.out.starts_with(R"({"time":6.0,"label":"x","vrfs":{},)")) << run.out;
 }

@@ -53,6 +53,21 @@ std::size_t count(const std::string& text, const std::string& what) {
 
 } // namespace
 
+TEST(Ring, DoesNotDependOnTheTextTrace) {
+    const auto run = runShell(
+        R"(f=$(mktemp -d) && trap 'rm -r "$f"' EXIT
+        s='{"set":{"vrfs":{"default":{"id":0}},"kernel":{"default":{"e":{}}},"virtualIps":{"ipv4":{"default":{"10.0.0.9/24":{"e":true}}}},"ipv4":{"default":{"e":{"address":"10.0.0.1/24"}}}}}'
+        echo "$s" | $D replay --ring "$f/a" - >/dev/null &&
+        echo "$s" | $D replay --ring "$f/b" --trace 9 - >/dev/null 2>&1 &&
+        for r in a b; do $D ringlog "$f/$r" | cut -d' ' -f2- >"$f/$r.txt" || exit; done
+        cmp "$f/a.txt" "$f/b.txt" && cat "$f/a.txt")");
+    EXPECT_EQ(run.status, 0) << run.err;
+    for (const char* message : {"] Setting ready for v4 connected routes for vrf : default",
+                                "] create receive route", "[RootSm::handleDelete] handleDelete"}) {
+        EXPECT_NE(run.out.find(message), std::string::npos) << message;
+    }
+}
+
 TEST(Ring, OfAnAgentLiesInItsStateFolderAndNowhereElse) {
     inPrivateNamespace([] {
         fs::create_directory("/run/here");

@@ -49,11 +49,11 @@ TEST_F(FullTableTest, RoutesThatDoNotFitWaitAndComeWhenThereIsRoom) {
         EXPECT_GT(h.backlog("default").waitingForRoom(), 0U);
         EXPECT_EQ(h.backlog("red").waitingForRoom(), 0U);
         EXPECT_EQ(h.backlog("default").backlog().size(), 3U);
-        EXPECT_THROW(table->routeAdd(Rib::Route(
-                         Rib::RouteKey(::Vrf::VrfIdMap::VrfId(9),
-                                       Lanx::IpGenPrefix::fromString("10.9.9.9/32")),
-                         Rib::ViaSetKey(1), Fib::RouteType::connected)),
-                     Orb::RangeError);
+        EXPECT_THROW(
+            table->routeAdd(Rib::Route(Rib::RouteKey(::Vrf::VrfIdMap::VrfId(9),
+                                                     Lanx::IpGenPrefix::fromString("10.9.9.9/32")),
+                                       Rib::ViaSetKey(1), Fib::RouteType::connected)),
+            Orb::RangeError);
         // What is there can change, and what waits can be withdrawn.
         h.address6("default", intf(1), "2001:db8::1/128");
         EXPECT_EQ(routes("default"), 3U);

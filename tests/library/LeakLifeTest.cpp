@@ -42,6 +42,24 @@ TEST_F(LeakLifeTest, ReviewPendingWhenItsSourceGoesMeetsViaSetsThatAreGone) {
     EXPECT_ROUTES(harness, "B", {});
 }
 
+// A contributor need not have a machine that withdraws it in time.
+TEST_F(LeakLifeTest, LeakedRouteOutlivesTheBacklogThatItCameFrom) {
+    addSource();
+    addDest();
+    addLeak();
+    const Orb::Ptr<IntfBacklog> source(&harness.backlog("A"));
+    const auto address = Lanx::IpGenAddrWithMask::fromString("10.0.0.1/24");
+    const IntfViaSetKey key = harness.root().intfViaSetConfig()->findOrCreateViaSetKey(
+        Lanx::IntfId("Et1"), source->vrfId(), *source->intfViaSetKeyStatus4());
+    source->intfViaSetKeyStatus4()->incIntfVskRefcount(Lanx::IntfId("Et1"));
+    source->addToIntfIdsByPrefix(Lanx::IntfId("Et1"), Lanx::IpGenPrefix::fromString("10.0.0.0/24"),
+                                 address, Fib::RouteType::connected, key.viaSetKey(),
+                                 ::Vrf::VrfIdMap::VrfId::invalid(), false);
+    EXPECT_ROUTES(harness, "B", leaked);
+    harness.vrfIdDel("A");
+    EXPECT_ROUTES(harness, "B", {});
+}
+
 // Every order in which five things come, each with every way in which they go.
 TEST_F(LeakLifeTest, RoutesDependOnTheOrderInWhichThingsComeAndGo) {
     harness.device("default", "Et1");

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <random>
 
-#include "platform/routing/ProtoVrfStatus.h"
 #include "platform/orb/Error.h"
+#include "platform/routing/ProtoVrfStatus.h"
 #include "tests/library/Ambush.h"
 #include "tests/library/RandomDevice.h"
 

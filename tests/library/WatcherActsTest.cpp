@@ -28,8 +28,7 @@ Orb::Ptr<RootSm> makeRoot(LibraryHarness& h) {
     return RootSm::RootSmIs(h.entityManager, h.scheduler, h.viaSetConfig, h.ipStatus, h.ip6Status,
                             h.virtualIpStatus, h.virtualIp6Status, h.virtualIpAsReceiveRoute,
                             h.nameToIdMapWrapper, h.allVrfStatusLocal, h.allIntfStatusDir,
-                            h.allIntfStatusLocalDir, h.allVrfRibReady, h.protoStatusDir,
-                            h.grState);
+                            h.allIntfStatusLocalDir, h.allVrfRibReady, h.protoStatusDir, h.grState);
 }
 
 void addRed(LibraryHarness& h) {
@@ -79,9 +78,9 @@ TEST(RootStart, ThatIsRefusedLeavesNothingBehind) {
     h.vrf("blue", 5);
     EXPECT_THROW(makeRoot(h), Orb::NameInUseError);
     EXPECT_FALSE(h.virtualIpAsReceiveRoute->enabled());
-    for (const char* path : {"routing/rib/viaConfig/ipv4/connected",
-                             "routing/rib/routeConfig/ipv6/connected",
-                             "routing/directNetLeakStatus", "kni/ns/default/status"}) {
+    for (const char* path :
+         {"routing/rib/viaConfig/ipv4/connected", "routing/rib/routeConfig/ipv6/connected",
+          "routing/directNetLeakStatus", "kni/ns/default/status"}) {
         EXPECT_EQ(h.entityManager->mounts(path), 0U) << path;
     }
     h.vrfIdDel("blue");
@@ -130,9 +129,9 @@ TEST(BacklogWatchers, MayWithdrawWhatIsBeingWritten) {
     const auto outsider = once(h.root().ipv4AllVrfRouteConfig(), [&] {
         const auto& routes = *h.root().ipv4AllVrfRouteConfig()->routes(VrfId(5));
         const Lanx::IpGenPrefix prefix = routes.first()->key().prefix();
-        for (const auto type : {Fib::RouteType::connected, Fib::RouteType::receive,
-                                Fib::RouteType::receiveBroadcast,
-                                Fib::RouteType::dropDirectedBroadcast}) {
+        for (const auto type :
+             {Fib::RouteType::connected, Fib::RouteType::receive, Fib::RouteType::receiveBroadcast,
+              Fib::RouteType::dropDirectedBroadcast}) {
             backlog->delFromIntfIdsByPrefix(Lanx::IntfId("Et1"), prefix, address, type,
                                             VrfId::invalid(), false);
         }
@@ -151,8 +150,7 @@ TEST(TableWatchers, AreToldOfEveryRouteAndViaThatGoesWithItsVrf) {
     for (const Orb::Ptr<Orb::Entity>& table : std::vector<Orb::Ptr<Orb::Entity>>{
              h.root().ipv4AllVrfRouteConfig(), h.root().ipv6AllVrfRouteConfig(),
              h.root().ipv4AllVrfViaConfig(), h.root().ipv6AllVrfViaConfig()}) {
-        outsiders.push_back(
-            Orb::makePtr<Outsider>(table, [&told](Orb::AttributeId) { ++told; }));
+        outsiders.push_back(Orb::makePtr<Outsider>(table, [&told](Orb::AttributeId) { ++told; }));
     }
     h.vrfIdDel("red");
     EXPECT_EQ(told, 4 + 2 + 1 + 1);
@@ -183,8 +181,7 @@ TEST(DirectedBroadcast, OfWhatIsNotAddedKeepsItsViaSets) {
     h.settle();
     h.ipv4Del("default", "Et0");
     EXPECT_ROUTES(h, "default",
-                  {{"10.0.0.0/32", 3, "Et1"},
-                   {"10.0.0.255/32", 3, "Et1", "directed-broadcast"}});
+                  {{"10.0.0.0/32", 3, "Et1"}, {"10.0.0.255/32", 3, "Et1", "directed-broadcast"}});
     h.secondaryDel("default", "Et1", "10.0.0.1/24");
     EXPECT_ROUTES(h, "default", {});
     EXPECT_EQ(h.viaSets(), 0U);
@@ -220,8 +217,8 @@ TEST(VirtualIpHelper, WithoutAMapOfIdsTakesEveryVrfForGone) {
         Orb::makePtr<Ipv4::VrfVirtualIpStatusHelper>(Ipv4::VrfVirtualIpStatusHelper::Arguments{
             directory, Orb::makePtr<Ip::AllVrfStatusLocal>(), nullptr});
     const auto status = Orb::makePtr<VirtualIp::VirtualIpStatus>();
-    const auto sm = Orb::makePtr<Ipv4::VirtualIpStatusSm>(
-        Ipv4::VirtualIpStatusSm::Arguments{status, helper});
+    const auto sm =
+        Orb::makePtr<Ipv4::VirtualIpStatusSm>(Ipv4::VirtualIpStatusSm::Arguments{status, helper});
     const VirtualIp::VrfIpWithMaskPair key(L3::VrfName("red"),
                                            Lanx::IpAddrWithMask::fromString("10.0.0.1/24"));
     status->virtualIpIntfStatusIs(key);
@@ -232,8 +229,8 @@ TEST(VirtualIpHelper, WithoutAMapOfIdsTakesEveryVrfForGone) {
 
 TEST(VirtualIpHelper, WatcherOfTheTablesMayWithdrawTheAddress) {
     LibraryHarness h;
-    const auto outsider = once(h.root().allVrfVirtualIpStatus(),
-                               [&] { h.virtualIpDel("red", "10.0.0.1/24"); });
+    const auto outsider =
+        once(h.root().allVrfVirtualIpStatus(), [&] { h.virtualIpDel("red", "10.0.0.1/24"); });
     h.virtualIpStatus->virtualIpIntfStatusIs(VirtualIp::VrfIpWithMaskPair(
         L3::VrfName("red"), Lanx::IpAddrWithMask::fromString("10.0.0.1/24")));
     EXPECT_EQ(h.root().allVrfVirtualIpStatus()->vrfVirtualIpStatus().size(), 0U);
@@ -269,7 +266,8 @@ TEST(HandleInitialized, DoesNothingTheSecondTime) {
     const auto count = [&](Lanx::AddressFamily af) {
         return red.intfBacklog()->intfViaSetKeyStatusFromAf(af)->vskRefcountByIntfId(et1);
     };
-    const auto counts = std::pair(count(Lanx::AddressFamily::ipv4), count(Lanx::AddressFamily::ipv6));
+    const auto counts =
+        std::pair(count(Lanx::AddressFamily::ipv4), count(Lanx::AddressFamily::ipv6));
     const auto* sm = red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm(et1);
     h.root().handleInitialized();
     h.root().allVrfRibReadySm()->handleInitialized();
@@ -290,7 +288,8 @@ TEST(HandleInitialized, DoesNothingTheSecondTime) {
     red.vrfVirtualIp6StatusSm()->handleInitialized();
     EXPECT_EQ(h.clock->nextWakeup(), Orb::Clock::never); // not even a drain is asked for
     EXPECT_EQ(h.routes("red"), routes);
-    EXPECT_EQ(counts, std::pair(count(Lanx::AddressFamily::ipv4), count(Lanx::AddressFamily::ipv6)));
+    EXPECT_EQ(counts,
+              std::pair(count(Lanx::AddressFamily::ipv4), count(Lanx::AddressFamily::ipv6)));
     EXPECT_EQ(red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm(et1), sm);
 }
 

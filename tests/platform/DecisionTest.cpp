@@ -54,9 +54,8 @@ class Machine : public Entity {
       public:
         using InputReactor::InputReactor;
         void onAttribute(AttributeId id, const void* key) override {
-            owner()->handleValue(id == Input::memberId
-                                     ? keyAs<std::string>(key)
-                                     : std::to_string(notifier()->value()));
+            owner()->handleValue(id == Input::memberId ? keyAs<std::string>(key)
+                                                       : std::to_string(notifier()->value()));
         }
         void onRemembered(AttributeId, const void*) override {
             owner()->log_.push_back("later, was " + std::to_string(notifier()->value()));
@@ -94,9 +93,7 @@ class DecisionTest : public testing::Test {
             }
         });
     }
-    Ptr<Machine> makeMachine() {
-        return makePtr<Machine>(Machine::Arguments{input, output}, log);
-    }
+    Ptr<Machine> makeMachine() { return makePtr<Machine>(Machine::Arguments{input, output}, log); }
 
     Log log;
     Ptr<Input> input = makePtr<Input>();
@@ -118,8 +115,7 @@ TEST_F(DecisionTest, ChangesDuringADecisionAreTakenAfterItInTheirOrder) {
     });
     input->valueIs(1);
     EXPECT_EQ(log, (Log{"1 begins", "later, was 7", "later, was 7", "later, was 8", "1 ends",
-                        "8 begins", "8 ends", "a key begins", "a key ends", "8 begins",
-                        "8 ends"}));
+                        "8 begins", "8 ends", "a key begins", "a key ends", "8 begins", "8 ends"}));
     EXPECT_FALSE(decisionUnderWay());
     EXPECT_EQ(output->step(), 12);
 }
@@ -138,9 +134,8 @@ TEST_F(DecisionTest, WhoGoesOrIsRepointedHearsNothingOfWhatWaited) {
 
 TEST_F(DecisionTest, DecisionRunsToItsEndWhateverStrangersThrow) {
     std::string heard;
-    const auto first = makePtr<Stranger>(output, [&] {
-        throw Error("first " + std::to_string(output->step()));
-    });
+    const auto first =
+        makePtr<Stranger>(output, [&] { throw Error("first " + std::to_string(output->step())); });
     const auto second = makePtr<Stranger>(output, [&] {
         heard += std::to_string(output->step());
         input->valueIs(9);
@@ -209,8 +204,7 @@ class FanTest : public testing::Test {
 
     Ptr<Sensors> sensors = makePtr<Sensors>();
     Ptr<Cooling::Fan> fan = makePtr<Cooling::Fan>();
-    Ptr<Cooling::FanSm> sm =
-        makePtr<Cooling::FanSm>(Cooling::FanSm::Arguments{sensors, fan, 60});
+    Ptr<Cooling::FanSm> sm = makePtr<Cooling::FanSm>(Cooling::FanSm::Arguments{sensors, fan, 60});
 };
 
 TEST_F(FanTest, RunsWhileASensorIsTooHot) {
