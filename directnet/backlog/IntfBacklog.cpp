@@ -16,6 +16,8 @@ namespace {
 
 DIRECTNET_TRACE_UNIT("IntfBacklog");
 
+constexpr int maxAttempts = 8;
+
 bool isRoutable(const Lanx::IpGenPrefix& prefix) {
     return prefix.af() != Lanx::AddressFamily::unset && prefix.len() != 0;
 }
@@ -54,9 +56,13 @@ void IntfBacklog::addToIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPre
     DIRECTNET_TRACE(9, "[", *this, "] pfx=", prefix, " addr=", addrWithMask, " ", routeType,
                     " viaSetKey=", viaSetKey);
     Orb::Ptr<IntfIdSet> set(intfIdsByPrefix(prefix));
-    while (set == nullptr) { // whoever is told of a new set may have it gone again
+    // Whoever is told of a new set may have it gone again, though not for ever.
+    for (int attempts = 0; set == nullptr && attempts < maxAttempts; ++attempts) {
         intfIdsByPrefixIs(intfIdSetFactory(prefix));
         set = Orb::Ptr<IntfIdSet>(intfIdsByPrefix(prefix));
+    }
+    if (set == nullptr) {
+        return;
     }
     set->intfIdAndAddrIs(IntfIdAndAddr(intfId, addrWithMask, sourceVrfId, isVirtual, routeType),
                          viaSetKey);

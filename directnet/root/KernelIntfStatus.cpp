@@ -19,6 +19,10 @@ KernelIntfStatus::KernelIntfStatus(Arguments arguments) : arguments_(std::move(a
 }
 
 void KernelIntfStatus::handleInitialized() {
+    if (initialized()) {
+        DIRECTNET_TRACE(8, vrfName(), " already initialized");
+        return;
+    }
     if (std::getenv("DIRECTNET_INTFENTRY_WITHOUT_KERNEL_INTF") != nullptr) {
         ignoreKernelInterfaceStateIs(true);
     }

@@ -185,6 +185,9 @@ void RootSm::doCreateOrDeleteContainer(const L3::VrfName& name) {
             DIRECTNET_TRACE(8, "init not complete VRF ", name);
             return;
         }
+        // All of them: one that comes may have the id of one that went.
+        Orb::forEachKey(wasNotDue_->vrfName(),
+                        [this](const L3::VrfName& gone) { doDeleteContainer(gone); });
         const Verdict verdict = containerVerdict(name);
         switch (verdict) {
         case Verdict::noId:
@@ -201,9 +204,6 @@ void RootSm::doCreateOrDeleteContainer(const L3::VrfName& name) {
             DIRECTNET_TRACE(8, "All conditions met to create VRF ", name);
             break;
         }
-        // All of them: one that comes may have the id of one that went.
-        Orb::forEachKey(wasNotDue_->vrfName(),
-                        [this](const L3::VrfName& gone) { doDeleteContainer(gone); });
         const bool due = verdict == Verdict::due;
         const bool exists = containerSm(name) != nullptr;
         if (due == exists) {
