@@ -188,15 +188,17 @@ TEST(HeldPatch, IsAppliedInTheMiddleOfTheChangeAndNamesItsOwnLine) {
         {R"({"during":1,"show":"x"})", "-:2: during without set\n"},
     };
     for (const auto& bad : cases) {
-        const auto run =
-            TestSupport::runProgram("replay --json -", begin + bad.held + '\n' + address + address);
+        std::string scenario = begin;
+        scenario.append(bad.held).append("\n").append(address).append(address);
+        const auto run = TestSupport::runProgram("replay --json -", scenario);
         EXPECT_EQ(run.status, 2) << bad.held;
         EXPECT_EQ(run.err, bad.message);
     }
     // The first drain finds the VRF gone, and nothing is ever written in it.
-    const auto run = TestSupport::runProgram(
-        "replay --json -", begin + R"({"during":1,"set":{"vrfs":{"default":null}}})" + '\n'
-                               + address + R"({"at":5,"show":"x"})");
+    std::string scenario = begin;
+    scenario.append(R"({"during":1,"set":{"vrfs":{"default":null}}})").append("\n");
+    scenario.append(address).append(R"({"at":5,"show":"x"})");
+    const auto run = TestSupport::runProgram("replay --json -", scenario);
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_TRUE(run.out.starts_with(R"({"time":6.0,"label":"x","vrfs":{},)")) << run.out;
 }

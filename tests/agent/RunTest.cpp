@@ -269,7 +269,8 @@ TEST(Run, ConfigurationThatIsNoFileIsRefusedAtTheStartAndLater) {
         for (const auto& [name, message] : cases) {
             const auto run = runProgram("run --config /run/" + name);
             EXPECT_EQ(run.status, 2);
-            EXPECT_EQ(run.err, "/run/" + name + ": " + message + '\n');
+            EXPECT_EQ(run.err,
+                      std::string("/run/").append(name).append(": ").append(message) + '\n');
         }
         const std::string config = temporaryFile(R"({"vrfs": {"default": {"id": 0}}})");
         LiveProgram agent({"run", "--config", config});
@@ -280,8 +281,9 @@ TEST(Run, ConfigurationThatIsNoFileIsRefusedAtTheStartAndLater) {
                 std::filesystem::rename("/run/" + name, config);
             }
             agent.signal(SIGHUP);
-            EXPECT_TRUE(agent.untilErr("directnet: " + config + ": " + message + '\n'))
-                << agent.err();
+            std::string line("directnet: ");
+            line.append(config).append(": ").append(message).append("\n");
+            EXPECT_TRUE(agent.untilErr(line)) << agent.err();
         }
         EXPECT_NE(show("vrfs").find("default"), std::string::npos);
         EXPECT_EQ(agent.endedBy(SIGTERM), 0);

@@ -16,7 +16,6 @@ using Agent::Linux::FileDescriptor;
 using Agent::Linux::inPrivateNamespace;
 using TestSupport::LiveProgram;
 using TestSupport::runProgram;
-using TestSupport::runShell;
 
 /// What the agent is to know of virtual addresses, by the interfaces that carry one.
 void configure(const std::string& interfaces) {
