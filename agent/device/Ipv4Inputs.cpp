@@ -20,12 +20,15 @@ void Ipv4Inputs::apply(const Change<Ipv4Patch>& patch) {
 }
 
 void Ipv4Inputs::applyTo(const L3::VrfName& vrfName, const VrfPatch& patch) {
+    status_->vrfIpIntfStatusIs(vrfName);
     for (const auto& [intfId, change] : patch) {
         // Looked up for each interface: another patch may be applied from inside a notification.
         const Orb::Ptr<Ip::VrfIpIntfStatus> vrf(status_->vrfIpIntfStatusIs(vrfName));
-        auto& interfaces = interfaces_[vrfName];
+        if (vrf == nullptr) {
+            continue;
+        }
         if (change.isRemoval()) {
-            interfaces.erase(intfId);
+            interfaces_[vrfName].erase(intfId);
             vrf->ipIntfStatusDel(intfId);
         } else if (change.value() != nullptr) {
             const Orb::Ptr<Ip::IpIntfStatus> status(vrf->ipIntfStatusIs(intfId));
