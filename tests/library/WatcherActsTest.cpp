@@ -33,8 +33,8 @@ Orb::Ptr<RootSm> makeRoot(LibraryHarness& h) {
 
 void addRed(LibraryHarness& h) {
     h.device("ns1", "Et1");
-    h.address("red", "Et1", "10.0.0.1/24");
     h.vrf("red", 5, "ns1");
+    h.address("red", "Et1", "10.0.0.1/24");
 }
 
 TEST(RootWatchers, MayStopTheRootAndLetGoOfItInTheMiddleOfAnything) {
@@ -169,6 +169,30 @@ TEST(Names, InUseByAnotherTypeAreRefused) {
     EXPECT_THROW(store->findOrCreate("a/b", "Routing::Rib::Ip::ViaConfig"), Orb::NameInUseError);
 }
 
+TEST(InterfaceWatchers, StatusThatGoesAndComesBackInTheMiddleIsFollowed) {
+    LibraryHarness h;
+    h.vrfId("default", 0);
+    for (const char* intf : {"Et1", "Et2"}) {
+        h.device("default", intf);
+    }
+    h.address("default", "Et2", "10.0.2.1/32");
+    h.address6("default", "Et2", "2001:db8::2/128");
+    h.settle();
+    const auto outsider = once(h.root().ipv4AllVrfViaConfig(), [&h] {
+        h.ipv4Del("default", "Et2");
+        h.ipv6Del("default", "Et2");
+        h.address("default", "Et2", "10.0.3.1/32");
+        h.address6("default", "Et2", "2001:db8::3/128");
+    });
+    h.address("default", "Et1", "10.0.1.1/32");
+    h.secondary("default", "Et2", "10.0.4.1/32");
+    EXPECT_ROUTES(h, "default",
+                  {{"10.0.1.1/32", 2, "Et1"},
+                   {"10.0.3.1/32", 2, "Et2"},
+                   {"10.0.4.1/32", 2, "Et2"},
+                   {"2001:db8::3/128", 2, "Et2"}});
+}
+
 TEST(DirectedBroadcast, OfWhatIsNotAddedKeepsItsViaSets) {
     LibraryHarness h;
     h.vrfId("default", 0);
@@ -177,6 +201,7 @@ TEST(DirectedBroadcast, OfWhatIsNotAddedKeepsItsViaSets) {
     }
     h.secondary("default", "Et1", "10.0.0.1/24", false);
     h.ipv4("default", "Et1").directedBroadcastIs(true);
+    h.settle();
     h.address("default", "Et0", "10.0.0.2/24");
     h.settle();
     h.ipv4Del("default", "Et0");
