@@ -22,8 +22,8 @@
 
 #include "bench/Measure.h"
 #include "bench/Rig.h"
-#include "platform/orb/RealClock.h"
-#include "platform/orb/SimulatedClock.h"
+#include "platform/orb/loop/RealClock.h"
+#include "platform/orb/loop/SimulatedClock.h"
 
 namespace Bench {
 

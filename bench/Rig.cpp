@@ -7,7 +7,7 @@
 
 #include "platform/interface/KernelNetInfo.h"
 #include "platform/memtab/Mount.h"
-#include "platform/orb/SimulatedClock.h"
+#include "platform/orb/loop/SimulatedClock.h"
 #include "platform/routing/DirectNetLeakStatus.h"
 
 namespace Bench {

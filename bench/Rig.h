@@ -7,8 +7,8 @@
 
 #include "agent/device/AgentRoot.h"
 #include "agent/device/DeviceInputs.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/Clock.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/Clock.h"
 
 namespace Bench {
 

@@ -6,8 +6,8 @@
 #include <map>
 
 #include "directnet/root/RootSm.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/SimulatedClock.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/SimulatedClock.h"
 
 using namespace Routing;
 

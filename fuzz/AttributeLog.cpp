@@ -3,11 +3,11 @@
 #include <string_view>
 
 #include "directnet/virtualip/AllVrfVirtualIpStatus.h"
-#include "platform/lanx/AttributeLogForm.h"
-#include "platform/orb/AttributeLogFormat.h"
-#include "platform/orb/AttributeLogFramer.h"
-#include "platform/orb/AttributeLogReplay.h"
-#include "platform/orb/Error.h"
+#include "platform/attributelog/AttributeLogFormat.h"
+#include "platform/attributelog/AttributeLogFramer.h"
+#include "platform/attributelog/AttributeLogReplay.h"
+#include "platform/attributelog/LanxAttributeLogForm.h"
+#include "platform/orb/value/Error.h"
 
 namespace {
 

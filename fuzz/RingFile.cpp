@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 #include "platform/ringlog/RinglogReader.h"
 
 /// Reads arbitrary bytes as a ring trace file. Whatever they are, only printable lines come out.

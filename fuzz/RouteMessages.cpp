@@ -1,7 +1,7 @@
+#include "agent/base/Utf8.h"
 #include "agent/linux/AddressMessage.h"
 #include "agent/linux/LinkMessage.h"
-#include "agent/linux/Utf8.h"
-#include "platform/orb/Assert.h"
+#include "platform/orb/value/Assert.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::memcpy(bytes.data(), &length, sizeof length);
     const auto& header = *reinterpret_cast<const nlmsghdr*>(bytes.data());
     if (auto link = Agent::Linux::LinkMessage::parse(header)) {
-        ORB_ASSERT(Agent::Linux::isUtf8(link->name), "a link's name fits a document");
+        ORB_ASSERT(Agent::isUtf8(link->name), "a link's name fits a document");
     }
     if (auto address = Agent::Linux::AddressMessage::parse(header)) {
         ORB_ASSERT(address->own().subnet().length <= address->local.hostLength(),

@@ -9,7 +9,7 @@
 #include "agent/document/DocumentError.h"
 #include "agent/replay/LineReader.h"
 #include "agent/replay/ScenarioLine.h"
-#include "platform/orb/SimulatedClock.h"
+#include "platform/orb/loop/SimulatedClock.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "agent/Errors.h"
+#include "agent/base/Errors.h"
 #include "agent/cli/Commands.h"
+#include "agent/output/Output.h"
 #include "agent/output/OutputFile.h"
-#include "agent/show/Output.h"
 #include "platform/ringlog/Printable.h"
 
 namespace Agent {

@@ -3,12 +3,12 @@
 #include <optional>
 #include <string>
 
+#include "agent/base/InputFile.h"
 #include "agent/cli/Commands.h"
-#include "agent/cli/InputFile.h"
+#include "agent/output/Output.h"
 #include "agent/replay/Replay.h"
 #include "agent/ring/RingPlace.h"
 #include "agent/show/JsonPrinter.h"
-#include "agent/show/Output.h"
 #include "agent/show/TablePrinter.h"
 #include "agent/viplog/VipLogWriter.h"
 #include "platform/ringlog/TraceHandle.h"

@@ -4,11 +4,11 @@
 #include <optional>
 #include <string>
 
-#include "agent/Errors.h"
+#include "agent/base/Errors.h"
+#include "agent/base/InputFile.h"
 #include "agent/cli/Commands.h"
-#include "agent/cli/InputFile.h"
-#include "agent/show/Output.h"
-#include "platform/orb/Error.h"
+#include "agent/output/Output.h"
+#include "platform/orb/value/Error.h"
 #include "platform/ringlog/RinglogReader.h"
 
 namespace Agent {

@@ -4,13 +4,13 @@
 #include <sys/resource.h>
 #include <vector>
 
+#include "agent/base/SocketAddress.h"
 #include "agent/cli/Commands.h"
+#include "agent/output/Output.h"
 #include "agent/ring/RingPlace.h"
 #include "agent/run/LiveAgent.h"
 #include "agent/show/JsonPrinter.h"
-#include "agent/show/Output.h"
 #include "agent/show/TablePrinter.h"
-#include "agent/socket/SocketAddress.h"
 #include "platform/ringlog/TraceHandle.h"
 
 namespace Agent {

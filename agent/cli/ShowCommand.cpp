@@ -3,12 +3,12 @@
 #include <set>
 #include <string>
 
+#include "agent/base/Utf8.h"
 #include "agent/cli/Commands.h"
-#include "agent/linux/Utf8.h"
-#include "agent/show/Output.h"
-#include "agent/socket/AgentConnection.h"
-#include "agent/socket/ShowPrinter.h"
-#include "platform/orb/Error.h"
+#include "agent/client/AgentConnection.h"
+#include "agent/client/ShowPrinter.h"
+#include "agent/output/Output.h"
+#include "platform/orb/value/Error.h"
 #include "platform/vrf/VrfName.h"
 
 namespace Agent {
@@ -24,7 +24,7 @@ struct Options {
 
 /// What makes the text no name of a VRF; empty if it is one.
 std::string complaintAboutVrf(const std::string& name) {
-    if (name.empty() || !Linux::isUtf8(name)) {
+    if (name.empty() || !isUtf8(name)) {
         return "must be a name in UTF-8";
     }
     try {

@@ -2,7 +2,7 @@
 #include <string>
 
 #include "agent/cli/Commands.h"
-#include "agent/socket/AgentConnection.h"
+#include "agent/client/AgentConnection.h"
 
 namespace Agent {
 

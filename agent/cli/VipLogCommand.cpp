@@ -3,9 +3,9 @@
 #include <optional>
 #include <string>
 
-#include "agent/Errors.h"
+#include "agent/base/Errors.h"
 #include "agent/cli/Commands.h"
-#include "agent/show/Output.h"
+#include "agent/output/Output.h"
 #include "agent/viplog/VipChangePrinter.h"
 #include "agent/viplog/VipLogFile.h"
 #include "agent/viplog/VipLogReader.h"

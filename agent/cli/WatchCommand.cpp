@@ -2,11 +2,11 @@
 #include <memory>
 #include <string>
 
+#include "agent/base/TextTable.h"
 #include "agent/cli/Commands.h"
-#include "agent/show/Output.h"
+#include "agent/client/AgentConnection.h"
+#include "agent/output/Output.h"
 #include "agent/show/RouteText.h"
-#include "agent/show/TextTable.h"
-#include "agent/socket/AgentConnection.h"
 
 namespace Agent {
 

@@ -4,7 +4,7 @@
 
 #include "agent/document/DocumentError.h"
 #include "platform/memtab/Mount.h"
-#include "platform/orb/Decision.h"
+#include "platform/orb/object/Decision.h"
 
 namespace Agent {
 

@@ -12,7 +12,7 @@
 #include "platform/interface/AllIntfStatusDir.h"
 #include "platform/interface/AllIntfStatusLocalDir.h"
 #include "platform/kiln/TaskScheduler.h"
-#include "platform/orb/Dir.h"
+#include "platform/orb/attribute/Dir.h"
 #include "platform/routing/AllVrfRibReady.h"
 #include "platform/routing/ViaSetConfig.h"
 #include "platform/vaultdb/EntityManager.h"

@@ -5,7 +5,7 @@
 #include "agent/device/Ipv4Interface.h"
 #include "agent/document/DevicePatch.h"
 #include "platform/ip/Status.h"
-#include "platform/orb/HashMap.h"
+#include "platform/orb/container/HashMap.h"
 
 namespace Agent {
 

@@ -8,7 +8,7 @@
 #include "agent/document/Place.h"
 #include "platform/lanx/IntfId.h"
 #include "platform/lanx/NamespaceName.h"
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 #include "platform/vrf/VrfId.h"
 #include "platform/vrf/VrfName.h"
 

@@ -1,5 +1,5 @@
 #include "agent/linux/LinkMessage.h"
-#include "agent/linux/Utf8.h"
+#include "agent/base/Utf8.h"
 
 #include <array>
 #include <cstring>

@@ -1,5 +1,5 @@
 #include "agent/linux/NamespaceWatch.h"
-#include "agent/linux/SystemError.h"
+#include "agent/base/SystemError.h"
 
 #include <array>
 #include <cerrno>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "agent/linux/FileDescriptor.h"
+#include "agent/base/FileDescriptor.h"
 #include "agent/linux/NetworkNamespace.h"
 
 #include <map>

@@ -1,5 +1,5 @@
 #include "agent/linux/NetlinkSocket.h"
-#include "agent/linux/SystemError.h"
+#include "agent/base/SystemError.h"
 
 #include <cerrno>
 #include <linux/rtnetlink.h>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "agent/linux/FileDescriptor.h"
+#include "agent/base/FileDescriptor.h"
 
 #include <cstddef>
 #include <linux/netlink.h>

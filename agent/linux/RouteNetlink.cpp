@@ -1,5 +1,5 @@
 #include "agent/linux/RouteNetlink.h"
-#include "agent/linux/SystemError.h"
+#include "agent/base/SystemError.h"
 
 #include <cerrno>
 #include <cstring>

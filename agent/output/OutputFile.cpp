@@ -25,13 +25,12 @@ mode_t typeOf(int descriptor) {
 /// The same pipe or terminal once more, in a mode of its own: whether a descriptor waits belongs to
 /// what others have open too, the shell that started the program above all. A file on disk is not
 /// opened once more, as it would be written from its beginning; it never waits for a reader either.
-Linux::FileDescriptor openOnceMore(int descriptor) {
+FileDescriptor openOnceMore(int descriptor) {
     if (typeOf(descriptor) != S_IFIFO && ::isatty(descriptor) == 0) {
         return {};
     }
     const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
-    return Linux::FileDescriptor(
-        ::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    return FileDescriptor(::open(path.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <sys/types.h>
 
-#include "agent/linux/FileDescriptor.h"
+#include "agent/base/FileDescriptor.h"
 
 namespace Agent {
 
@@ -29,7 +29,7 @@ class OutputFile {
 
     int descriptor_;
     bool isSocket_;
-    Linux::FileDescriptor own_;
+    FileDescriptor own_;
 };
 
 /// Writes a line to standard error, for when no event loop runs. What is not taken within half a

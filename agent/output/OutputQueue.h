@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "agent/output/OutputFile.h"
-#include "platform/orb/FileDescriptorReactor.h"
+#include "platform/orb/loop/FileDescriptorReactor.h"
 
 namespace Agent {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "directnet/root/RootSm.h"
-#include "platform/orb/Notifiee.h"
+#include "platform/orb/object/Notifiee.h"
 #include "platform/routing/ViaSetConfig.h"
 
 namespace Agent {

@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "agent/Errors.h"
+#include "agent/base/Errors.h"
 #include "agent/document/DocumentError.h"
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 
 namespace Agent {
 

@@ -11,8 +11,8 @@
 #include "agent/replay/LineReader.h"
 #include "agent/replay/ScenarioLine.h"
 #include "agent/show/StatePrinter.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/SimulatedClock.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/SimulatedClock.h"
 
 namespace Agent {
 

@@ -11,7 +11,7 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "agent/ring/StateFolder.h"
+#include "agent/base/StateFolder.h"
 #include "platform/ringlog/Ringlog.h"
 
 namespace Agent {

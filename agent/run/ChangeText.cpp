@@ -1,6 +1,6 @@
 #include "agent/run/ChangeText.h"
 
-#include "agent/show/JsonString.h"
+#include "agent/base/JsonString.h"
 #include "agent/show/RouteText.h"
 #include "platform/ringlog/Printable.h"
 

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <utility>
 
-#include "agent/Errors.h"
+#include "agent/base/Errors.h"
 #include "agent/document/DevicePatch.h"
 #include "agent/document/JsonText.h"
 #include "agent/document/Place.h"

@@ -6,8 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "agent/Errors.h"
-#include "agent/linux/FileDescriptor.h"
+#include "agent/base/Errors.h"
+#include "agent/base/FileDescriptor.h"
 
 namespace Agent {
 
@@ -46,8 +46,7 @@ std::string readConfigText(const std::string& path) {
         return readAll(path, STDIN_FILENO);
     }
     // Without O_NONBLOCK the opening itself would wait for a writer of a pipe.
-    const Linux::FileDescriptor file(
-        ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status {};
     if (!file || ::fstat(file.get(), &status) != 0) {
         refuse(path, std::strerror(errno));

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <unistd.h>
 
-#include "agent/Errors.h"
+#include "agent/base/Errors.h"
 #include "agent/output/OutputFile.h"
 #include "agent/ring/RingPlace.h"
 #include "agent/run/ChangeText.h"

@@ -14,12 +14,12 @@
 #include "agent/run/LiveMessages.h"
 #include "agent/run/RouteFeed.h"
 #include "agent/run/Signals.h"
+#include "agent/server/SocketServer.h"
 #include "agent/show/RouteLookup.h"
 #include "agent/show/StatePrinter.h"
-#include "agent/socket/SocketServer.h"
 #include "agent/viplog/VipLogWriter.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/RealClock.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/RealClock.h"
 
 namespace Agent {
 

@@ -5,7 +5,7 @@
 
 #include "agent/document/DocumentError.h"
 #include "agent/run/MergeDiff.h"
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 
 namespace Agent {
 

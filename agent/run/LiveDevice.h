@@ -9,12 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "agent/base/Watcher.h"
 #include "agent/device/DeviceInputs.h"
 #include "agent/linux/NamespaceWatch.h"
 #include "agent/run/NamespaceFollower.h"
 #include "agent/run/VrfIds.h"
 #include "agent/run/VrfOption.h"
-#include "agent/run/Watcher.h"
 
 namespace Agent {
 

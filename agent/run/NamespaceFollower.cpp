@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 
 namespace Agent {
 

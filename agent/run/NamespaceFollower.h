@@ -6,9 +6,9 @@
 #include <set>
 #include <string>
 
+#include "agent/base/Watcher.h"
 #include "agent/linux/NamespaceMonitor.h"
 #include "agent/run/VrfOption.h"
-#include "agent/run/Watcher.h"
 
 namespace Agent {
 

@@ -6,7 +6,7 @@
 
 #include "agent/device/DeviceInputs.h"
 #include "directnet/root/RootSm.h"
-#include "platform/orb/HashMap2018.h"
+#include "platform/orb/container/HashMap2018.h"
 #include "platform/routing/RouteConfig.h"
 
 namespace Agent {

@@ -4,7 +4,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "agent/Errors.h"
+#include "agent/base/Errors.h"
 
 namespace Agent {
 

@@ -3,8 +3,8 @@
 #include <csignal>
 #include <functional>
 
-#include "agent/linux/FileDescriptor.h"
-#include "agent/run/Watcher.h"
+#include "agent/base/FileDescriptor.h"
+#include "agent/base/Watcher.h"
 
 namespace Agent {
 
@@ -25,7 +25,7 @@ class Signals {
 
     OnSignal onSignal_;
     sigset_t before_;
-    Linux::FileDescriptor file_;
+    FileDescriptor file_;
     Watcher watcher_;
 };
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "agent/Errors.h"
-#include "agent/linux/Utf8.h"
-#include "platform/orb/Error.h"
+#include "agent/base/Errors.h"
+#include "agent/base/Utf8.h"
+#include "platform/orb/value/Error.h"
 
 namespace Agent {
 
@@ -24,7 +24,7 @@ VrfOption readOne(const std::string& text) {
     if (netns.find('/') != std::string::npos || netns == "." || netns == "..") {
         refuse(text, "no name of a namespace");
     }
-    if (!Linux::isUtf8(text)) {
+    if (!isUtf8(text)) {
         refuse(text, "must be UTF-8");
     }
     if (vrf == L3::VrfName::defaultVrf().value()

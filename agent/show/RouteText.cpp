@@ -1,6 +1,6 @@
 #include "agent/show/RouteText.h"
 
-#include "agent/show/JsonString.h"
+#include "agent/base/JsonString.h"
 
 namespace Agent {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
+#include "agent/base/TextTable.h"
 #include "agent/show/RouteLookup.h"
-#include "agent/show/TextTable.h"
 
 namespace Agent {
 

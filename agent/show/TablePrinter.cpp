@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "agent/show/JsonString.h"
-#include "agent/show/Output.h"
+#include "agent/base/JsonString.h"
+#include "agent/output/Output.h"
 #include "agent/show/RouteText.h"
 
 namespace Agent {

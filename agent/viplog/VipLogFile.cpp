@@ -8,7 +8,7 @@
 #include <sys/stat.h>
 #include <utility>
 
-#include "agent/Errors.h"
+#include "agent/base/Errors.h"
 #include "agent/viplog/VipLogLock.h"
 
 namespace Agent {
@@ -19,13 +19,13 @@ namespace {
 /// lets go of its lock after it is seen to close the file.
 constexpr int pause = 200;
 
-Linux::FileDescriptor openFile(const std::string& name) {
+FileDescriptor openFile(const std::string& name) {
     const int file = name == "-" ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                                  : ::open(name.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {
         throw BadInputError(name + ": " + std::strerror(errno));
     }
-    return Linux::FileDescriptor(file);
+    return FileDescriptor(file);
 }
 
 } // namespace
@@ -38,7 +38,7 @@ VipLogFile::VipLogFile(std::string name, bool follow)
         throw BadInputError(name_ + ": is a directory");
     }
     if (follow && S_ISREG(status.st_mode)) {
-        changes_ = Linux::FileDescriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+        changes_ = FileDescriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
         const std::string path = "/proc/self/fd/" + std::to_string(file_.get());
         if (::inotify_add_watch(changes_.get(), path.c_str(), IN_MODIFY | IN_CLOSE_WRITE) < 0) {
             throw FailureError(name_ + ": cannot follow it: " + std::strerror(errno));

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "agent/linux/FileDescriptor.h"
+#include "agent/base/FileDescriptor.h"
 
 namespace Agent {
 
@@ -27,8 +27,8 @@ class VipLogFile {
     void waitForMore() const;
 
     std::string name_;
-    Linux::FileDescriptor file_;
-    Linux::FileDescriptor changes_; // none unless an ordinary file is followed
+    FileDescriptor file_;
+    FileDescriptor changes_; // none unless an ordinary file is followed
     std::array<char, 65536> piece_;
 };
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "agent/Errors.h"
-#include "platform/orb/AttributeLogFormat.h"
-#include "platform/orb/Error.h"
+#include "agent/base/Errors.h"
+#include "platform/attributelog/AttributeLogFormat.h"
+#include "platform/orb/value/Error.h"
 
 namespace Agent {
 

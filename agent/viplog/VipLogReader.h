@@ -4,8 +4,8 @@
 #include <string_view>
 
 #include "directnet/virtualip/AllVrfVirtualIpStatus.h"
-#include "platform/lanx/AttributeLogForm.h"
-#include "platform/orb/AttributeLogReplay.h"
+#include "platform/attributelog/AttributeLogReplay.h"
+#include "platform/attributelog/LanxAttributeLogForm.h"
 
 namespace Agent {
 

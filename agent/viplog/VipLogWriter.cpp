@@ -7,8 +7,8 @@
 #include <unistd.h>
 #include <utility>
 
-#include "agent/Errors.h"
-#include "agent/linux/FileDescriptor.h"
+#include "agent/base/Errors.h"
+#include "agent/base/FileDescriptor.h"
 #include "agent/viplog/VipLogLock.h"
 
 namespace Agent {
@@ -24,7 +24,7 @@ constexpr double maxWait = 10; // seconds
 
 int openFile(const std::string& file) {
     constexpr int flags = O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC;
-    Linux::FileDescriptor opened(::open(file.c_str(), flags, 0666));
+    FileDescriptor opened(::open(file.c_str(), flags, 0666));
     if (!opened) {
         fail(file, errno);
     }

@@ -4,9 +4,9 @@
 #include <string>
 
 #include "directnet/virtualip/AllVrfVirtualIpStatus.h"
-#include "platform/lanx/AttributeLogForm.h"
-#include "platform/orb/AttributeLogSink.h"
-#include "platform/orb/AttributeLogWriter.h"
+#include "platform/attributelog/AttributeLogSink.h"
+#include "platform/attributelog/AttributeLogWriter.h"
+#include "platform/attributelog/LanxAttributeLogForm.h"
 
 namespace Agent {
 

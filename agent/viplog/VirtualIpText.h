@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "agent/show/JsonString.h"
-#include "agent/show/TextTable.h"
+#include "agent/base/JsonString.h"
+#include "agent/base/TextTable.h"
 #include "platform/lanx/IntfId.h"
 #include "platform/virtualip/VirtualIp6IntfStatus.h"
 #include "platform/virtualip/VirtualIpIntfStatus.h"

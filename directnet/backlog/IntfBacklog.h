@@ -6,7 +6,7 @@
 #include "directnet/backlog/IntfIdAndPrefix.h"
 #include "directnet/backlog/IntfIdSet.h"
 #include "directnet/backlog/IntfViaSetKeyStatus.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/routing/RouteType.h"
 #include "platform/vrf/VrfId.h"
 #include "platform/vrf/VrfName.h"

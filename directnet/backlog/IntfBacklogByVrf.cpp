@@ -1,7 +1,7 @@
 #include "directnet/backlog/IntfBacklogByVrf.h"
 
 #include "directnet/model/Units.h"
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "directnet/backlog/IntfBacklog.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Routing::DirectNet {
 

@@ -3,10 +3,10 @@
 #include <cstdlib>
 
 #include "directnet/model/Trace.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/Assert.h"
-#include "platform/orb/Decision.h"
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/object/Decision.h"
+#include "platform/orb/value/Assert.h"
 
 namespace Routing::DirectNet {
 

@@ -9,8 +9,8 @@
 #include "directnet/backlog/RoomWaiter.h"
 #include "directnet/model/Units.h"
 #include "platform/kiln/TimerWheel.h"
-#include "platform/orb/Clock.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/loop/Clock.h"
 #include "platform/routing/RouteConfig.h"
 
 namespace Routing::DirectNet {

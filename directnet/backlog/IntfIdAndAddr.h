@@ -2,7 +2,7 @@
 
 #include "platform/lanx/IntfId.h"
 #include "platform/lanx/IpGenAddrWithMask.h"
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Value.h"
 #include "platform/routing/RouteType.h"
 #include "platform/vrf/VrfId.h"
 

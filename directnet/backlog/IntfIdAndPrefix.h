@@ -2,7 +2,7 @@
 
 #include "platform/lanx/IntfId.h"
 #include "platform/lanx/IpGenPrefix.h"
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Value.h"
 
 namespace Routing::DirectNet {
 

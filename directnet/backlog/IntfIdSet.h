@@ -4,7 +4,7 @@
 
 #include "directnet/backlog/IntfIdAndAddr.h"
 #include "platform/lanx/IpGenPrefix.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/routing/ViaSetKey.h"
 
 namespace Routing::DirectNet {

@@ -2,7 +2,7 @@
 
 #include "directnet/model/Trace.h"
 #include "directnet/model/Units.h"
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "directnet/backlog/IntfViaSetKeyStatus.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/routing/ViaConfig.h"
 #include "platform/routing/ViaSetConfig.h"
 #include "platform/vrf/VrfId.h"

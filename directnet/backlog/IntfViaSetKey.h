@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/lanx/IntfId.h"
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Value.h"
 #include "platform/routing/ViaKey.h"
 #include "platform/routing/ViaSetKey.h"
 

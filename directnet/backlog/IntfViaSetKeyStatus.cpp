@@ -1,8 +1,8 @@
 #include "directnet/backlog/IntfViaSetKeyStatus.h"
 
 #include "directnet/model/Units.h"
-#include "platform/orb/Assert.h"
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/value/Assert.h"
 
 namespace Routing::DirectNet {
 

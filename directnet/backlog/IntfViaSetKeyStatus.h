@@ -6,7 +6,7 @@
 #include "directnet/backlog/IntfViaSetKey.h"
 #include "platform/lanx/AddressFamily.h"
 #include "platform/lanx/IntfId.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Routing::DirectNet {
 

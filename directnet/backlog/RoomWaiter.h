@@ -5,7 +5,7 @@
 
 #include "directnet/backlog/IntfBacklog.h"
 #include "platform/memtab/Table.h"
-#include "platform/orb/Reactor.h"
+#include "platform/orb/object/Reactor.h"
 
 namespace Routing::DirectNet {
 

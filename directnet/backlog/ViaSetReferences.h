@@ -4,7 +4,7 @@
 
 #include "directnet/backlog/IntfViaSetConfig.h"
 #include "directnet/backlog/IntfViaSetKeyStatus.h"
-#include "platform/orb/HashMap.h"
+#include "platform/orb/container/HashMap.h"
 
 namespace Routing::DirectNet {
 

@@ -1,8 +1,8 @@
 #include "directnet/leak/CrLeakSm.h"
 
 #include "directnet/model/Trace.h"
-#include "platform/orb/DefineType.h"
-#include "platform/orb/Keys.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/container/Keys.h"
 
 namespace Routing::DirectNet {
 

@@ -5,7 +5,7 @@
 #include "directnet/leak/LeakableContributor.h"
 #include "directnet/leak/ReceiveRouteLeakSm.h"
 #include "directnet/model/Trace.h"
-#include "platform/orb/Keys.h"
+#include "platform/orb/container/Keys.h"
 
 namespace Routing::DirectNet {
 

@@ -2,8 +2,8 @@
 
 #include "directnet/leak/ReceiveRouteLeakSm.h"
 #include "directnet/model/Trace.h"
-#include "platform/orb/Decision.h"
-#include "platform/orb/Keys.h"
+#include "platform/orb/container/Keys.h"
+#include "platform/orb/object/Decision.h"
 
 namespace Routing::DirectNet {
 

@@ -2,9 +2,9 @@
 
 #include "directnet/leak/LeakableContributor.h"
 #include "directnet/model/Trace.h"
-#include "platform/orb/Assert.h"
-#include "platform/orb/DefineType.h"
-#include "platform/orb/Keys.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/container/Keys.h"
+#include "platform/orb/value/Assert.h"
 
 namespace Routing::DirectNet {
 

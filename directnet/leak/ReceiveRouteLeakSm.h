@@ -8,7 +8,7 @@
 #include "directnet/model/Units.h"
 #include "platform/kiln/Task.h"
 #include "platform/kiln/TaskScheduler.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/routing/DirectNetLeakLocalStatus.h"
 #include "platform/routing/SourceVrfPrefix.h"
 

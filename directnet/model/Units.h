@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/orb/TypeRegistry.h"
+#include "platform/orb/attribute/TypeRegistry.h"
 
 namespace Routing::DirectNet {
 

@@ -1,10 +1,10 @@
 #include "directnet/ready/AllVrfRibReadySm.h"
 
 #include "directnet/model/Trace.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/Clock.h"
-#include "platform/orb/DefineType.h"
-#include "platform/orb/Keys.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/container/Keys.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/Clock.h"
 
 namespace Routing::DirectNet {
 

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "directnet/ready/AllVrfReadyStatus.h"
-#include "platform/orb/Declare.h"
-#include "platform/orb/Dir.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/attribute/Dir.h"
 #include "platform/routing/AllVrfRibReady.h"
 #include "platform/routing/ProtoVrfStatus.h"
 

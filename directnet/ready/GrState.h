@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "directnet/model/Units.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Routing::DirectNet {
 

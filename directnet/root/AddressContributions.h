@@ -6,8 +6,8 @@
 #include "directnet/backlog/IntfBacklog.h"
 #include "directnet/backlog/IntfViaSetConfig.h"
 #include "directnet/model/Traits.h"
-#include "platform/orb/HashMap.h"
-#include "platform/orb/Keys.h"
+#include "platform/orb/container/HashMap.h"
+#include "platform/orb/container/Keys.h"
 
 namespace Routing::DirectNet {
 

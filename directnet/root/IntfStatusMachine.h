@@ -2,8 +2,8 @@
 
 #include "directnet/model/Trace.h"
 #include "directnet/root/KernelIntfStatus.h"
-#include "platform/orb/Keys.h"
-#include "platform/orb/Reactor.h"
+#include "platform/orb/container/Keys.h"
+#include "platform/orb/object/Reactor.h"
 
 namespace Routing::DirectNet {
 

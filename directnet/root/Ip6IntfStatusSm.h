@@ -6,7 +6,7 @@
 #include "directnet/root/IntfStatusMachine.h"
 #include "directnet/root/Ip6IntfSm.h"
 #include "platform/ip/Ip6Status.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Routing::DirectNet {
 

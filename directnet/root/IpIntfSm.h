@@ -6,7 +6,7 @@
 #include "directnet/model/Units.h"
 #include "directnet/root/AddressContributions.h"
 #include "platform/ip/Status.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Routing::DirectNet {
 

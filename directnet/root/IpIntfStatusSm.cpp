@@ -1,6 +1,6 @@
 #include "directnet/root/IpIntfStatusSm.h"
 
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet {
 

@@ -6,7 +6,7 @@
 #include "directnet/root/IntfStatusMachine.h"
 #include "directnet/root/IpIntfSm.h"
 #include "platform/ip/Status.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Routing::DirectNet {
 

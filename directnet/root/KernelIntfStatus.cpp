@@ -3,7 +3,7 @@
 #include <cstdlib>
 
 #include "directnet/model/Trace.h"
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet {
 

@@ -4,7 +4,7 @@
 
 #include "directnet/model/Units.h"
 #include "platform/interface/DeviceIntfStatusDir.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/vrf/VrfName.h"
 
 namespace Routing::DirectNet {

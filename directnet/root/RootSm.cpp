@@ -1,11 +1,11 @@
 #include "directnet/root/RootSm.h"
 
 #include "directnet/model/Trace.h"
-#include "platform/orb/Assert.h"
-#include "platform/orb/Decision.h"
-#include "platform/orb/DefineType.h"
-#include "platform/orb/FirstError.h"
-#include "platform/orb/Keys.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/container/Keys.h"
+#include "platform/orb/object/Decision.h"
+#include "platform/orb/value/Assert.h"
+#include "platform/orb/value/FirstError.h"
 
 namespace Routing::DirectNet {
 

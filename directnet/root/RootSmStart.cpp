@@ -6,8 +6,8 @@
 
 #include "directnet/model/Trace.h"
 #include "directnet/root/RootSm.h"
-#include "platform/orb/Decision.h"
-#include "platform/orb/Keys.h"
+#include "platform/orb/container/Keys.h"
+#include "platform/orb/object/Decision.h"
 
 namespace Routing::DirectNet {
 

@@ -3,7 +3,7 @@
 #include "directnet/backlog/IntfBacklog.h"
 #include "directnet/model/Trace.h"
 #include "directnet/ready/GrState.h"
-#include "platform/orb/Reactor.h"
+#include "platform/orb/object/Reactor.h"
 #include "platform/vrf/VrfName.h"
 
 namespace Routing::DirectNet {

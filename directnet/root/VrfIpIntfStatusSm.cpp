@@ -1,6 +1,6 @@
 #include "directnet/root/VrfIpIntfStatusSm.h"
 
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet {
 

@@ -7,7 +7,7 @@
 #include "directnet/ready/VrfReadyStatus.h"
 #include "directnet/root/IpIntfStatusSm.h"
 #include "directnet/root/VrfIntfStatusMachine.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Routing::DirectNet {
 

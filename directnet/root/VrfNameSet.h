@@ -1,7 +1,7 @@
 #pragma once
 
 #include "directnet/model/Units.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/vrf/VrfName.h"
 
 namespace Routing::DirectNet {

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "directnet/backlog/ViaSetReferences.h"
-#include "platform/orb/Keys.h"
-#include "platform/orb/Reactor.h"
+#include "platform/orb/container/Keys.h"
+#include "platform/orb/object/Reactor.h"
 
 namespace Routing::DirectNet {
 

@@ -2,8 +2,8 @@
 
 #include "directnet/model/Trace.h"
 #include "directnet/virtualip/VirtualIpTraits.h"
-#include "platform/orb/DefineType.h"
-#include "platform/orb/Keys.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/container/Keys.h"
 
 namespace Routing::DirectNet {
 

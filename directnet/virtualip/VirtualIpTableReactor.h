@@ -3,8 +3,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/orb/Keys.h"
-#include "platform/orb/Reactor.h"
+#include "platform/orb/container/Keys.h"
+#include "platform/orb/object/Reactor.h"
 
 namespace Routing::DirectNet {
 

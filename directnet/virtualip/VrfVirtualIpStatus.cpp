@@ -1,6 +1,6 @@
 #include "directnet/virtualip/VrfVirtualIpStatus.h"
 
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet::Ipv4 {
 

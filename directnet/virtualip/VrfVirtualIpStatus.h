@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "directnet/model/Units.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/virtualip/VirtualIp6Status.h"
 #include "platform/virtualip/VirtualIpStatus.h"
 #include "platform/vrf/VrfName.h"

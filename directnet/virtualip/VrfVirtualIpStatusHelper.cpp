@@ -1,7 +1,7 @@
 #include "directnet/virtualip/VrfVirtualIpStatusHelper.h"
 
 #include "directnet/model/Trace.h"
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet {
 

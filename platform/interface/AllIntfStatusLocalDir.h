@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/lanx/IntfId.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Interface {
 

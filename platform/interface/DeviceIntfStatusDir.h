@@ -4,8 +4,8 @@
 
 #include "platform/interface/IntfStatusAndDeviceName.h"
 #include "platform/lanx/IntfId.h"
-#include "platform/orb/Declare.h"
-#include "platform/orb/Name.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/value/Name.h"
 
 namespace Interface {
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "platform/lanx/IntfId.h"
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Value.h"
 
 namespace Interface {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "platform/lanx/IntfId.h"
-#include "platform/orb/Declare.h"
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/attribute/Value.h"
 
 namespace KernelNetInfo {
 

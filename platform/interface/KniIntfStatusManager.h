@@ -3,7 +3,7 @@
 #include "platform/interface/DeviceIntfStatusDir.h"
 #include "platform/interface/KernelNetInfo.h"
 #include "platform/lanx/NamespaceName.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Interface {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Interface {
 

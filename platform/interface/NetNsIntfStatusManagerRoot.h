@@ -5,7 +5,7 @@
 #include "platform/interface/AllIntfStatusDir.h"
 #include "platform/interface/AllIntfStatusLocalDir.h"
 #include "platform/interface/KniIntfStatusManager.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Interface {
 

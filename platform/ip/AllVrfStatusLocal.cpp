@@ -1,6 +1,6 @@
 #include "platform/ip/AllVrfStatusLocal.h"
 
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Ip {
 

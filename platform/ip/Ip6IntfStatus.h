@@ -5,7 +5,7 @@
 #include "platform/ip/Ip6AddressInfo.h"
 #include "platform/lanx/AddrWithMask.h"
 #include "platform/lanx/IntfId.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Ip6 {
 

@@ -1,6 +1,6 @@
 #include "platform/ip/Ip6Status.h"
 
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Ip6 {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/ip/VrfIp6IntfStatus.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Ip6 {
 

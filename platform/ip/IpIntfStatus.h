@@ -4,7 +4,7 @@
 
 #include "platform/lanx/AddrWithMask.h"
 #include "platform/lanx/IntfId.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 
 namespace Ip {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "platform/ip/IpIntfStatus.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/vrf/VrfName.h"
 
 namespace Ip {

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/lanx/NamespaceName.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/vrf/VrfName.h"
 
 namespace Ip {

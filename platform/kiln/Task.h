@@ -5,9 +5,9 @@
 #include <string>
 
 #include "platform/kiln/TaskScheduler.h"
-#include "platform/orb/Entity.h"
-#include "platform/orb/Notifiee.h"
-#include "platform/orb/Ptr.h"
+#include "platform/orb/object/Entity.h"
+#include "platform/orb/object/Notifiee.h"
+#include "platform/orb/object/Ptr.h"
 
 namespace Kiln {
 

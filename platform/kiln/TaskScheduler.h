@@ -4,9 +4,9 @@
 #include <functional>
 #include <list>
 
-#include "platform/orb/Clock.h"
-#include "platform/orb/Ptr.h"
-#include "platform/orb/PtrInterface.h"
+#include "platform/orb/loop/Clock.h"
+#include "platform/orb/object/Ptr.h"
+#include "platform/orb/object/PtrInterface.h"
 
 namespace Kiln {
 

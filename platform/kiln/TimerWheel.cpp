@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "platform/kiln/TimerWheelBucket.h"
-#include "platform/orb/Assert.h"
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/value/Assert.h"
 
 namespace Kiln {
 

@@ -5,10 +5,10 @@
 #include <memory>
 #include <vector>
 
-#include "platform/orb/Clock.h"
-#include "platform/orb/Declare.h"
-#include "platform/orb/Ptr.h"
-#include "platform/orb/PtrInterface.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/loop/Clock.h"
+#include "platform/orb/object/Ptr.h"
+#include "platform/orb/object/PtrInterface.h"
 
 namespace Kiln {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/lanx/Prefix.h"
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 
 namespace Lanx {
 

@@ -6,7 +6,7 @@
 #include <compare>
 #include <cstdint>
 
-#include "platform/orb/Hash.h"
+#include "platform/orb/value/Hash.h"
 
 namespace Lanx {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/orb/Text.h"
+#include "platform/orb/value/Text.h"
 
 namespace Lanx {
 

@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cstring>
 
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 
 namespace Lanx {
 

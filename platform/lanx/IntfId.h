@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/lanx/Print.h"
-#include "platform/orb/Hash.h"
+#include "platform/orb/value/Hash.h"
 
 namespace Lanx {
 

@@ -9,7 +9,7 @@
 #include "platform/lanx/AddressFamily.h"
 #include "platform/lanx/AddressText.h"
 #include "platform/lanx/Print.h"
-#include "platform/orb/Hash.h"
+#include "platform/orb/value/Hash.h"
 
 namespace Lanx {
 

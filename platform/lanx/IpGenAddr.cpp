@@ -1,6 +1,6 @@
 #include "platform/lanx/IpGenAddr.h"
 
-#include "platform/orb/Assert.h"
+#include "platform/orb/value/Assert.h"
 
 namespace Lanx {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/orb/BoundedString.h"
+#include "platform/orb/value/BoundedString.h"
 
 namespace Lanx {
 

@@ -1,6 +1,6 @@
 #include "platform/lanx/Prefix.h"
 
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 
 namespace Lanx {
 

@@ -2,7 +2,7 @@
 
 #include <ostream>
 
-#include "platform/orb/Text.h"
+#include "platform/orb/value/Text.h"
 
 namespace Lanx {
 

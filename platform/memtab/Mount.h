@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/memtab/MountInfo.h"
-#include "platform/orb/Ptr.h"
+#include "platform/orb/object/Ptr.h"
 #include "platform/vaultdb/EntityManager.h"
 
 namespace OrbMemtab {

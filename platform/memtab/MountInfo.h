@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <map>
 
-#include "platform/orb/Name.h"
+#include "platform/orb/value/Name.h"
 
 namespace OrbMemtab {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "platform/orb/Entity.h"
+#include "platform/orb/object/Entity.h"
 
 namespace OrbMemtab {
 

@@ -14,7 +14,7 @@
 #include <string>
 #include <system_error>
 
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 
 namespace Ringlog {
 namespace {

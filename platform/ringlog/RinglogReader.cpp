@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 #include "platform/ringlog/ByteReader.h"
 #include "platform/ringlog/Printable.h"
 #include "platform/ringlog/RingLayout.h"

@@ -1,6 +1,6 @@
 #include "platform/routing/AllVrfRibReady.h"
 
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::Rib {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/routing/RouteLeakedFromVrf.h"
 
 namespace Routing {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Value.h"
 
 namespace Routing {
 

@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "platform/memtab/Table.h"
-#include "platform/orb/Error.h"
-#include "platform/orb/HashMap.h"
-#include "platform/orb/HashMap2018.h"
+#include "platform/orb/container/HashMap.h"
+#include "platform/orb/container/HashMap2018.h"
+#include "platform/orb/value/Error.h"
 #include "platform/vrf/VrfId.h"
 
 namespace Routing::Rib {

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "platform/orb/Declare.h"
-#include "platform/orb/Name.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/value/Name.h"
 
 namespace Routing::Rib {
 

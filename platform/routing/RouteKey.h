@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/lanx/IpGenPrefix.h"
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Value.h"
 #include "platform/vrf/VrfId.h"
 
 namespace Routing::Rib {

@@ -1,6 +1,6 @@
 #include "platform/routing/RouteLeakedFromVrf.h"
 
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Routing {
 

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "platform/lanx/IpGenPrefix.h"
-#include "platform/orb/Declare.h"
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/attribute/Value.h"
 #include "platform/vrf/VrfId.h"
 
 namespace Routing {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/routing/PerVrfTable.h"
 #include "platform/routing/Via.h"
 

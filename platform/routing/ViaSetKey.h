@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/orb/StrongNumber.h"
+#include "platform/orb/value/StrongNumber.h"
 
 namespace Routing::Rib {
 

@@ -1,9 +1,9 @@
 #include "platform/vaultdb/EntityManager.h"
 
-#include "platform/orb/Assert.h"
-#include "platform/orb/DefineType.h"
-#include "platform/orb/Dir.h"
-#include "platform/orb/Error.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/attribute/Dir.h"
+#include "platform/orb/value/Assert.h"
+#include "platform/orb/value/Error.h"
 
 namespace Vaultdb {
 

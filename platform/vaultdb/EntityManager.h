@@ -4,8 +4,8 @@
 #include <map>
 #include <string_view>
 
-#include "platform/orb/Declare.h"
-#include "platform/orb/Name.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/value/Name.h"
 
 namespace Vaultdb {
 

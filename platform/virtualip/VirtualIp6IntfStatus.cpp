@@ -1,6 +1,6 @@
 #include "platform/virtualip/VirtualIp6IntfStatus.h"
 
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace VirtualIp {
 

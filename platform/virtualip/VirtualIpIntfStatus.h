@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "platform/lanx/IntfId.h"
-#include "platform/orb/Declare.h"
+#include "platform/orb/attribute/Declare.h"
 #include "platform/virtualip/VrfIpWithMaskPair.h"
 
 namespace VirtualIp {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/lanx/AddrWithMask.h"
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Value.h"
 #include "platform/vrf/VrfName.h"
 
 namespace VirtualIp {

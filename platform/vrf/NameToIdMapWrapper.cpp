@@ -1,6 +1,6 @@
 #include "platform/vrf/NameToIdMapWrapper.h"
 
-#include "platform/orb/DefineType.h"
+#include "platform/orb/attribute/DefineType.h"
 
 namespace Vrf::VrfIdMap {
 

@@ -10,8 +10,8 @@
 #include "agent/document/DocumentError.h"
 #include "agent/document/JsonText.h"
 #include "agent/run/MergeDiff.h"
-#include "platform/orb/DeclaredAttributes.h"
-#include "platform/orb/SimulatedClock.h"
+#include "platform/orb/attribute/DeclaredAttributes.h"
+#include "platform/orb/loop/SimulatedClock.h"
 
 namespace Agent {
 namespace {

@@ -1,6 +1,6 @@
 #include "agent/linux/NamespaceWatch.h"
 #include "agent/linux/NamespaceMonitor.h"
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 #include "tests/agent/PrivateNamespace.h"
 #include "tests/agent/Program.h"
 

@@ -1,6 +1,6 @@
+#include "agent/base/Utf8.h"
 #include "agent/linux/AddressMessage.h"
 #include "agent/linux/LinkMessage.h"
-#include "agent/linux/Utf8.h"
 
 #include <cstring>
 #include <gtest/gtest.h>

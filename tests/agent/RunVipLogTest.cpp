@@ -5,14 +5,14 @@
 #include <string>
 #include <sys/stat.h>
 
-#include "agent/linux/FileDescriptor.h"
+#include "agent/base/FileDescriptor.h"
 #include "tests/agent/LiveProgram.h"
 #include "tests/agent/PrivateNamespace.h"
 #include "tests/agent/Program.h"
 
 namespace {
 
-using Agent::Linux::FileDescriptor;
+using Agent::FileDescriptor;
 using Agent::Linux::inPrivateNamespace;
 using TestSupport::LiveProgram;
 using TestSupport::runProgram;

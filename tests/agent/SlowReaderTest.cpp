@@ -14,17 +14,17 @@
 
 #include "agent/output/OutputFile.h"
 #include "agent/output/OutputQueue.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/SimulatedClock.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/SimulatedClock.h"
 #include "tests/agent/LiveProgram.h"
 #include "tests/agent/PrivateNamespace.h"
 #include "tests/agent/Program.h"
 
 namespace {
 
+using Agent::FileDescriptor;
 using Agent::OutputFile;
 using Agent::OutputQueue;
-using Agent::Linux::FileDescriptor;
 using Agent::Linux::inPrivateNamespace;
 using Agent::Linux::ip;
 using Agent::Linux::manyAddresses;

@@ -14,20 +14,20 @@
 #include <unistd.h>
 #include <vector>
 
+#include "agent/base/FileDescriptor.h"
+#include "agent/base/SocketAddress.h"
 #include "agent/device/AgentRoot.h"
-#include "agent/linux/FileDescriptor.h"
-#include "agent/socket/ChangeLog.h"
-#include "agent/socket/SocketAddress.h"
-#include "agent/socket/SocketServer.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/SimulatedClock.h"
+#include "agent/server/ChangeLog.h"
+#include "agent/server/SocketServer.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/SimulatedClock.h"
 #include "tests/agent/LiveProgram.h"
 #include "tests/agent/PrivateNamespace.h"
 #include "tests/agent/Program.h"
 
 namespace {
 
-using Agent::Linux::FileDescriptor;
+using Agent::FileDescriptor;
 using Agent::Linux::inPrivateNamespace;
 using Agent::Linux::ip;
 using Agent::Linux::manyAddresses;

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 #include "tests/support/LibraryHarness.h"
 
 namespace Routing::DirectNet {

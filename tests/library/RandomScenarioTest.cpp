@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <random>
 
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 #include "platform/routing/ProtoVrfStatus.h"
 #include "tests/library/Ambush.h"
 #include "tests/library/RandomDevice.h"

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "directnet/root/RootSm.h"
-#include "platform/orb/TypeNode.h"
-#include "platform/orb/TypeRegistry.h"
+#include "platform/orb/attribute/TypeRegistry.h"
+#include "platform/orb/object/TypeNode.h"
 
 namespace Routing::DirectNet {
 namespace {

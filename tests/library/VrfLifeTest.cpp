@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 #include "tests/support/LibraryHarness.h"
 #include "tests/support/Outsider.h"
 

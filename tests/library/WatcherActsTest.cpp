@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 #include "platform/routing/ProtoVrfStatus.h"
 #include "tests/support/LibraryHarness.h"
 #include "tests/support/Outsider.h"

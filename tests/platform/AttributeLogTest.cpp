@@ -8,14 +8,14 @@
 #include <random>
 #include <sstream>
 
-#include "platform/lanx/AttributeLogForm.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/AttributeLogReplay.h"
-#include "platform/orb/AttributeLogWriter.h"
-#include "platform/orb/Declare.h"
-#include "platform/orb/DefineType.h"
-#include "platform/orb/Error.h"
-#include "platform/orb/SimulatedClock.h"
+#include "platform/attributelog/AttributeLogReplay.h"
+#include "platform/attributelog/AttributeLogWriter.h"
+#include "platform/attributelog/LanxAttributeLogForm.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/SimulatedClock.h"
+#include "platform/orb/value/Error.h"
 #include "platform/virtualip/VirtualIpStatus.h"
 
 namespace Orb {

@@ -1,9 +1,9 @@
-#include "platform/orb/Clock.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/Error.h"
-#include "platform/orb/FileDescriptorReactor.h"
-#include "platform/orb/RealClock.h"
-#include "platform/orb/SimulatedClock.h"
+#include "platform/orb/loop/Clock.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/FileDescriptorReactor.h"
+#include "platform/orb/loop/RealClock.h"
+#include "platform/orb/loop/SimulatedClock.h"
+#include "platform/orb/value/Error.h"
 
 #include <functional>
 #include <memory>

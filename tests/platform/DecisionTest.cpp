@@ -1,4 +1,4 @@
-#include "platform/orb/Decision.h"
+#include "platform/orb/object/Decision.h"
 
 #include <gtest/gtest.h>
 
@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "FanSm.h"
-#include "platform/orb/Declare.h"
-#include "platform/orb/DefineType.h"
-#include "platform/orb/Error.h"
-#include "platform/orb/Keys.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/container/Keys.h"
+#include "platform/orb/value/Error.h"
 
 namespace Orb {
 namespace {

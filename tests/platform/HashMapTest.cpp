@@ -1,5 +1,5 @@
-#include "platform/orb/HashMap.h"
-#include "platform/orb/HashMap2018.h"
+#include "platform/orb/container/HashMap.h"
+#include "platform/orb/container/HashMap2018.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -5,7 +5,7 @@
 
 #include "platform/lanx/IntfId.h"
 #include "platform/lanx/IpGenPrefix.h"
-#include "platform/orb/Hash.h"
+#include "platform/orb/value/Hash.h"
 
 namespace Orb {
 

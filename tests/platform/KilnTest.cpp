@@ -1,9 +1,9 @@
 #include "platform/kiln/Task.h"
 #include "platform/kiln/TaskScheduler.h"
 #include "platform/kiln/TimerWheel.h"
-#include "platform/orb/ActivityManager.h"
-#include "platform/orb/Error.h"
-#include "platform/orb/SimulatedClock.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/SimulatedClock.h"
+#include "platform/orb/value/Error.h"
 
 #include <cmath>
 #include <functional>

@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/orb/Declare.h"
-#include "platform/orb/DefineType.h"
-#include "platform/orb/Entity.h"
-#include "platform/orb/Error.h"
+#include "platform/orb/attribute/Declare.h"
+#include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/object/Entity.h"
+#include "platform/orb/value/Error.h"
 
 namespace Orb {
 namespace {

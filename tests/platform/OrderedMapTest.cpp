@@ -1,4 +1,4 @@
-#include "platform/orb/OrderedMap.h"
+#include "platform/orb/container/OrderedMap.h"
 
 #include <cstdint>
 #include <map>

@@ -15,7 +15,7 @@
 
 #include "platform/lanx/IntfId.h"
 #include "platform/lanx/IpGenAddrWithMask.h"
-#include "platform/orb/Error.h"
+#include "platform/orb/value/Error.h"
 #include "platform/ringlog/RingMessage.h"
 #include "platform/ringlog/RinglogReader.h"
 #include "platform/vrf/VrfId.h"

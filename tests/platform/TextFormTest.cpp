@@ -5,8 +5,8 @@
 #include <limits>
 #include <random>
 
-#include "platform/orb/Text.h"
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Value.h"
+#include "platform/orb/value/Text.h"
 #include "platform/vrf/VrfId.h"
 #include "platform/vrf/VrfName.h"
 

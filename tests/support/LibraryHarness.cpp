@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <sstream>
 
-#include "platform/orb/AllocTrackTypeInfo.h"
-#include "platform/orb/TypeNode.h"
-#include "platform/orb/TypeRegistry.h"
+#include "platform/orb/attribute/TypeRegistry.h"
+#include "platform/orb/object/AllocTrackTypeInfo.h"
+#include "platform/orb/object/TypeNode.h"
 #include "platform/routing/ProtoVrfStatus.h"
 
 namespace Routing::DirectNet {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "directnet/root/RootSm.h"
-#include "platform/orb/ActivityManager.h"
+#include "platform/orb/loop/ActivityManager.h"
 #include "tests/support/ManualClock.h"
 
 namespace Routing::DirectNet {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/orb/Clock.h"
+#include "platform/orb/loop/Clock.h"
 
 namespace Routing::DirectNet {
 

@@ -3,8 +3,8 @@
 #include <functional>
 #include <utility>
 
-#include "platform/orb/Entity.h"
-#include "platform/orb/Notifiee.h"
+#include "platform/orb/object/Entity.h"
+#include "platform/orb/object/Notifiee.h"
 
 namespace Routing::DirectNet {
 

@@ -9,8 +9,8 @@
 
 #include "platform/lanx/IntfId.h"
 #include "platform/lanx/IpGenAddrWithMask.h"
-#include "platform/orb/StrongNumber.h"
-#include "platform/orb/Value.h"
+#include "platform/orb/attribute/Value.h"
+#include "platform/orb/value/StrongNumber.h"
 
 namespace TestSupport {
 

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <deque>
 
-#include "platform/orb/Hash.h"
-#include "platform/orb/Text.h"
+#include "platform/orb/value/Hash.h"
+#include "platform/orb/value/Text.h"
 #include "tests/support/RandomValues.h"
 
 namespace TestSupport {

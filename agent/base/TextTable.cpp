@@ -1,0 +1,37 @@
+#include "agent/base/TextTable.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/ringlog/Printable.h"
+
+namespace Agent {
+
+std::string printable(std::string_view text) {
+    std::string result;
+    Ringlog::appendPrintable(result, text);
+    return result;
+}
+
+void TextTable::rowIs(Row row) {
+    widths_.resize(std::max(widths_.size(), row.size()));
+    for (std::size_t column = 0; column < row.size(); ++column) {
+        row[column] = printable(row[column]);
+        widths_[column] = std::max(widths_[column], row[column].size());
+    }
+    rows_.push_back(std::move(row));
+}
+
+void TextTable::print(std::ostream& out, const std::string& indent) const {
+    for (const Row& row : rows_) {
+        std::string line = indent;
+        for (std::size_t column = 0; column < row.size(); ++column) {
+            line += row[column];
+            line.append(widths_[column] - row[column].size() + 2, ' ');
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        out << line << '\n';
+    }
+}
+
+} // namespace Agent

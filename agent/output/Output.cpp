@@ -1,0 +1,22 @@
+#include "agent/output/Output.h"
+
+#include <cstdlib>
+#include <unistd.h>
+
+#include "agent/base/Errors.h"
+
+namespace Agent {
+
+void finishOutput(std::ostream& out) {
+    out.flush();
+    if (!out) {
+        throw FailureError("cannot write the output");
+    }
+}
+
+bool useColour() {
+    const char* noColour = std::getenv("NO_COLOR");
+    return (noColour == nullptr || *noColour == '\0') && ::isatty(STDOUT_FILENO) != 0;
+}
+
+} // namespace Agent

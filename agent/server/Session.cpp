@@ -1,0 +1,153 @@
+#include "agent/server/Session.h"
+
+#include <array>
+#include <cerrno>
+#include <sys/socket.h>
+#include <utility>
+
+#include "agent/base/JsonString.h"
+#include "agent/document/DocumentError.h"
+#include "platform/ringlog/TraceHandle.h"
+
+namespace Agent {
+
+namespace {
+
+/// What one turn adds at most to what is waiting for a client.
+constexpr std::size_t linesAtOnce = 256;
+constexpr std::size_t bytesAtOnce = std::size_t{64} << 10U;
+
+} // namespace
+
+Session::Session(FileDescriptor file, const AgentView& view, const ChangeLog& changes,
+                 std::function<void(Session&)> onDone)
+    : file_(std::move(file)), view_(view), changes_(changes), onDone_(std::move(onDone)),
+      socket_(file_.get(), *this), timer_(*this) {
+    timer_.notifierIs(Orb::Ptr<const Orb::Clock>(&view.clock));
+    waitForClient();
+}
+
+void Session::onChanges() {
+    if (!socket_.wantsWrite()) {
+        socket_.wantsWriteIs(true);
+        waitForClient();
+    }
+}
+
+/// The last thing that a callback does.
+void Session::goOn(bool going) {
+    if (!going) {
+        const auto onDone = onDone_;
+        onDone(*this);
+    }
+}
+
+/// Returns false when the client is gone.
+bool Session::receive() {
+    std::array<char, Request::maxLength> buffer{};
+    const ssize_t size = ::recv(file_.get(), buffer.data(), buffer.size(), 0);
+    if (size < 0) {
+        return errno == EAGAIN || errno == EINTR;
+    }
+    if (requested_) {
+        // A client may have said all it has to say and still wait for its answer.
+        socket_.wantsReadIs(size > 0);
+        return size > 0 || !watching_;
+    }
+    if (size == 0) {
+        return false;
+    }
+    request_.append(buffer.data(), static_cast<std::size_t>(size));
+    const std::size_t end = request_.find('\n');
+    if (end == std::string::npos && request_.size() < Request::maxLength) {
+        return true;
+    }
+    requested_ = true;
+    if (end >= Request::maxLength) {
+        refuse("the request is too long");
+    } else {
+        handle(request_.substr(0, end));
+    }
+    request_.clear();
+    socket_.wantsWriteIs(true);
+    waitForClient();
+    return true;
+}
+
+void Session::handle(const std::string& line) {
+    try {
+        const Request request = readRequest(line);
+        if (request.kind == Request::Kind::setTrace) {
+            Ringlog::TraceHandle::levelOfAllIs(request.traceLevel);
+        }
+        answer_ = makeAnswer(view_, request);
+        watching_ = request.kind == Request::Kind::watch;
+        position_ = changes_.end();
+    } catch (const DocumentError& error) {
+        refuse((error.pointer().empty() ? "" : error.pointer() + ": ") + error.what());
+    }
+}
+
+void Session::refuse(const std::string& why) {
+    waiting_ += "{\"error\":";
+    appendJsonString(waiting_, why);
+    waiting_ += "}\n";
+}
+
+/// One turn. Returns false when all is said, or the client is to be dropped.
+bool Session::advance() {
+    if (waiting_.size() < bytesAtOnce && !fill()) {
+        return false;
+    }
+    if (!waiting_.empty()) {
+        return send();
+    }
+    socket_.wantsWriteIs(false);
+    timer_.timeMinIs(Orb::Clock::never);
+    return watching_;
+}
+
+/// Returns false when the client has missed something.
+bool Session::fill() {
+    for (std::size_t line = 0; answer_ && line < linesAtOnce; ++line) {
+        if (waiting_.size() >= bytesAtOnce) {
+            return true;
+        }
+        if (!answer_->appendNext(waiting_)) {
+            answer_.reset();
+            if (!watching_) {
+                waiting_ += "{\"end\":true}\n";
+            }
+        }
+    }
+    return answer_ || !watching_ || fillFromLog();
+}
+
+bool Session::fillFromLog() {
+    if (position_ < changes_.begin()) {
+        return false;
+    }
+    const std::string_view piece = changes_.at(position_);
+    waiting_ += piece;
+    position_ += piece.size();
+    return true;
+}
+
+bool Session::send() {
+    const ssize_t size = ::send(file_.get(), waiting_.data() + sent_, waiting_.size() - sent_,
+                                MSG_NOSIGNAL | MSG_DONTWAIT);
+    if (size < 0) {
+        return errno == EAGAIN || errno == EINTR;
+    }
+    sent_ += static_cast<std::size_t>(size);
+    if (sent_ == waiting_.size()) {
+        waiting_.clear();
+        sent_ = 0;
+    }
+    waitForClient();
+    return true;
+}
+
+void Session::waitForClient() { timer_.timeMinIs(view_.clock.now() + patience); }
+
+} // namespace Agent

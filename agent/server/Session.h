@@ -1,0 +1,80 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "agent/base/FileDescriptor.h"
+#include "agent/server/Answer.h"
+#include "agent/server/ChangeLog.h"
+#include "platform/orb/loop/Clock.h"
+#include "platform/orb/loop/FileDescriptorReactor.h"
+
+namespace Agent {
+
+/// One client of a running agent: takes its request, sends the answer piece by piece, one piece a
+/// turn of the event loop, and to one that watches the changes after it. Keeps little for the
+/// client and never waits for it: one that takes nothing for a while, or falls so far behind that
+/// changes are gone, is dropped.
+///
+/// One agent thread, no locks.
+class Session {
+  public:
+    /// Seconds in which a client must send its request, or take something of what is waiting.
+    static constexpr double patience = 5;
+
+    /// `onDone` destroys the session. All must outlive it.
+    Session(FileDescriptor file, const AgentView& view, const ChangeLog& changes,
+            std::function<void(Session&)> onDone);
+
+    bool isWatching() const { return watching_; }
+    /// Where a watching client stands in the log.
+    ChangeLog::Position position() const { return position_; }
+    /// There is more in the log.
+    void onChanges();
+
+  private:
+    class Socket : public Orb::FileDescriptorReactor {
+      public:
+        Socket(int descriptor, Session& owner) : FileDescriptorReactor(descriptor), owner_(owner) {}
+        void onReadable() override { owner_.goOn(owner_.receive()); }
+        void onWritable() override { owner_.goOn(owner_.advance()); }
+
+      private:
+        Session& owner_;
+    };
+    class Timer : public Orb::Clock::NotifieeConst {
+      public:
+        explicit Timer(Session& owner) : owner_(owner) {}
+        void onTimeMin() override { owner_.goOn(false); }
+
+      private:
+        Session& owner_;
+    };
+
+    void goOn(bool going);
+    bool receive();
+    void handle(const std::string& line);
+    void refuse(const std::string& why);
+    bool advance();
+    bool fill();
+    bool fillFromLog();
+    bool send();
+    void waitForClient();
+
+    FileDescriptor file_;
+    const AgentView& view_;
+    const ChangeLog& changes_;
+    std::function<void(Session&)> onDone_;
+    Socket socket_;
+    Timer timer_;
+    std::string request_;
+    bool requested_ = false;
+    std::unique_ptr<Answer> answer_;
+    bool watching_ = false;
+    ChangeLog::Position position_ = 0;
+    std::string waiting_;
+    std::size_t sent_ = 0; // of waiting_
+};
+
+} // namespace Agent

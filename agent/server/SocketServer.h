@@ -1,0 +1,48 @@
+#pragma once
+
+#include <list>
+#include <string>
+#include <string_view>
+
+#include "agent/base/Watcher.h"
+#include "agent/server/ChangeLog.h"
+#include "agent/server/ListeningSocket.h"
+#include "agent/server/Session.h"
+
+namespace Agent {
+
+/// Answers who asks a running agent over its socket. Clients beyond a bound are turned away.
+///
+/// One agent thread, no locks.
+class SocketServer {
+  public:
+    static constexpr std::size_t maxClients = 64;
+
+    /// Listens at once. Throws FailureError. What the view refers to must outlive the server.
+    SocketServer(const std::string& path, const AgentView& view);
+    SocketServer(const SocketServer&) = delete;
+    SocketServer& operator=(const SocketServer&) = delete;
+    ~SocketServer() = default;
+
+    /// Whether anybody wants to know of changes.
+    bool isWatched() const;
+    /// Hands a change, a line of JSON with its line end, to those who watch.
+    void changeIs(std::string_view line);
+
+  private:
+    using Sessions = std::list<Session>;
+
+    void accept();
+    bool acceptOne();
+    void drop(const Session& session);
+
+    AgentView view_;
+    ChangeLog changes_;
+    ListeningSocket socket_;
+    Sessions sessions_;
+    /// Given up for a moment to turn a client away when there are no descriptors left.
+    FileDescriptor reserve_;
+    Watcher watcher_;
+};
+
+} // namespace Agent

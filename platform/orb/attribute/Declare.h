@@ -1,0 +1,137 @@
+#pragma once
+
+#include "platform/orb/attribute/Arguments.h"
+#include "platform/orb/attribute/Attribute.h"
+#include "platform/orb/attribute/AttributeAt.h"
+#include "platform/orb/attribute/Child.h"
+#include "platform/orb/attribute/Children.h"
+#include "platform/orb/attribute/Collection.h"
+#include "platform/orb/attribute/MemberReactors.h"
+#include "platform/orb/attribute/References.h"
+#include "platform/orb/object/Notifiee.h"
+#include "platform/orb/object/Reactor.h"
+#include "platform/orb/object/TypeNode.h"
+
+/// The declarations of a class. Each line names an attribute once; the templates behind it
+/// (Attribute, Collection, Child, Children, References, MemberReactors) hold all logic, and the
+/// macros give their operations the attribute's name:
+///
+///     class VrfReadyStatus : public Orb::Entity {
+///         ORB_ENTITY(VrfReadyStatus, "Routing::DirectNet::VrfReadyStatus")
+///         ORB_CONSTRUCTOR((L3::VrfName, vrfName))            // id 258 and up, in order
+///         ORB_KEY(L3::VrfName, vrfName)
+///         ORB_ATTRIBUTE(259, bool, v4DirectNetsReady)
+///         ORB_ATTRIBUTE(260, bool, v6DirectNetsReady)
+///       public:
+///         explicit VrfReadyStatus(Arguments arguments) : arguments_(std::move(arguments)) {}
+///     };
+///
+/// Numbers are given in the line and never change; one number given twice does not compile.
+
+/// A class that is known by name. Its source has ORB_DEFINE_TYPE(Class), see DefineType.h.
+#define ORB_TYPE(Class, qualifiedName)                                                             \
+  public:                                                                                          \
+    using OrbSelf = Class;                                                                         \
+    static constexpr std::string_view orbTypeName = qualifiedName;                                 \
+    static const Orb::TypeNode& fwkType();                                                         \
+    const Orb::TypeNode* fwkTypeNode() const override;
+
+/// A class with attributes that others may watch.
+#define ORB_ENTITY(Class, qualifiedName)                                                           \
+    ORB_TYPE(Class, qualifiedName)                                                                 \
+    using NotifieeConst = Orb::NotifieeOf<Class>;
+
+/// A value: name(), nameIs(value). A default other than the type's own may follow the name.
+#define ORB_ATTRIBUTE(number, Type, name, ...)                                                     \
+    ORB_DECLARED(number, Orb::Attribute<Type>, name, {__VA_ARGS__})                                \
+    Orb::Read<Type> name() const { return name##_.value(); }                                       \
+    void name##Is(Orb::Read<Type> value) { name##_.valueIs(*this, name##Id, value); }
+
+/// Values by key in a hash map: name(), name(key), nameIs(key, value), nameDel(key), nameDelAll().
+#define ORB_MAP(number, Key, Value, name) ORB_COLLECTION(HashCollection, number, Key, Value, name)
+
+/// The same, ordered by key.
+#define ORB_ORDERED_MAP(number, Key, Value, name)                                                  \
+    ORB_COLLECTION(OrderedCollection, number, Key, Value, name)
+
+/// An owned object: name(), nameIs(constructor arguments of T), nameDel().
+#define ORB_CHILD(number, T, name)                                                                 \
+    ORB_DECLARED(number, Orb::Child<T>, name)                                                      \
+    const Orb::Ptr<T>& name() const { return name##_.value(); }                                    \
+    template <typename... Args>                                                                    \
+    Orb::Ptr<T> name##Is(Args&&... args) {                                                         \
+        return name##_.childIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});        \
+    }                                                                                              \
+    void name##Del() { name##_.childDel(*this, name##Id); }
+
+/// An owned object that is not replaced while it is there: nameIs() with other arguments throws
+/// NameInUseError.
+#define ORB_SOLE_CHILD(number, T, name)                                                            \
+    ORB_DECLARED(number, Orb::Child<T>, name)                                                      \
+    const Orb::Ptr<T>& name() const { return name##_.value(); }                                    \
+    template <typename... Args>                                                                    \
+    Orb::Ptr<T> name##Is(Args&&... args) {                                                         \
+        return name##_.soleChildIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});    \
+    }                                                                                              \
+    void name##Del() { name##_.childDel(*this, name##Id); }
+
+/// Owned objects by key: name(), name(key), nameIs(constructor arguments of T), nameDel(key),
+/// nameDelAll(). name(key) is null where there is none.
+#define ORB_CHILDREN(number, T, name)                                                              \
+    ORB_DECLARED(number, Orb::Children<T>, name)                                                   \
+    const auto& name() const { return name##_.all(); }                                             \
+    T* name(Orb::Read<T::Key> key) const { return name##_.find(key); }                             \
+    template <typename... Args>                                                                    \
+    T* name##Is(Args&&... args) {                                                                  \
+        return name##_.childIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});        \
+    }                                                                                              \
+    void name##Del(Orb::Read<T::Key> key) { name##_.childDel(*this, name##Id, key); }              \
+    void name##DelAll() { name##_.childDelAll(*this, name##Id); }
+
+/// Objects made elsewhere, by key: name(), name(key), nameIs(object), nameDel(key), nameDelAll().
+#define ORB_REFERENCES(number, T, name)                                                            \
+    ORB_DECLARED(number, Orb::References<T>, name)                                                 \
+    const auto& name() const { return name##_.all(); }                                             \
+    T* name(Orb::Read<T::Key> key) const { return name##_.find(key); }                             \
+    void name##Is(Orb::Ptr<T> object) {                                                            \
+        name##_.memberIs(*this, name##Id, #name, std::move(object));                               \
+    }                                                                                              \
+    void name##Del(Orb::Read<T::Key> key) { name##_.memberDel(*this, name##Id, key); }             \
+    void name##DelAll() { name##_.memberDelAll(*this, name##Id); }
+
+/// Reactors R of this machine, one per member of a collection that it follows: name(), name(key),
+/// nameIs(member), nameDel(key), nameDelAll().
+#define ORB_REACTORS(number, R, name)                                                              \
+    ORB_DECLARED(number, Orb::MemberReactors<R>, name)                                             \
+    const auto& name() const { return name##_.all(); }                                             \
+    R* name(Orb::Read<R::Watched::Key> key) const { return name##_.find(key); }                    \
+    R* name##Is(Orb::Ptr<const R::Watched> member) {                                               \
+        return name##_.memberIs(this, #name, orbTypeName, std::move(member));                      \
+    }                                                                                              \
+    void name##Del(Orb::Read<R::Watched::Key> key) { name##_.memberDel(*this, key); }              \
+    void name##DelAll() { name##_.memberDelAll(*this); }
+
+#define ORB_COLLECTION(Kind, number, KeyType, ValueType, name)                                     \
+    using name##Collection = Orb::Kind<KeyType, ValueType>;                                        \
+    ORB_DECLARED(number, name##Collection, name)                                                   \
+    const auto& name() const { return name##_.all(); }                                             \
+    ValueType name(Orb::Read<KeyType> key) const { return name##_.find(key); }                     \
+    void name##Is(Orb::Read<KeyType> key, Orb::Read<ValueType> value) {                            \
+        name##_.memberIs(*this, name##Id, key, value);                                             \
+    }                                                                                              \
+    void name##Del(Orb::Read<KeyType> key) { name##_.memberDel(*this, name##Id, key); }            \
+    void name##DelAll() { name##_.memberDelAll(*this, name##Id); }
+
+/// What every declaration has: the holder `name_`, the number `nameId`, and the entry by which the
+/// generic attribute interface finds it.
+#define ORB_DECLARED(number, Holder, name, ...)                                                    \
+  public:                                                                                          \
+    static constexpr Orb::AttributeId name##Id{number};                                            \
+    static constexpr auto orbAttribute(Orb::AttributeTag<number>) {                                \
+        return Orb::AttributeAt{#name, &OrbSelf::name##_};                                         \
+    }                                                                                              \
+                                                                                                   \
+  private:                                                                                         \
+    Holder name##_ __VA_ARGS__;                                                                    \
+                                                                                                   \
+  public:

@@ -1,0 +1,19 @@
+#include "platform/orb/attribute/Display.h"
+
+#include "platform/orb/object/TypeNode.h"
+
+namespace Orb {
+
+std::string displayObject(const PtrInterface* object) {
+    if (object == nullptr) {
+        return "null";
+    }
+    std::ostringstream out;
+    if (const TypeNode* type = object->fwkTypeNode()) {
+        out << type->name() << '@';
+    }
+    out << static_cast<const void*>(object);
+    return out.str();
+}
+
+} // namespace Orb

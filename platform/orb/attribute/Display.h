@@ -1,0 +1,34 @@
+#pragma once
+
+#include <sstream>
+#include <string>
+
+#include "platform/orb/object/Ptr.h"
+#include "platform/orb/value/Text.h"
+
+namespace Orb {
+
+template <typename T>
+concept Streamable = requires(std::ostream& out, const T& value) { out << value; };
+
+/// How messages show a value: as it streams, else by its text form.
+template <typename T>
+std::string display(const T& value) {
+    if constexpr (HasTextForm<T> && !Streamable<T>) {
+        return valueToStrep(value);
+    } else {
+        std::ostringstream out;
+        out << std::boolalpha << value;
+        return out.str();
+    }
+}
+
+/// Objects show as their type and, since two of a type differ only in identity, their address.
+std::string displayObject(const PtrInterface* object);
+
+template <typename T>
+std::string display(const Ptr<T>& object) {
+    return displayObject(object.get());
+}
+
+} // namespace Orb

@@ -1,0 +1,579 @@
+#pragma once
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+#include "platform/orb/value/Assert.h"
+#include "platform/orb/value/Hash.h"
+
+namespace Orb {
+
+/// The table under HashMap and HashMap2018: a set of entries, each holding its key, that is walked
+/// in hash order whatever its size and history.
+///
+/// An entry's tag is the top 32 bits of its key's mixed hash. Entries lie in one array sorted by
+/// (tag, key), each at or behind its home slot (tag * homes / 2^32) with no empty slot in between:
+/// linear probing without wrap-around. Home slots rise with the tag, so growing is one in-order
+/// pass over tags and entries that hashes nothing again.
+///
+/// Sorted slots could pile up where the hashes present are not spread evenly: when entries are
+/// inserted in hash order, or when the first half was drained and refilled. The table therefore
+/// knows the sum of all entries' distances from their homes, which is also what inserting has cost
+/// so far. It grows when the mean distance passes a limit and shrinks only when the mean will stay
+/// small, which keeps both operations O(1) amortised.
+///
+/// Cost: the block is made with the first entry and given back with the last; an entry has a tag of
+/// four bytes besides itself.
+///
+/// Entries must be movable without exceptions; comparing and hashing keys must not throw. When an
+/// insertion throws std::bad_alloc, the table is unchanged. Destructors of entries may use the
+/// table: entries are destroyed after they have been taken out.
+///
+/// Thread rule: one agent thread, no locks.
+template <typename T, typename KeyOf>
+class HashTable {
+  public:
+    using Key = std::remove_cvref_t<decltype(std::declval<KeyOf>()(std::declval<const T&>()))>;
+
+    static_assert(std::is_nothrow_move_constructible_v<T>);
+
+    /// Walks in hash order. Any insertion or erasure invalidates it.
+    template <typename Element>
+    class BasicIterator {
+      public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = T;
+        using difference_type = std::ptrdiff_t;
+        using pointer = Element*;
+        using reference = Element&;
+
+        BasicIterator() = default;
+
+        reference operator*() const { return *element_; }
+        pointer operator->() const { return element_; }
+        BasicIterator& operator++() {
+            const std::uint32_t* from = tag_ + 1;
+            const std::uint32_t* to = from;
+            while (*to == 0) {
+                ++to;
+            }
+            element_ += to - tag_;
+            tag_ = to;
+            return *this;
+        }
+        BasicIterator operator++(int) {
+            BasicIterator before = *this;
+            ++*this;
+            return before;
+        }
+        bool operator==(const BasicIterator& other) const { return element_ == other.element_; }
+
+      private:
+        friend class HashTable;
+        BasicIterator(const std::uint32_t* tag, Element* element) : tag_(tag), element_(element) {}
+
+        const std::uint32_t* tag_ = nullptr;
+        Element* element_ = nullptr;
+    };
+
+    using iterator = BasicIterator<T>;
+    using const_iterator = BasicIterator<const T>;
+
+    HashTable() = default;
+    HashTable(HashTable&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
+    HashTable(const HashTable& other)
+        requires std::is_copy_constructible_v<T>
+    {
+        if (other.block_ == nullptr) {
+            return;
+        }
+        const Block& source = *other.block_;
+        HashTable copy;
+        copy.block_ = allocate(Shape{source.homes, source.slots, source.maxSize});
+        for (std::uint32_t slot = other.firstSlot(), left = source.size; left > 0; ++slot, --left) {
+            slot = other.occupiedFrom(slot);
+            std::construct_at(copy.block_->entries() + slot, other.block_->entries()[slot]);
+            copy.block_->tags()[slot] = other.block_->tags()[slot];
+            copy.block_->first = std::min(copy.block_->first, slot);
+            ++copy.block_->size;
+        }
+        copy.block_->distance = source.distance;
+        swap(copy);
+    }
+    HashTable& operator=(HashTable other) noexcept {
+        swap(other);
+        return *this;
+    }
+    ~HashTable() {
+        while (block_ != nullptr) {
+            destroy(std::exchange(block_, nullptr));
+        }
+    }
+
+    void swap(HashTable& other) noexcept { std::swap(block_, other.block_); }
+
+    std::size_t size() const { return block_ == nullptr ? 0 : block_->size; }
+    bool empty() const { return block_ == nullptr; }
+
+    iterator begin() { return iteratorAt<T>(firstSlot()); }
+    iterator end() { return iteratorAt<T>(slots()); }
+    const_iterator begin() const { return iteratorAt<const T>(firstSlot()); }
+    const_iterator end() const { return iteratorAt<const T>(slots()); }
+
+    /// The entry with that key, or null. Valid until the next insertion or erasure.
+    T* findEntry(const Key& key) { return block_ == nullptr ? nullptr : lookUp(key); }
+    const T* findEntry(const Key& key) const { return block_ == nullptr ? nullptr : lookUp(key); }
+
+    bool contains(const Key& key) const { return findEntry(key) != nullptr; }
+
+    /// Walking by position, which survives any change between two steps: the walk meets every entry
+    /// that is there throughout exactly once. All return null at the end; the entry is valid until
+    /// the next insertion or erasure.
+    /// - first(): the first entry of the table.
+    /// - after(key): the first entry behind the key's position, whether the key is there or not.
+    /// - atOrAfter(key): the key's entry if it is there, otherwise as after(key).
+    T* first() { return entryAt(firstSlot()); }
+    const T* first() const { return entryAt(firstSlot()); }
+    T* after(const Key& key) { return entryAt(slotBehind(key, true)); }
+    const T* after(const Key& key) const { return entryAt(slotBehind(key, true)); }
+    T* atOrAfter(const Key& key) { return entryAt(slotBehind(key, false)); }
+    const T* atOrAfter(const Key& key) const { return entryAt(slotBehind(key, false)); }
+
+    /// The entry behind one of the table's, or null.
+    const T* next(const T* entry) const {
+        return entryAt(occupiedFrom(static_cast<std::uint32_t>(entry - block_->entries()) + 1));
+    }
+
+    /// Fetches what a search for the key will read first, for a caller that has work until then.
+    void prefetch(const Key& key) const {
+        if (block_ != nullptr) {
+            const std::uint32_t slot = home(*block_, tagOf(key));
+            __builtin_prefetch(block_->tags() + slot);
+            __builtin_prefetch(block_->entries() + slot);
+        }
+    }
+
+    /// The entry that a search for the key would look at first, most likely the key's if that is
+    /// there; or null. Reads nothing that an entry points to.
+    const T* likely(const Key& key) const {
+        if (block_ == nullptr) {
+            return nullptr;
+        }
+        const std::uint32_t tag = tagOf(key);
+        const std::uint32_t slot = tagBound(tag);
+        return block_->tags()[slot] == tag ? block_->entries() + slot : nullptr;
+    }
+
+    /// Takes the entry of that key out of the table.
+    std::optional<T> take(const Key& key) {
+        T* entry = findEntry(key);
+        if (entry == nullptr) {
+            return std::nullopt;
+        }
+        std::optional<T> taken(std::move(*entry));
+        std::destroy_at(entry);
+        closeGap(static_cast<std::uint32_t>(entry - block_->entries()));
+        return taken;
+    }
+
+    /// Removes the entry of that key. Returns whether there was one.
+    bool erase(const Key& key) { return take(key).has_value(); }
+
+    /// Removes all entries. Those that their destructors add stay.
+    void clear() { HashTable().swap(*this); }
+
+    /// Bytes allocated, for accounting.
+    std::size_t allocatedBytes() const { return block_ == nullptr ? 0 : bytesFor(block_->slots); }
+
+  protected:
+    /// Where a key is or belongs, found once for finding and then adding. Valid until the next
+    /// insertion or erasure.
+    struct Place {
+        std::uint32_t tag;
+        std::uint32_t slot;
+    };
+
+    Place placeOf(const Key& key) const {
+        const std::uint32_t tag = tagOf(key);
+        return {tag, block_ == nullptr ? 0 : lowerBound(tag, key)};
+    }
+
+    /// The entry of the key whose place it is, or null.
+    T* entryAt(const Place& place, const Key& key) {
+        return block_ != nullptr && isAt(place, key) ? block_->entries() + place.slot : nullptr;
+    }
+
+    /// Adds an entry at the place of its key, which must not be in the table.
+    T* insertNew(T entry, Place place) {
+        const Key& key = KeyOf()(entry);
+        if (block_ == nullptr || block_->size == block_->maxSize) {
+            grow();
+            place.slot = lowerBound(place.tag, key);
+        }
+        std::uint32_t gap = nextGap(place.slot);
+        if (gap == block_->slots) {
+            relayout(Shape{block_->homes, block_->slots + (block_->slots - block_->homes) + 8,
+                           block_->maxSize});
+            place.slot = lowerBound(place.tag, key);
+            gap = nextGap(place.slot);
+        }
+        Block& block = *block_;
+        const auto [tag, slot] = place;
+        const std::uint64_t distance = block.distance + (gap - home(block, tag));
+        if (distance > crowdedMean * (block.size + 8U) && block.size >= block.retryCrowdedAt
+            && spread(distance)) {
+            place.slot = lowerBound(place.tag, key);
+            return insertNew(std::move(entry), place);
+        }
+        shiftRight(slot, gap);
+        std::construct_at(block.entries() + slot, std::move(entry));
+        block.tags()[slot] = tag;
+        block.distance = distance;
+        block.first = std::min(block.first, slot);
+        ++block.size;
+        return block.entries() + slot;
+    }
+
+  private:
+    static constexpr std::uint64_t crowdedMean = 8;
+    static constexpr std::uint64_t roomyMean = 4;
+    static constexpr std::uint32_t maxHomesPerEntry = 128;
+    static constexpr std::uint32_t denseSize = 8;
+    static constexpr std::uint32_t endTag = 0xFFFFFFFF;
+
+    struct Shape {
+        std::uint32_t homes;
+        std::uint32_t slots;
+        std::uint32_t maxSize;
+    };
+
+    /// Header of the allocation. Behind it lie slots + 1 tags (0: empty; the last one is endTag and
+    /// stops every scan) and slots entries.
+    struct Block {
+        std::uint32_t homes;
+        std::uint32_t slots;
+        std::uint32_t maxSize;
+        std::uint32_t size;
+        std::uint32_t first;          ///< no entry lies before this slot
+        std::uint32_t shrinkBelow;    ///< size under which shrinking is tried
+        std::uint32_t retryCrowdedAt; ///< size from which growing may help against crowding again
+        std::uint64_t distance;       ///< sum of all entries' slot minus home
+
+        std::uint32_t* tags() { return reinterpret_cast<std::uint32_t*>(this + 1); }
+        T* entries() {
+            return reinterpret_cast<T*>(reinterpret_cast<std::byte*>(this) + entriesOffset(slots));
+        }
+    };
+
+    static constexpr std::size_t alignment = std::max(alignof(Block), alignof(T));
+
+    static constexpr std::size_t entriesOffset(std::size_t slots) {
+        const std::size_t end = sizeof(Block) + (slots + 1) * sizeof(std::uint32_t);
+        return (end + alignof(T) - 1) / alignof(T) * alignof(T);
+    }
+    static constexpr std::size_t bytesFor(std::size_t slots) {
+        return entriesOffset(slots) + slots * sizeof(T);
+    }
+
+    static std::uint32_t home(const Block& block, std::uint32_t tag) {
+        return static_cast<std::uint32_t>((std::uint64_t{tag} * block.homes) >> 32);
+    }
+
+    /// A table for at least `size` entries. Small ones are plain sorted arrays, packed full.
+    static Shape shapeFor(std::uint64_t size) {
+        if (size <= denseSize) {
+            const auto slots = std::bit_ceil(std::max(static_cast<std::uint32_t>(size), 2U));
+            return Shape{1, slots, slots};
+        }
+        const std::uint64_t homes = size + size / 4 + 1;
+        const std::uint64_t slack = std::clamp<std::uint64_t>(homes / 16, 4, 128);
+        ORB_ASSERT(homes + slack < endTag, "HashTable::slots < 2^32 - 1");
+        return Shape{static_cast<std::uint32_t>(homes), static_cast<std::uint32_t>(homes + slack),
+                     static_cast<std::uint32_t>(size)};
+    }
+
+    static Block* allocate(const Shape& shape) {
+        return format(::operator new(bytesFor(shape.slots), std::align_val_t(alignment)), shape);
+    }
+
+    static Block* format(void* memory, const Shape& shape) {
+        auto* block = std::construct_at(static_cast<Block*>(memory));
+        *block = Block{shape.homes, shape.slots, shape.maxSize, 0, shape.slots, 0, 0, 0};
+        block->shrinkBelow = shape.maxSize > denseSize ? shape.maxSize / 8 : 0;
+        std::memset(block->tags(), 0, std::size_t{shape.slots} * sizeof(std::uint32_t));
+        block->tags()[shape.slots] = endTag;
+        return block;
+    }
+
+    static void release(Block* block) noexcept {
+        ::operator delete(static_cast<void*>(block), std::align_val_t(alignment));
+    }
+
+    static void destroy(Block* block) noexcept {
+        if (block == nullptr) {
+            return;
+        }
+        if constexpr (!std::is_trivially_destructible_v<T>) {
+            for (std::uint32_t slot = block->first; slot < block->slots; ++slot) {
+                if (block->tags()[slot] != 0) {
+                    std::destroy_at(block->entries() + slot);
+                }
+            }
+        }
+        release(block);
+    }
+
+    template <typename Element>
+    BasicIterator<Element> iteratorAt(std::uint32_t slot) const {
+        if (block_ == nullptr) {
+            return {};
+        }
+        return {block_->tags() + slot, block_->entries() + slot};
+    }
+
+    std::uint32_t slots() const { return block_ == nullptr ? 0 : block_->slots; }
+
+    T* entryAt(std::uint32_t slot) const {
+        return slot == slots() ? nullptr : block_->entries() + slot;
+    }
+
+    /// First occupied slot at or behind `slot`, or the number of slots.
+    std::uint32_t occupiedFrom(std::uint32_t slot) const {
+        const std::uint32_t* tags = block_->tags();
+        while (tags[slot] == 0) {
+            ++slot;
+        }
+        return slot;
+    }
+
+    std::uint32_t firstSlot() const {
+        if (block_ == nullptr) {
+            return 0;
+        }
+        // Remembered, so that draining from the front does not scan the drained part every time.
+        return block_->first = occupiedFrom(block_->first);
+    }
+
+    /// First slot at or behind the tag's home that is empty or holds a tag not below it.
+    std::uint32_t tagBound(std::uint32_t tag) const {
+        const std::uint32_t* tags = block_->tags();
+        std::uint32_t slot = home(*block_, tag);
+        while (tags[slot] - 1 < tag - 1) { // an empty slot's 0 becomes the largest value
+            ++slot;
+        }
+        return slot;
+    }
+
+    /// The part of a key's hash that the table goes by.
+    static std::uint32_t tagOf(const Key& key) {
+        const auto top = static_cast<std::uint32_t>(hashOf(key) >> 32);
+        return std::clamp(top, std::uint32_t{1}, endTag - 1);
+    }
+
+    bool isAt(const Place& place, const Key& key) const {
+        return block_->tags()[place.slot] == place.tag
+               && KeyOf()(block_->entries()[place.slot]) == key;
+    }
+
+    T* lookUp(const Key& key) const {
+        const std::uint32_t tag = tagOf(key);
+        const std::uint32_t* tags = block_->tags();
+        for (std::uint32_t slot = tagBound(tag); tags[slot] == tag; ++slot) {
+            T* entry = block_->entries() + slot;
+            if (KeyOf()(*entry) == key) {
+                return entry;
+            }
+        }
+        return nullptr;
+    }
+
+    std::uint32_t lowerBound(std::uint32_t tag, const Key& key) const {
+        std::uint32_t slot = tagBound(tag);
+        while (block_->tags()[slot] == tag && KeyOf()(block_->entries()[slot]) < key) {
+            ++slot;
+        }
+        return slot;
+    }
+
+    std::uint32_t slotBehind(const Key& key, bool skipEqual) const {
+        if (block_ == nullptr) {
+            return 0;
+        }
+        const Place place = placeOf(key);
+        return occupiedFrom(skipEqual && isAt(place, key) ? place.slot + 1 : place.slot);
+    }
+
+    std::uint32_t nextGap(std::uint32_t slot) const {
+        const std::uint32_t* tags = block_->tags();
+        while (tags[slot] != 0 && tags[slot] != endTag) {
+            ++slot;
+        }
+        return slot;
+    }
+
+    static void relocate(T* from, T* to) noexcept {
+        std::construct_at(to, std::move(*from));
+        std::destroy_at(from);
+    }
+
+    void shiftRight(std::uint32_t slot, std::uint32_t gap) {
+        T* entries = block_->entries();
+        std::uint32_t* tags = block_->tags();
+        if constexpr (std::is_trivially_copyable_v<T>) {
+            std::memmove(static_cast<void*>(entries + slot + 1), entries + slot,
+                         (gap - slot) * sizeof(T));
+        } else {
+            for (std::uint32_t to = gap; to > slot; --to) {
+                relocate(entries + to - 1, entries + to);
+            }
+        }
+        std::memmove(tags + slot + 1, tags + slot, (gap - slot) * sizeof(*tags));
+    }
+
+    /// Moves the entries behind an emptied slot back towards their homes.
+    void closeGap(std::uint32_t slot) {
+        Block& block = *block_;
+        T* entries = block.entries();
+        std::uint32_t* tags = block.tags();
+        block.distance -= slot - home(block, tags[slot]);
+        std::uint32_t end = slot + 1;
+        while (tags[end] != 0 && tags[end] != endTag && home(block, tags[end]) < end) {
+            ++end;
+        }
+        const std::uint32_t moved = end - slot - 1;
+        if constexpr (std::is_trivially_copyable_v<T>) {
+            std::memmove(static_cast<void*>(entries + slot), entries + slot + 1, moved * sizeof(T));
+        } else {
+            for (std::uint32_t to = slot; to < slot + moved; ++to) {
+                relocate(entries + to + 1, entries + to);
+            }
+        }
+        std::memmove(tags + slot, tags + slot + 1, moved * sizeof(*tags));
+        tags[end - 1] = 0;
+        block.distance -= moved;
+        --block.size;
+        if (block.size == 0) {
+            release(std::exchange(block_, nullptr));
+        } else if (block.size < block.shrinkBelow) {
+            shrink();
+        }
+    }
+
+    void grow() {
+        const std::uint64_t size = block_ == nullptr ? 0 : block_->maxSize;
+        relayout(shapeFor(size < denseSize ? size * 2 : size + size / 2));
+    }
+
+    /// Sum of distances that the present entries would have with that many homes.
+    std::uint64_t distanceWith(std::uint32_t homes) const {
+        const std::uint32_t* tags = block_->tags();
+        std::uint64_t distance = 0;
+        std::uint32_t next = 0;
+        for (std::uint32_t slot = firstSlot(), left = block_->size; left > 0; ++slot) {
+            if (tags[slot] != 0) {
+                const auto at =
+                    static_cast<std::uint32_t>((std::uint64_t{tags[slot]} * homes) >> 32);
+                next = std::max(next, at);
+                distance += next - at;
+                ++next;
+                --left;
+            }
+        }
+        return distance;
+    }
+
+    /// Grows until the entries lie close to their homes, if that can be had for a reasonable number
+    /// of slots; with equal hashes, it cannot. Returns whether the table was laid out anew.
+    bool spread(std::uint64_t distance) {
+        const std::uint64_t limit =
+            std::min<std::uint64_t>(std::uint64_t{block_->size} * maxHomesPerEntry, endTag / 2);
+        for (std::uint64_t size = std::uint64_t{block_->maxSize} * 2; size <= limit; size *= 2) {
+            const Shape shape = shapeFor(size);
+            if (distanceWith(shape.homes) < std::min(distance, roomyMean * block_->size)) {
+                relayout(shape);
+                return true;
+            }
+        }
+        block_->retryCrowdedAt = block_->size * 2;
+        return false;
+    }
+
+    void shrink() noexcept {
+        const Shape shape = shapeFor(std::uint64_t{block_->size} * 2);
+        void* memory = nullptr;
+        if (shape.slots < block_->slots && distanceWith(shape.homes) <= roomyMean * block_->size) {
+            memory =
+                ::operator new(bytesFor(shape.slots), std::align_val_t(alignment), std::nothrow);
+        }
+        if (memory == nullptr || !moveInto(format(memory, shape))) {
+            block_->shrinkBelow = block_->size / 4;
+        }
+    }
+
+    void relayout(Shape shape) {
+        Block* target = allocate(shape);
+        if (block_ == nullptr) {
+            block_ = target;
+            return;
+        }
+        while (!moveInto(target)) {
+            shape.slots += shape.slots - shape.homes + 8;
+            target = allocate(shape);
+        }
+    }
+
+    /// Moves all entries to an empty block in one pass. False, with nothing moved and the block
+    /// given back, when its slots behind the last home do not suffice.
+    bool moveInto(Block* target) noexcept {
+        std::uint32_t* from = block_->tags();
+        std::uint32_t* to = target->tags();
+        // First the tags alone, to see where the entries go.
+        std::uint32_t next = 0;
+        for (std::uint32_t slot = firstSlot(), left = block_->size; left > 0; ++slot) {
+            if (from[slot] != 0) {
+                const std::uint32_t at = home(*target, from[slot]);
+                next = std::max(next, at);
+                if (next >= target->slots) {
+                    release(target);
+                    return false;
+                }
+                to[next] = from[slot];
+                target->distance += next - at;
+                ++next;
+                --left;
+            }
+        }
+        moveEntries(target);
+        target->size = block_->size;
+        release(std::exchange(block_, target));
+        return true;
+    }
+
+    void moveEntries(Block* target) noexcept {
+        T* source = block_->entries();
+        T* destination = target->entries();
+        std::uint32_t slot = block_->first;
+        std::uint32_t next = 0;
+        for (std::uint32_t left = block_->size; left > 0; --left, ++slot, ++next) {
+            slot = occupiedFrom(slot);
+            while (target->tags()[next] == 0) {
+                ++next;
+            }
+            target->first = std::min(target->first, next);
+            relocate(source + slot, destination + next);
+        }
+    }
+
+    Block* block_ = nullptr;
+};
+
+} // namespace Orb
