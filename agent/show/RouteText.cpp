@@ -7,21 +7,11 @@ namespace Agent {
 using Routing::Fib::RouteType;
 
 std::string routeTypeText(RouteType type) {
-    switch (type) {
-    case RouteType::receive:
-        return "1 receive";
-    case RouteType::attachedHost:
-        return "2 attached-host";
-    case RouteType::receiveBroadcast:
-        return "3 receive-broadcast";
-    case RouteType::dropDirectedBroadcast:
-        return "4 drop-broadcast";
-    case RouteType::connected:
-        return "11 connected";
-    case RouteType::unset:
-        break;
+    std::string text = std::to_string(static_cast<unsigned>(type));
+    if (const std::string_view name = Routing::DirectNet::routeTypeName(type); !name.empty()) {
+        text.append(" ").append(name);
     }
-    return std::to_string(static_cast<unsigned>(type));
+    return text;
 }
 
 TextTable routeTable(Lanx::AddressFamily af, bool anyLeaked) {
