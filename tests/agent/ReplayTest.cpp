@@ -31,7 +31,7 @@ TEST(Replay, ScenariosEndInTheExpectedStates) {
     EXPECT_GT(scenarios, 0);
 }
 
-TEST(Replay, RefusesABadLineByFileLineAndPointerAndKeepsWhatWasPrinted) {
+TEST(Replay, BadLineIsRefusedByFileLineAndPointerAndWhatWasPrintedStands) {
     const std::string good = R"({"at":1,"set":{"vrfs":{"default":{"id":0}}}})"
                              "\n\n"
                              R"({"show":"before"})"
@@ -74,7 +74,7 @@ TEST(Replay, ManyLinesInOneMomentMakeOneState) {
     EXPECT_EQ(state["viaSets"], 4);
 }
 
-TEST(Replay, PrintsAlignedTablesForPeople) {
+TEST(Replay, TablesForPeopleAreAligned) {
     const ProgramRun run = runProgram(
         "replay -",
         R"({"set":{"vrfs":{"default":{"id":0}},"kernel":{"default":{"Ethernet1":{},"e\u001b":{}}},)"
@@ -96,7 +96,7 @@ vias 2 ipv4, 0 ipv6; via sets 8
 )");
 }
 
-TEST(CommandLine, AnswersWithTheRightExitStatus) {
+TEST(CommandLine, ErrorsHaveTheRightExitStatus) {
     const struct {
         const char* arguments;
         int status;
