@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "agent/replay/Replay.h"
-#include "agent/show/JsonPrinter.h"
+#include "agent/topics/StatePrinter.h"
 #include "tests/agent/Program.h"
 #include "tests/agent/RandomPatches.h"
 
@@ -68,8 +68,8 @@ std::vector<json> states(const std::vector<json>& lines) {
         scenario << line.dump() << '\n';
     }
     std::stringstream printed;
-    Agent::JsonPrinter printer(printed);
-    Agent::Replay("scenario", *scenario.rdbuf(), printer).run();
+    const auto printer = Agent::makeStateDocuments(printed);
+    Agent::Replay("scenario", *scenario.rdbuf(), *printer).run();
     std::vector<json> read;
     for (std::string line; std::getline(printed, line);) {
         json state = json::parse(line);
