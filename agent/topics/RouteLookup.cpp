@@ -6,7 +6,6 @@
 namespace Agent {
 
 using Lanx::AddressFamily;
-using Routing::DirectNet::IntfViaSetKey;
 using Routing::DirectNet::IntfViaSetKeyStatus;
 using Routing::Rib::ViaSetKey;
 using Vrf::VrfIdMap::VrfId;
@@ -15,25 +14,7 @@ namespace {
 
 /// Which of the interface's via sets the key names; empty if none.
 std::string_view nameAmong(const IntfViaSetKeyStatus& status, Lanx::IntfId intfId, ViaSetKey key) {
-    const IntfViaSetKey keys = status.intfViaSetKey(intfId);
-    if (!keys) {
-        return {};
-    }
-    if (key == keys.viaSetKey()) {
-        return "connected";
-    }
-    if (key == keys.rxViaSetKey()) {
-        return "receive";
-    }
-    if (status.af() == AddressFamily::ipv4) {
-        if (key == keys.rxBcastViaSetKey()) {
-            return "receive-broadcast";
-        }
-        if (key == keys.directedBcastViaSetKey()) {
-            return "directed-broadcast";
-        }
-    }
-    return {};
+    return Routing::DirectNet::viaSetName(status.intfViaSetKey(intfId), key);
 }
 
 } // namespace

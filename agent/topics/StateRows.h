@@ -81,7 +81,7 @@ struct VrfRow {
 
 struct RouteRow {
     Lanx::IpGenPrefix prefix;
-    Routing::Fib::RouteType type = Routing::Fib::RouteType::unset;
+    Routing::Fib::RouteType type = {};
     Lanx::IntfId intf; // the empty one where the tables lack a record on the way to it
     NameOrNull via;    // which of the interface's via sets
     std::optional<NameOrNull> sourceVrf; // of a leaked route; null if no VRF has the id

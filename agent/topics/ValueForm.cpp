@@ -1,5 +1,7 @@
 #include "agent/topics/ValueForm.h"
 
+#include "directnet/backlog/RouteKinds.h"
+
 namespace Agent {
 
 using Routing::Fib::RouteType;
@@ -38,22 +40,11 @@ void ValueForm<Lanx::IntfId>::write(JsonWriter& out, Lanx::IntfId value) {
 }
 
 std::string ValueForm<RouteType>::text(RouteType value) {
-    const std::string number = std::to_string(static_cast<unsigned>(value));
-    switch (value) {
-    case RouteType::receive:
-        return number + " receive";
-    case RouteType::attachedHost:
-        return number + " attached-host";
-    case RouteType::receiveBroadcast:
-        return number + " receive-broadcast";
-    case RouteType::dropDirectedBroadcast:
-        return number + " drop-broadcast";
-    case RouteType::connected:
-        return number + " connected";
-    case RouteType::unset:
-        break;
+    std::string text = std::to_string(static_cast<unsigned>(value));
+    if (const std::string_view name = Routing::DirectNet::routeTypeName(value); !name.empty()) {
+        text.append(" ").append(name);
     }
-    return number;
+    return text;
 }
 
 } // namespace Agent
