@@ -176,6 +176,18 @@ TEST_F(BacklogDrainTest, PrefixIsQueuedOnlyAfterItsEmptiedSetLeftTheIndex) {
     EXPECT_EQ(seen, (std::vector<std::string>{"queued", "index"}));
 }
 
+TEST_F(BacklogDrainTest, AddressesThatGoDuringADrainGetNoRoutesAnyMore) {
+    addHosts(3);
+    int changes = 0;
+    const auto outsider =
+        Orb::makePtr<Outsider>(harness.root().ipv4AllVrfRouteConfig(), [&](Orb::AttributeId) {
+            ++changes;
+            harness.ipv4Del("default", "Et1");
+        });
+    harness.settle();
+    EXPECT_EQ(changes, 2); // one route came and went
+}
+
 // The last reference goes; while its via sets are deleted, the interface gets an address again.
 TEST_F(BacklogDrainTest, NewAddressGoesThroughViaSetsThatAreBeingDeleted) {
     for (const bool onViaSets : {true, false}) {

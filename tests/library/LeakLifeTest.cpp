@@ -13,6 +13,8 @@
 namespace Routing::DirectNet {
 namespace {
 
+using VrfId = ::Vrf::VrfIdMap::VrfId;
+
 /// VRF A, id 1, leaks 10.0.0.0/24 into VRF B, id 2, as far as each of them is there.
 class LeakLifeTest : public testing::Test {
   protected:
@@ -42,22 +44,59 @@ TEST_F(LeakLifeTest, ReviewPendingWhenItsSourceGoesMeetsViaSetsThatAreGone) {
     EXPECT_ROUTES(harness, "B", {});
 }
 
-// A contributor need not have a machine that withdraws it in time.
-TEST_F(LeakLifeTest, LeakedRouteOutlivesTheBacklogThatItCameFrom) {
+// Also what no machine of the VRF would withdraw, when its backlog goes.
+TEST_F(LeakLifeTest, MachineThatComesLateFollowsWhatIsThere) {
+    using Lanx::IpGenPrefix;
+    const Lanx::IntfId et1("Et1");
+    const auto prefix = IpGenPrefix::fromString("10.0.0.0/24");
+    const auto address = Lanx::IpGenAddrWithMask::fromString("10.0.0.1/24");
+    const auto config = harness.root().intfViaSetConfig();
+    const auto backlogs = Orb::makePtr<IntfBacklogByVrf>();
+    const Orb::Ptr<IntfBacklog> source(backlogs->intfBacklogIs(L3::VrfName("A"), VrfId(1)));
+    const Orb::Ptr<IntfBacklog> dest(backlogs->intfBacklogIs(L3::VrfName("B"), VrfId(2)));
+    IntfViaSetKeyStatus& status = *source->intfViaSetKeyStatus4();
+    const IntfViaSetKey key = config->findOrCreateViaSetKey(et1, VrfId(1), status);
+    const auto contribute = [&] {
+        source->addToIntfIdsByPrefix(et1, prefix, address, Fib::RouteType::connected,
+                                     key.viaSetKey(), VrfId::invalid(), false);
+    };
+    const auto isLeaked = [&] { return dest->intfIdsByPrefix(address.hostPrefix()) != nullptr; };
+    const auto leaks = Orb::makePtr<DirectNetLeakLocalStatus>();
+    leaks->leakedRouteBySourceVrfIs(VrfId(1))->destVrfIdIs(prefix, VrfId(2));
+    status.incIntfVskRefcount(et1);
+    contribute();
+    const auto sm = Orb::makePtr<ReceiveRouteLeakSm>(ReceiveRouteLeakSm::Arguments{
+        leaks, Orb::makePtr<DirectNetLeakLocalStatus>(), harness.scheduler, config, backlogs});
+    harness.settle();
+    EXPECT_TRUE(isLeaked());
+    source->delFromIntfIdsByPrefix(et1, prefix, address, Fib::RouteType::connected,
+                                   VrfId::invalid(), false);
+    EXPECT_FALSE(isLeaked());
+    contribute();
+    leaks->leakedRouteBySourceVrf(VrfId(1))->destVrfIdDel(prefix, VrfId(2));
+    EXPECT_FALSE(isLeaked());
+    leaks->leakedRouteBySourceVrf(VrfId(1))->destVrfIdIs(prefix, VrfId(2));
+    EXPECT_TRUE(isLeaked());
+    backlogs->intfBacklogDel(VrfId(1));
+    EXPECT_FALSE(isLeaked());
+    config->releaseViaSetKey(et1, status);
+    EXPECT_EQ(harness.viaSets(), 0U); // no other reference was left
+}
+
+TEST_F(LeakLifeTest, LeaksReplacedInTheMiddleOfADecisionAreFollowed) {
     addSource();
     addDest();
+    addInterface();
+    harness.secondary("A", "Et1", "10.0.9.1/24");
     addLeak();
-    const Orb::Ptr<IntfBacklog> source(&harness.backlog("A"));
-    const auto address = Lanx::IpGenAddrWithMask::fromString("10.0.0.1/24");
-    const IntfViaSetKey key = harness.root().intfViaSetConfig()->findOrCreateViaSetKey(
-        Lanx::IntfId("Et1"), source->vrfId(), *source->intfViaSetKeyStatus4());
-    source->intfViaSetKeyStatus4()->incIntfVskRefcount(Lanx::IntfId("Et1"));
-    source->addToIntfIdsByPrefix(Lanx::IntfId("Et1"), Lanx::IpGenPrefix::fromString("10.0.0.0/24"),
-                                 address, Fib::RouteType::connected, key.viaSetKey(),
-                                 ::Vrf::VrfIdMap::VrfId::invalid(), false);
     EXPECT_ROUTES(harness, "B", leaked);
-    harness.vrfIdDel("A");
-    EXPECT_ROUTES(harness, "B", {});
+    const auto outsider =
+        Orb::makePtr<Outsider>(harness.root().ipv4AllVrfRouteConfig(), [this](Orb::AttributeId) {
+            harness.leakDel(1);
+            harness.leak(1, "10.0.9.0/24", 2);
+        });
+    harness.secondary("A", "Et1", "10.0.8.1/24");
+    EXPECT_ROUTES(harness, "B", {{"10.0.9.1/32", 1, "Et1", "", "1"}});
 }
 
 // Every order in which five things come, each with every way in which they go.
@@ -130,9 +169,7 @@ class LeakReviewTest : public LeakLifeTest {
     /// One run of the review.
     void runOnce() { ASSERT_TRUE(harness.clock->runOne()); }
     const ReceiveRouteLeakSm& sm() const { return *harness.root().receiveRouteLeakSm(); }
-    bool suspended() const {
-        return sm().reviewBookmark().sourceVrfId() != ::Vrf::VrfIdMap::VrfId::invalid();
-    }
+    bool suspended() const { return sm().reviewBookmark().sourceVrfId() != VrfId::invalid(); }
     std::size_t leakedSoFar() const { return harness.backlog("B").intfIdsByPrefix().size(); }
 
     static constexpr int prefixes = 4;
@@ -149,24 +186,16 @@ TEST_F(LeakReviewTest, SuspendedReviewStartsOverOrSkips) {
     EXPECT_FALSE(suspended());
 }
 
-TEST_F(LeakReviewTest, ReviewAskedForInTheMiddleOfAPassIsLost) {
-    harness.vrfStatus("C", true);
-    for (int i = 0; i < prefixes; ++i) {
-        harness.leak(1, "10.1." + std::to_string(i) + ".0/24", 3);
-    }
-    harness.settle();
-    harness.scheduler->yieldPolicyIs([](const Kiln::TaskRun&) { return false; });
-    harness.vrfIdDel("B");
-    harness.vrfId("B", 2);
-    const Orb::Ptr<IntfBacklog> dest(&harness.backlog("B"));
-    const auto outsider = Orb::makePtr<Outsider>(dest, [this](Orb::AttributeId) {
-        if (leakedSoFar() == 2) {
-            harness.vrfId("C", 3);
-        }
-    });
+TEST_F(LeakReviewTest, ReviewAskedForInTheMiddleOfARunBeginsAtTheBeginning) {
+    auto outsider = Orb::makePtr<Outsider>(
+        Orb::Ptr<Orb::Entity>(&harness.backlog("B")),
+        [this](Orb::AttributeId) { harness.root().receiveRouteLeakSm()->scheduleReview(); });
+    runOnce();
+    EXPECT_EQ(leakedSoFar(), 1U);
+    EXPECT_FALSE(suspended());
+    outsider = nullptr;
     harness.settle();
     EXPECT_EQ(leakedSoFar(), 2U * prefixes);
-    EXPECT_EQ(harness.backlog("C").intfIdsByPrefix().size(), std::size_t{prefixes});
 }
 
 TEST_F(LeakReviewTest, NewLeakIsAddedMoreThanOnce) {
