@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <functional>
 #include <string>
 #include <vector>
@@ -25,17 +23,16 @@ class LeakLifeTest : public testing::Test {
         harness.device("default", "Et1");
         harness.address("A", "Et1", "10.0.0.1/24");
     }
-    void addTwin() { harness.virtualIp("A", "10.0.0.1/24", "Et1"); }
 
     LibraryHarness harness;
     const std::vector<RouteRow> leaked{{"10.0.0.1/32", 1, "Et1", "", "1"}};
 };
 
-TEST_F(LeakLifeTest, ReviewPendingWhenItsSourceGoesMeetsViaSetsThatAreGone) {
+TEST_F(LeakLifeTest, ReviewThatIsPendingWhenItsSourceGoesLeaksNothing) {
     harness.subnetRoutes(true);
     addSource();
     addInterface();
-    addTwin();
+    harness.virtualIp("A", "10.0.0.1/24", "Et1");
     harness.virtualIp("A", "10.0.0.9/24", "Et1");
     addLeak();
     harness.settle();
@@ -99,53 +96,23 @@ TEST_F(LeakLifeTest, LeaksReplacedInTheMiddleOfADecisionAreFollowed) {
     EXPECT_ROUTES(harness, "B", {{"10.0.9.1/32", 1, "Et1", "", "1"}});
 }
 
-// Every order in which five things come, each with every way in which they go.
-TEST_F(LeakLifeTest, RoutesDependOnTheOrderInWhichThingsComeAndGo) {
-    harness.device("default", "Et1");
+TEST_F(LeakLifeTest, VirtualAddressIsLeakedWhileItsInterfaceHasAnAddress) {
     harness.subnetRoutes(true);
-    enum : std::size_t { source, dest, leak, interface, twin };
-    struct Thing {
-        std::function<void()> comes, goes;
-        bool isThere = false;
-    };
-    std::array<Thing, 5> things{
-        {{[this] { addSource(); }, [this] { harness.vrfIdDel("A"); }},
-         {[this] { addDest(); }, [this] { harness.vrfIdDel("B"); }},
-         {[this] { addLeak(); }, [this] { harness.leakDel(1, "10.0.0.0/24", 2); }},
-         {[this] { addInterface(); }, [this] { harness.ipv4Del("A", "Et1"); }},
-         {[this] { addTwin(); }, [this] { harness.virtualIpDel("A", "10.0.0.1/24"); }}}};
-    const auto check = [&] {
-        if (things[dest].isThere) {
-            const bool isLeaked =
-                things[source].isThere && things[leak].isThere && things[interface].isThere;
-            EXPECT_ROUTES(harness, "B", isLeaked ? leaked : std::vector<RouteRow>());
-        }
-    };
-    std::array<std::size_t, 5> order{source, dest, leak, interface, twin};
-    do {
-        for (const bool settled : {false, true}) {
-            for (std::size_t first = 0; first < order.size(); ++first) {
-                const auto change = [&](std::size_t at, bool comes) {
-                    Thing& thing = things[order[at % order.size()]];
-                    comes ? thing.comes() : thing.goes();
-                    thing.isThere = comes;
-                    if (settled) {
-                        check();
-                    }
-                };
-                for (std::size_t i = 0; i < order.size(); ++i) {
-                    change(i, true);
-                }
-                check();
-                // Away in the order of coming, begun at each place.
-                for (std::size_t i = 0; i < order.size(); ++i) {
-                    change(first + i, false);
-                }
-                EXPECT_EQ(harness.leftovers(), "");
-            }
-        }
-        ASSERT_FALSE(HasFailure()) << testing::PrintToString(order);
-    } while (std::next_permutation(order.begin(), order.end()));
+    addSource();
+    addDest();
+    harness.virtualIp("A", "10.0.0.1/24", "Et1"); // twice, in the end
+    harness.virtualIp("A", "10.0.0.9/24", "Et1");
+    addLeak();
+    EXPECT_ROUTES(harness, "B", {});
+    addInterface();
+    EXPECT_ROUTES(harness, "B",
+                  {{"10.0.0.1/32", 1, "Et1", "", "1"}, {"10.0.0.9/32", 1, "Et1", "", "1"}});
+    harness.virtualIpDel("A", "10.0.0.1/24");
+    harness.virtualIpDel("A", "10.0.0.9/24");
+    EXPECT_ROUTES(harness, "B", leaked);
+    harness.virtualIp("A", "10.0.0.9/24", "Et1");
+    harness.ipv4Del("A", "Et1");
+    EXPECT_ROUTES(harness, "B", {});
 }
 
 /// A review that yields after every prefix.
@@ -175,7 +142,7 @@ class LeakReviewTest : public LeakLifeTest {
     static constexpr int prefixes = 4;
 };
 
-TEST_F(LeakReviewTest, SuspendedReviewStartsOverOrSkips) {
+TEST_F(LeakReviewTest, SuspendedReviewGoesOnWithTheNextPrefix) {
     std::size_t runs = 0;
     for (std::size_t before = 0; !sm().reviewedIpv6(); before = leakedSoFar()) {
         runOnce();
@@ -198,7 +165,7 @@ TEST_F(LeakReviewTest, ReviewAskedForInTheMiddleOfARunBeginsAtTheBeginning) {
     EXPECT_EQ(leakedSoFar(), 2U * prefixes);
 }
 
-TEST_F(LeakReviewTest, NewLeakIsAddedMoreThanOnce) {
+TEST_F(LeakReviewTest, NewLeakIsAddedOnce) {
     harness.settle();
     int added = 0;
     Ringlog::TraceHandle::sinkIs([&added](std::string_view line) {
@@ -214,7 +181,7 @@ TEST_F(LeakReviewTest, NewLeakIsAddedMoreThanOnce) {
     EXPECT_EQ(added, 1);
 }
 
-TEST_F(LeakReviewTest, BookmarkedPrefixThatGoesEndsTheReview) {
+TEST_F(LeakReviewTest, ReviewGoesOnBehindABookmarkedPrefixThatIsGone) {
     runOnce();
     ASSERT_TRUE(suspended());
     const std::string bookmarked = sm().reviewBookmark().genPrefix().toString();
