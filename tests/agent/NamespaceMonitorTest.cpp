@@ -223,7 +223,7 @@ TEST_F(NamespaceMonitorTest, MessagesOfOthersThanTheKernelAreIgnored) {
 }
 
 TEST_F(NamespaceMonitorTest, ChangesDuringAListingAreNeitherLostNorOverwritten) {
-    constexpr int addresses = 2000; // of IPv6, which is listed last
+    constexpr int addresses = 8000; // of IPv6, which is listed last
     std::string lines = "link add e1 type ifb\nlink set e1 up\naddr add 10.0.0.1/24 dev e1\n";
     for (int i = 0; i < addresses; ++i) {
         lines += "addr add fd00::" + std::to_string(i) + "/64 nodad dev e1\n";
