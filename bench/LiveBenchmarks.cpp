@@ -20,7 +20,6 @@
 #include <vector>
 
 #include "agent/device/AgentRoot.h"
-#include "agent/document/JsonText.h"
 #include "agent/linux/NamespaceView.h"
 #include "bench/Measure.h"
 #include "platform/orb/loop/ActivityManager.h"
@@ -29,9 +28,6 @@
 namespace Bench {
 
 namespace {
-
-using Agent::Linux::AddressMessage;
-using Agent::Linux::LinkMessage;
 
 /// Netlink messages one behind the other, as a socket gives them.
 class KernelMessages {
@@ -119,7 +115,9 @@ class KernelMessages {
 class LiveRig {
   public:
     LiveRig() {
-        inputs_.apply(readDevicePatch(Agent::parseJson(R"({"vrfs":{"default":{"id":0}}})")));
+        Agent::DevicePatch patch;
+        patch.vrfs.make()[L3::VrfName::defaultVrf()].make().id.make() = Vrf::VrfIdMap::VrfId(0);
+        inputs_.apply(patch);
     }
 
     /// Takes the messages in and runs the agent until it is at rest.
@@ -145,14 +143,11 @@ class LiveRig {
 
     // What only a listing could tell is no matter here.
     void take(const nlmsghdr& header) {
-        if (const auto link = LinkMessage::parse(header)) {
-            static_cast<void>(view_.apply(*link));
-        } else if (const auto address = AddressMessage::parse(header)) {
-            static_cast<void>(view_.apply(*address));
-        }
+        const auto message = Agent::Linux::parseRouteMessage(header);
+        std::visit([this](const auto& known) { static_cast<void>(view_.apply(known)); }, *message);
     }
 
-    void publish() { inputs_.apply(readDevicePatch(view_.takePatch())); }
+    void publish() { inputs_.apply(view_.takePatch()); }
 
     Orb::Ptr<Orb::Clock> clock_ = Orb::makePtr<Orb::SimulatedClock>();
     Orb::ActivityManager activityManager_{clock_};

@@ -1,6 +1,6 @@
 #include "agent/server/Answer.h"
 
-#include "agent/document/DocumentError.h"
+#include "agent/patch/DocumentError.h"
 #include "agent/server/BacklogAnswer.h"
 #include "agent/server/LeakAnswer.h"
 #include "agent/server/RouteAnswer.h"

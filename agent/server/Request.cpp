@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "agent/document/JsonText.h"
-#include "agent/document/Place.h"
 #include "agent/document/ValueReader.h"
+#include "agent/patch/DocumentPlace.h"
 
 namespace Agent {
 
@@ -21,7 +21,7 @@ constexpr std::array<std::pair<std::string_view, Kind>, 6> topics{{{"routes", Ki
                                                                    {"backlog", Kind::backlog},
                                                                    {"trace", Kind::trace}}};
 
-Kind readTopic(const nlohmann::json& json, const Place& place) {
+Kind readTopic(const nlohmann::json& json, const DocumentPlace& place) {
     const std::string& name = readString(json, place);
     for (const auto& [topic, kind] : topics) {
         if (name == topic) {
@@ -31,7 +31,7 @@ Kind readTopic(const nlohmann::json& json, const Place& place) {
     place.refuse("unknown topic");
 }
 
-int readLevel(const nlohmann::json& json, const Place& place) {
+int readLevel(const nlohmann::json& json, const DocumentPlace& place) {
     if (!json.is_number_integer() || json < -1 || json > 9) {
         place.refuse("must be a number from -1 to 9");
     }
@@ -42,14 +42,14 @@ int readLevel(const nlohmann::json& json, const Place& place) {
 
 Request readRequest(std::string_view line) {
     const nlohmann::json json = parseJson(line);
-    const Place root;
+    const DocumentPlace root;
     if (!json.is_object()) {
         root.refuse("must be an object");
     }
     Request request;
     int kinds = 0;
     for (const auto& item : json.items()) {
-        const Place place(root, item.key());
+        const DocumentPlace place(root, item.key());
         if (item.key() == "vrf") {
             request.vrf = readText<L3::VrfName>(readString(item.value(), place), place);
             continue;

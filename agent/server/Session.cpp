@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "agent/base/JsonString.h"
-#include "agent/document/DocumentError.h"
+#include "agent/patch/DocumentError.h"
 #include "platform/ringlog/TraceHandle.h"
 
 namespace Agent {

@@ -7,16 +7,19 @@
 #include <vector>
 
 #include "agent/device/DeviceInputs.h"
-#include "agent/document/DocumentError.h"
+#include "agent/document/DevicePatchReader.h"
 #include "agent/document/JsonText.h"
-#include "agent/run/MergeDiff.h"
+#include "agent/patch/DocumentError.h"
+#include "agent/patch/Merge.h"
 #include "platform/orb/attribute/DeclaredAttributes.h"
 #include "platform/orb/loop/SimulatedClock.h"
+#include "tests/agent/PatchJson.h"
 
 namespace Agent {
 namespace {
 
 using nlohmann::json;
+using TestSupport::PatchJson;
 
 std::unique_ptr<DeviceInputs> makeInputs() {
     return std::make_unique<DeviceInputs>(
@@ -86,13 +89,13 @@ json contents(const DeviceInputs& inputs) {
 }
 
 /// Where a device document can hold something: the keys on the way there, and what may be there.
-struct Place {
+struct Spot {
     std::vector<std::vector<std::string>> keys;
     std::vector<json> values;
 };
 
 /// A small world, so that patches on it often meet.
-std::vector<Place> placesOfASmallWorld() {
+std::vector<Spot> spotsOfASmallWorld() {
     const std::vector<std::string> vrf{"default", "red", "blue"};
     const std::vector<std::string> netns{"default", "ns-red"};
     const std::vector<std::string> intf{"e1", "e2", "Loopback0"};
@@ -129,14 +132,14 @@ class RandomPatches {
     json next() {
         json patch = json::object();
         for (auto count = 1 + below(6); count > 0; --count) {
-            const Place& place = oneOf(places_);
+            const Spot& spot = oneOf(spots_);
             const bool removal = below(6) == 0;
-            const auto depth = removal ? 1 + below(place.keys.size()) : place.keys.size();
+            const auto depth = removal ? 1 + below(spot.keys.size()) : spot.keys.size();
             json* at = &patch;
             for (std::size_t key = 0; key < depth; ++key) {
-                at = &(*at)[oneOf(place.keys[key])];
+                at = &(*at)[oneOf(spot.keys[key])];
             }
-            *at = removal ? json() : oneOf(place.values);
+            *at = removal ? json() : oneOf(spot.values);
         }
         return patch;
     }
@@ -148,7 +151,7 @@ class RandomPatches {
         return choices[below(choices.size())];
     }
 
-    const std::vector<Place> places_ = placesOfASmallWorld();
+    const std::vector<Spot> spots_ = spotsOfASmallWorld();
     std::mt19937 engine_;
 };
 
@@ -157,6 +160,7 @@ TEST(DeviceInputs, PatchesLeadWhereTheMergedDocumentLeads) {
         RandomPatches random(seed);
         const auto inputs = makeInputs();
         json document = json::object();
+        DevicePatch typed; // the same document
         for (int step = 0; step < 60; ++step) {
             const json patch = random.next();
             const json before = contents(*inputs);
@@ -167,18 +171,21 @@ TEST(DeviceInputs, PatchesLeadWhereTheMergedDocumentLeads) {
                 ASSERT_EQ(contents(*inputs), before) << "seed " << seed << ' ' << patch;
                 continue;
             }
-            json moved = document;
             document.merge_patch(patch);
-            moved.merge_patch(mergeDiff(moved, document));
-            ASSERT_EQ(moved, document) << "seed " << seed << ' ' << patch;
+            const DevicePatch typedAfter = merged(typed, readDevicePatch(patch));
+            ASSERT_EQ(PatchJson::of(typedAfter), document) << "seed " << seed << ' ' << patch;
+            const DevicePatch way = difference(typed, typedAfter);
+            ASSERT_EQ(PatchJson::of(merged(typed, way)), document)
+                << "seed " << seed << ' ' << patch;
+            ASSERT_TRUE(isEmpty(difference(typedAfter, typedAfter)));
+            typed = typedAfter;
             const auto atOnce = makeInputs();
             patchWith(*atOnce, document);
             ASSERT_EQ(contents(*inputs), contents(*atOnce))
                 << "seed " << seed << " step " << step << ' ' << patch << "\n"
                 << document;
         }
-        patchWith(*inputs, parseJson(R"({"vrfs":null,"kernel":null,"ipv4":null,"ipv6":null,
-            "virtualIps":null,"leaks":null,"ribWaits":null,"startReadyVerification":null})"));
+        inputs->apply(difference(typed, DevicePatch()));
         EXPECT_EQ(contents(*inputs), contents(*makeInputs())) << "seed " << seed;
     }
 }
