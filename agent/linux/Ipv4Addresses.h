@@ -8,6 +8,8 @@
 #include <optional>
 #include <unordered_map>
 
+#include "platform/orb/value/Hash.h"
+
 namespace Agent::Linux {
 
 /// The IPv4 addresses of one link, in as much of the kernel's order as decides which is primary.

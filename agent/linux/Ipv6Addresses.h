@@ -5,6 +5,8 @@
 #include <optional>
 #include <unordered_map>
 
+#include "platform/orb/value/Hash.h"
+
 namespace Agent::Linux {
 
 /// The IPv6 addresses of one link. The kernel has an address once a link, whatever its length. An

@@ -37,8 +37,10 @@ bool LinkMessage::fitsIpv6() const { return mtu >= leastIpv6Mtu; }
 KernelDevicePatch LinkMessage::device() const {
     // Packets pass while the link is administratively up and has carrier.
     const bool running = (flags & IFF_UP) != 0 && (flags & IFF_RUNNING) != 0;
-    return {.device = Edit<std::string>::to(std::string(name.name())),
-            .running = Edit<bool>::to(running)};
+    KernelDevicePatch device;
+    device.device.make() = name.name();
+    device.running.make() = running;
+    return device;
 }
 
 std::optional<LinkMessage> LinkMessage::parse(const nlmsghdr& header) {

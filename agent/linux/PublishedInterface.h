@@ -6,6 +6,7 @@
 
 #include "agent/linux/LinkModel.h"
 #include "agent/patch/DevicePatch.h"
+#include "platform/orb/value/Hash.h"
 
 namespace Agent::Linux {
 

@@ -143,10 +143,11 @@ void LiveDevice::apply(NamespaceFollower& follower, DevicePatch patch) {
 void LiveDevice::publish(const NamespaceFollower& follower, DevicePatch& patch) {
     const VrfOption& vrf = follower.vrf();
     VrfPatch& entry = patch.vrfs.make()[vrf.vrf].make();
-    entry.id = Edit<VrfIds::VrfId>::to(ids_.idOf(vrf.vrf));
+    entry.id.make() = ids_.idOf(vrf.vrf);
     if (vrf.vrf != L3::VrfName::defaultVrf()) {
-        entry.status = Edit<VrfStatusPatch>::to(
-            {.active = Edit<bool>::to(true), .netns = Edit<Lanx::NamespaceName>::to(vrf.netns)});
+        VrfStatusPatch& status = entry.status.make();
+        status.active.make() = true;
+        status.netns.make() = vrf.netns;
     }
 }
 
