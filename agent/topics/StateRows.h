@@ -81,7 +81,7 @@ struct VrfRow {
 
 struct RouteRow {
     Lanx::IpGenPrefix prefix;
-    Routing::Fib::RouteType type = Routing::Fib::RouteType::unset;
+    Routing::Fib::RouteType type = {};
     Lanx::IntfId intf; // the empty one where the tables lack a record on the way to it
     NameOrNull via;    // which of the interface's via sets
     std::optional<NameOrNull> sourceVrf; // of a leaked route; null if no VRF has the id
@@ -117,8 +117,8 @@ struct TotalsRow {
     }
 };
 
-/// Takes a state row by row: its time, then each VRF followed by its routes, then the totals. A
-/// state that is walked while the agent works has its VRFs by name and their routes in no order.
+/// Takes a state row by row: its time, then each VRF, by name, followed by its routes in any order,
+/// then the totals.
 class StateSink {
   public:
     virtual ~StateSink() = default;
