@@ -56,6 +56,11 @@ TEST(RootWatchers, MayStopTheRootAndLetGoOfItInTheMiddleOfAnything) {
             h.leak(5, "10.0.0.0/24", 6);
             addRed(h);
             h.virtualIp("red", "10.0.7.1/24", "Et1");
+            h.device("ns1", "Et2");
+            h.address("red", "Et2", "10.0.9.1/32");
+            h.settle();
+            h.secondary("red", "Et1", "10.0.9.1/32"); // and there the route moves
+            h.address("red", "Et2", "0.0.0.0/0");
             h.settle();
             h.vrfIdDel("red");
             h.vrfIdDel("blue");
