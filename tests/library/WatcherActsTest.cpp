@@ -139,7 +139,7 @@ TEST(BacklogWatchers, WatchersMayWithdrawWhatIsBeingWritten) {
     EXPECT_EQ(h.routes("red").size(), 3U);
 }
 
-TEST(BacklogWatchers, MayQueueBeforeTheBacklogHasItsMachine) {
+TEST(BacklogWatchers, WatchersMayQueueBeforeTheBacklogHasItsMachine) {
     LibraryHarness h;
     const auto backlogs = h.root().intfBacklogByVrf();
     const auto outsider = once(backlogs, [&] {
