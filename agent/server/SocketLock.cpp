@@ -17,7 +17,7 @@ constexpr mode_t mode = 0600;
 /// How often an agent that ends may take the file away just before it is locked.
 constexpr int attempts = 10;
 
-[[noreturn]] void fail(const std::string& path, const std::string& why) {
+[[noreturn]] void failToLock(const std::string& path, const std::string& why) {
     throw FailureError("socket " + path + ": " + why);
 }
 
@@ -29,7 +29,7 @@ SocketLock::SocketLock(const std::string& path) : name_(path + ".lock") {
             return;
         }
     }
-    fail(path, "is in use by agents that come and go");
+    failToLock(path, "is in use by agents that come and go");
 }
 
 SocketLock::~SocketLock() { ::unlink(name_.c_str()); }
@@ -40,13 +40,13 @@ bool SocketLock::take(const std::string& path) {
         name_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, mode));
     struct stat opened {};
     if (!file_ || ::fstat(file_.get(), &opened) != 0) {
-        fail(path, "cannot open " + name_ + ": " + std::strerror(errno));
+        failToLock(path, "cannot open " + name_ + ": " + std::strerror(errno));
     }
     if (!S_ISREG(opened.st_mode) || opened.st_uid != ::geteuid()) {
-        fail(path, name_ + " is no file of this user");
+        failToLock(path, name_ + " is no file of this user");
     }
     if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
-        fail(path, errno == EWOULDBLOCK ? "is in use by another agent" : std::strerror(errno));
+        failToLock(path, errno == EWOULDBLOCK ? "is in use by another agent" : std::strerror(errno));
     }
     struct stat named {};
     return ::lstat(name_.c_str(), &named) == 0 && named.st_dev == opened.st_dev
