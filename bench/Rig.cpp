@@ -40,8 +40,8 @@ void Rig::addVrf(std::size_t vrf) {
     const std::string number = std::to_string(vrf);
     const L3::VrfName name("vrf" + number);
     vrfs_[vrf].name = name;
-    const std::string netns = "ns-" + name.value();
-    const Orb::String path = Orb::format("kni/ns/%s/status", netns.c_str());
+    const Lanx::NamespaceName netns("ns-" + name.value());
+    const Orb::String path = Routing::DirectNet::MountPaths::kernelDevices(netns);
     OrbMemtab::Mount mount(inputs_.entityManager());
     mount.doMount(path, "KernelNetInfo::Status",
                   OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));

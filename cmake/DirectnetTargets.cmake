@@ -17,14 +17,15 @@ macro(directnet_sanitize sanitizers)
 endmacro()
 
 # In a unity build (CMAKE_UNITY_BUILD, set by the release and test presets) the sources of a folder
-# are compiled together, at most eight at a time: they include the same headers. Folders named behind
-# the sources keep theirs apart. A source's unnamed namespace is shared with its neighbours then, so
-# the trace unit that each names there gets a name of its own.
+# are compiled together, at most eight at a time: they include the same headers. Sources in the
+# folders that are named behind the sources are compiled by themselves: their unnamed namespaces use
+# the same names, such as that of the trace unit.
 function(directnet_unity target sources)
+  list(JOIN ARGN "|" apart)
   foreach(source IN LISTS sources)
     cmake_path(GET source PARENT_PATH folder)
     cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${PROJECT_SOURCE_DIR})
-    if(folder IN_LIST ARGN)
+    if(apart AND "${folder}/" MATCHES "^(${apart})/")
       continue()
     endif()
     string(MAKE_C_IDENTIFIER ${folder} group)
@@ -33,16 +34,7 @@ function(directnet_unity target sources)
     math(EXPR batch "${before} / 8")
     set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group}_${batch})
   endforeach()
-  set_target_properties(
-    ${target}
-    PROPERTIES UNITY_BUILD_MODE GROUP
-               UNITY_BUILD_UNIQUE_ID DIRECTNET_SOURCE
-               UNITY_BUILD_CODE_BEFORE_INCLUDE
-                 "#define DIRECTNET_JOINED(a, b) a##b\n\
-#define DIRECTNET_JOIN(a, b) DIRECTNET_JOINED(a, b)\n\
-#define directNetTraceUnit DIRECTNET_JOIN(directNetTraceUnit, DIRECTNET_SOURCE)"
-               UNITY_BUILD_CODE_AFTER_INCLUDE
-                 "#undef directNetTraceUnit\n#undef DIRECTNET_JOIN\n#undef DIRECTNET_JOINED")
+  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
   if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # The compiler takes a source that stands in another file for a header, and a name of a
     # neighbour for one that may be shadowed by mistake.

@@ -19,10 +19,21 @@ struct Inputs {
         : scheduler(Orb::makePtr<Kiln::TaskScheduler>(clock)) {}
 
     Orb::Ptr<DirectNet::RootSm> makeRoot() const {
-        return DirectNet::RootSm::RootSmIs(tables, scheduler, viaSets, ipv4, ipv6, virtualIps4,
-                                           virtualIps6, virtualIpAsReceiveRoute, vrfIds, vrfs,
-                                           interfaces, localInterfaces, ribWaits, ribReady,
-                                           grState);
+        return DirectNet::RootSm::RootSmIs({.entityManager = tables,
+                                            .scheduler = scheduler,
+                                            .viaSetConfig = viaSets,
+                                            .ipStatus = ipv4,
+                                            .ip6Status = ipv6,
+                                            .virtualIpStatus = virtualIps4,
+                                            .virtualIp6Status = virtualIps6,
+                                            .virtualIpAsReceiveRoute = virtualIpAsReceiveRoute,
+                                            .nameToIdMapWrapper = vrfIds,
+                                            .allVrfStatusLocal = vrfs,
+                                            .allIntfStatusDir = interfaces,
+                                            .allIntfStatusLocalDir = localInterfaces,
+                                            .allVrfRibReady = ribWaits,
+                                            .protoStatusDir = ribReady,
+                                            .grState = grState});
     }
 
     Orb::Ptr<Vaultdb::EntityManager> tables = Orb::makePtr<Vaultdb::EntityManager>();
@@ -49,7 +60,8 @@ struct Inputs {
 /// Publishes an interface of the default VRF: its kernel device and its primary address.
 void publish(const Inputs& inputs, Lanx::IntfId intfId, const Lanx::IpAddrWithMask& address) {
     // Kernel devices stand in a table per network namespace, which is found by its path.
-    const Orb::String path = "kni/ns/default/status";
+    const Orb::String path =
+        DirectNet::MountPaths::kernelDevices(Lanx::NamespaceName::defaultNamespace());
     OrbMemtab::Mount mount(inputs.tables);
     mount.doMount(path, KernelNetInfo::Status::orbTypeName,
                   OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));

@@ -8,7 +8,7 @@
 
 #include "directnet/backlog/IntfIdAndAddr.h"
 #include "directnet/backlog/IntfIdAndPrefix.h"
-#include "directnet/backlog/IntfViaSetKey.h"
+#include "directnet/backlog/RouteKinds.h"
 #include "platform/lanx/NamespaceName.h"
 #include "platform/routing/SourceVrfPrefix.h"
 #include "platform/virtualip/VrfIpPair.h"

@@ -1,6 +1,7 @@
 #include "agent/base/SocketAddress.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <sys/socket.h>
 
 #include "agent/base/Errors.h"
@@ -22,6 +23,12 @@ sockaddr_un socketAddress(const std::string& path) {
     }
     std::copy(path.begin(), path.end(), address.sun_path);
     return address;
+}
+
+int connectSocket(const FileDescriptor& file, const std::string& path) {
+    const sockaddr_un address = socketAddress(path);
+    const auto* generic = reinterpret_cast<const sockaddr*>(&address);
+    return ::connect(file.get(), generic, sizeof address) == 0 ? 0 : errno;
 }
 
 } // namespace Agent

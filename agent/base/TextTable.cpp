@@ -23,15 +23,23 @@ void TextTable::rowIs(Row row) {
 }
 
 void TextTable::print(std::ostream& out, const std::string& indent) const {
+    const std::size_t columns = usedColumns();
     for (const Row& row : rows_) {
         std::string line = indent;
-        for (std::size_t column = 0; column < row.size(); ++column) {
+        for (std::size_t column = 0; column < columns; ++column) {
             line += row[column];
             line.append(widths_[column] - row[column].size() + 2, ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
         out << line << '\n';
     }
+}
+
+std::size_t TextTable::usedColumns() const {
+    const std::size_t last = widths_.size() - 1;
+    const bool isUsed = std::any_of(rows_.begin() + 1, rows_.end(),
+                                    [&](const Row& row) { return !row[last].empty(); });
+    return isUsed ? last + 1 : last;
 }
 
 } // namespace Agent

@@ -12,7 +12,8 @@ namespace Agent {
 /// `text` so that it stays on one line and cannot steer a terminal.
 std::string printable(std::string_view text);
 
-/// A table for people: columns as wide as their widest cell, under a header.
+/// A table for people: columns as wide as their widest cell, under a header. A last column with
+/// nothing under its header is left out.
 class TextTable {
   public:
     using Row = std::vector<std::string>;
@@ -24,7 +25,9 @@ class TextTable {
     void print(std::ostream& out, const std::string& indent) const;
 
   private:
-    std::vector<Row> rows_;
+    std::size_t usedColumns() const;
+
+    std::vector<Row> rows_; // the header first
     std::vector<std::size_t> widths_;
 };
 

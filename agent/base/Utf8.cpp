@@ -1,5 +1,6 @@
 #include "agent/base/Utf8.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -37,23 +38,43 @@ bool secondFits(unsigned char lead, unsigned char second) {
     }
 }
 
+/// The length of the character that `text` begins with; 0 if there is none.
+std::size_t characterLength(std::string_view text) {
+    const auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const int rest = text.empty() ? -1 : followers(byteAt(0));
+    const std::size_t length = 1 + static_cast<std::size_t>(rest);
+    if (rest < 0 || length > text.size() || (rest > 0 && !secondFits(byteAt(0), byteAt(1)))) {
+        return 0;
+    }
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byteAt(i) & 0xc0) != 0x80) {
+            return 0;
+        }
+    }
+    return length;
+}
+
 } // namespace
 
 bool isUtf8(std::string_view text) {
-    auto byteAt = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    for (std::size_t i = 0; i < text.size();) {
-        int rest = followers(byteAt(i));
-        std::size_t end = i + 1 + static_cast<std::size_t>(rest);
-        if (rest < 0 || end > text.size() || (rest > 0 && !secondFits(byteAt(i), byteAt(i + 1)))) {
+    while (!text.empty()) {
+        const std::size_t length = characterLength(text);
+        if (length == 0) {
             return false;
         }
-        for (++i; i < end; ++i) {
-            if ((byteAt(i) & 0xc0) != 0x80) {
-                return false;
-            }
-        }
+        text.remove_prefix(length);
     }
     return true;
+}
+
+std::string withReplacements(std::string_view text) {
+    std::string result;
+    while (!text.empty()) {
+        const std::size_t length = characterLength(text);
+        result += length > 0 ? text.substr(0, length) : "\xef\xbf\xbd";
+        text.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return result;
 }
 
 std::string documentName(std::string_view text) {

@@ -8,6 +8,9 @@ namespace Agent {
 /// Whether `text` is well-formed UTF-8, and so may stand in a document.
 bool isUtf8(std::string_view text);
 
+/// The text with U+FFFD in the place of every byte that belongs to no character.
+std::string withReplacements(std::string_view text);
+
 /// The name as it stands in documents, UTF-8 and different for different names. Mostly that is the
 /// name itself. The kernel lets almost any byte into a name: in one that is not UTF-8, or that
 /// holds "\x" and so looks escaped, every backslash and every byte from 0x80 on becomes "\xHH".

@@ -1,9 +1,14 @@
 #include "agent/cli/Cli.h"
 
+#include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <map>
+#include <set>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <variant>
 
 #include "agent/base/Errors.h"
 #include "agent/cli/Commands.h"
@@ -40,44 +45,65 @@ ExitStatus parseAndRun(CLI::App& app, int argc, const char* const* argv) {
     return ExitStatus::fine;
 }
 
+/// Refuses values by a message of its own.
+CLI::Validator validatorOf(const Argument::Complaint& complaint) {
+    return {[complaint](const std::string& value) { return complaint(value); }, ""};
+}
+
+CLI::Option* addValue(CLI::App& app, const Argument& argument) {
+    return std::visit(
+        [&](auto* value) -> CLI::Option* {
+            if constexpr (std::is_same_v<decltype(value), bool*>) {
+                return app.add_flag(argument.name, *value, argument.help);
+            } else {
+                return app.add_option(argument.name, *value, argument.help);
+            }
+        },
+        argument.value);
+}
+
+void addChecks(CLI::Option& option, const Argument& argument) {
+    if (!argument.choices.empty()) {
+        option.check(
+            CLI::IsMember(std::set<std::string>(argument.choices.begin(), argument.choices.end())));
+    }
+    if (!argument.wordForLowest.empty()) {
+        option.transform(CLI::Transformer(
+            std::map<std::string, int>{{argument.wordForLowest, argument.range->first}}));
+    }
+    if (argument.range) {
+        option.check(CLI::Range(argument.range->first, argument.range->second));
+    }
+    if (argument.complaint) {
+        option.check(validatorOf(argument.complaint));
+    }
+}
+
+void addArgument(CLI::App& app, const Argument& argument) {
+    CLI::Option* option = addValue(app, argument);
+    option->required(argument.isRequired);
+    if (!argument.placeholder.empty()) {
+        option->option_text(argument.placeholder);
+    }
+    if (std::holds_alternative<std::vector<std::string>*>(argument.value)) {
+        option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    }
+    if (!argument.excludes.empty()) {
+        option->excludes(app.get_option(argument.excludes));
+    }
+    addChecks(*option, argument);
+}
+
+void addCommand(CLI::App& app, const Command& command) {
+    CLI::App* added = app.add_subcommand(command.name, command.description);
+    added->set_version_flag("--version", DIRECTNET_VERSION);
+    for (const Argument& argument : command.arguments) {
+        addArgument(*added, argument);
+    }
+    added->callback(command.run);
+}
+
 } // namespace
-
-CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& description) {
-    CLI::App* command = app.add_subcommand(name, description);
-    command->set_version_flag("--version", DIRECTNET_VERSION);
-    return command;
-}
-
-void addRingOption(CLI::App& command, std::string& path) {
-    command
-        .add_option("--ring", path,
-                    "Write the ring trace to FILE; %d becomes the process id, and /dev/null stands "
-                    "for none")
-        ->option_text("FILE")
-        ->check(notEmpty());
-}
-
-void report(const std::string& message) {
-    std::string line = "directnet: ";
-    Ringlog::appendPrintable(line, message);
-    writeErrorLine(line + '\n');
-}
-
-CLI::Validator notEmpty() {
-    return {[](const std::string& value) {
-                return std::string(value.empty() ? "must not be empty" : "");
-            },
-            ""};
-}
-
-void addSocketOption(CLI::App& command, std::string& path) {
-    command
-        .add_option("--socket", path,
-                    "Where the agent listens; by default /run/directnet.sock for root, else "
-                    "directnet.sock in the user's runtime folder")
-        ->option_text("PATH")
-        ->check(notEmpty());
-}
 
 int runCommandLine(int argc, const char* const* argv) {
     std::ios::sync_with_stdio(false);
@@ -85,13 +111,10 @@ int runCommandLine(int argc, const char* const* argv) {
     app.name("directnet");
     app.set_version_flag("--version", DIRECTNET_VERSION);
     app.require_subcommand(1);
-    registerRun(app);
-    registerShow(app);
-    registerWatch(app);
-    registerTrace(app);
-    registerReplay(app);
-    registerRinglog(app);
-    registerVipLog(app);
+    for (const auto& command : {runCommand, showCommand, watchCommand, traceCommand, replayCommand,
+                                ringlogCommand, vipLogCommand}) {
+        addCommand(app, command());
+    }
 
     ExitStatus status = ExitStatus::failure;
     try {

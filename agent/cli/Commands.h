@@ -1,33 +1,30 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
+
+#include "agent/cli/Command.h"
 
 namespace Agent {
 
-/// Adds a command with the options that every command has.
-CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& description);
+// The commands, each in a source of its own.
+Command replayCommand();
+Command ringlogCommand();
+Command runCommand();
+Command showCommand();
+Command traceCommand();
+Command vipLogCommand();
+Command watchCommand();
 
 /// Refuses an empty value, such as that of a shell variable which is not set.
-CLI::Validator notEmpty();
+std::string complaintIfEmpty(const std::string& value);
 
-/// Adds the option that says where the running agent listens.
-void addSocketOption(CLI::App& command, std::string& path);
-
-/// Adds the option that says where the ring trace goes.
-void addRingOption(CLI::App& command, std::string& path);
+// Arguments that several commands have.
+Argument ringOption(std::string& path);   ///< where the ring trace goes
+Argument socketOption(std::string& path); ///< where the running agent listens
+Argument traceOption(int& level);         ///< the text trace of an agent that is started
+Argument vipLogOption(std::string& path); ///< where changes of virtual addresses are logged
 
 /// Says "directnet: MESSAGE" on standard error.
 void report(const std::string& message);
-
-/// One function per command, each in a source of its own: adds the command to the program. Its work
-/// is done while the command line is parsed; it throws BadInputError and FailureError.
-void registerReplay(CLI::App& app);
-void registerRinglog(CLI::App& app);
-void registerVipLog(CLI::App& app);
-void registerRun(CLI::App& app);
-void registerShow(CLI::App& app);
-void registerWatch(CLI::App& app);
-void registerTrace(CLI::App& app);
 
 } // namespace Agent

@@ -8,8 +8,7 @@
 #include "agent/output/Output.h"
 #include "agent/replay/Replay.h"
 #include "agent/ring/RingPlace.h"
-#include "agent/show/JsonPrinter.h"
-#include "agent/show/TablePrinter.h"
+#include "agent/topics/StatePrinter.h"
 #include "agent/viplog/VipLogWriter.h"
 #include "platform/ringlog/TraceHandle.h"
 
@@ -29,12 +28,8 @@ void runReplay(const Options& options) {
     InputFile input(options.file);
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
     placeRing(options.ring, RingDefault::nowhere, report);
-    std::unique_ptr<StatePrinter> printer;
-    if (options.json) {
-        printer = std::make_unique<JsonPrinter>(std::cout);
-    } else {
-        printer = std::make_unique<TablePrinter>(std::cout, useColour());
-    }
+    const auto printer = options.json ? makeStateDocuments(std::cout)
+                                      : makeStateTables(std::cout, Colour(useColour()));
     Replay replay(input.name(), input.buffer(), *printer);
     std::optional<VipLogWriter> vipLog;
     if (!options.vipLog.empty()) {
@@ -56,26 +51,21 @@ void runReplay(const Options& options) {
 
 } // namespace
 
-void registerReplay(CLI::App& app) {
+Command replayCommand() {
     const auto options = std::make_shared<Options>();
-    CLI::App* command = addCommand(app, "replay", "Run a scenario of device changes");
-    command
-        ->add_option("FILE", options->file,
-                     "The scenario, one JSON line a step; - is standard input")
-        ->required();
-    command->add_flag("--json", options->json, "Print states as JSON documents, one a line");
-    command
-        ->add_option("--trace", options->traceLevel,
-                     "Trace up to LEVEL on standard error, from 0 (readiness) to 9 (all)")
-        ->option_text("LEVEL")
-        ->check(CLI::Range(0, 9));
-    command
-        ->add_option("--vip-log", options->vipLog,
-                     "Log every change of the tables of virtual addresses to FILE")
-        ->option_text("FILE")
-        ->check(notEmpty());
-    addRingOption(*command, options->ring);
-    command->callback([options] { runReplay(*options); });
+    return {.name = "replay",
+            .description = "Run a scenario of device changes",
+            .arguments = {{.name = "FILE",
+                           .help = "The scenario, one JSON line a step; - is standard input",
+                           .value = &options->file,
+                           .isRequired = true},
+                          {.name = "--json",
+                           .help = "Print states as JSON documents, one a line",
+                           .value = &options->json},
+                          traceOption(options->traceLevel),
+                          vipLogOption(options->vipLog),
+                          ringOption(options->ring)},
+            .run = [options] { runReplay(*options); }};
 }
 
 } // namespace Agent

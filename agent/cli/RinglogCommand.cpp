@@ -37,11 +37,15 @@ void printRinglog(const std::string& file) {
 
 } // namespace
 
-void registerRinglog(CLI::App& app) {
+Command ringlogCommand() {
     const auto file = std::make_shared<std::string>();
-    CLI::App* command = addCommand(app, "ringlog", "Print a ring trace file as text");
-    command->add_option("FILE", *file, "The ring trace file; - is standard input")->required();
-    command->callback([file] { printRinglog(*file); });
+    return {.name = "ringlog",
+            .description = "Print a ring trace file as text",
+            .arguments = {{.name = "FILE",
+                           .help = "The ring trace file; - is standard input",
+                           .value = file.get(),
+                           .isRequired = true}},
+            .run = [file] { printRinglog(*file); }};
 }
 
 } // namespace Agent

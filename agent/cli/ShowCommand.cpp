@@ -1,26 +1,42 @@
 #include <iostream>
 #include <memory>
-#include <set>
 #include <string>
 
 #include "agent/base/Utf8.h"
 #include "agent/cli/Commands.h"
 #include "agent/client/AgentConnection.h"
-#include "agent/client/ShowPrinter.h"
 #include "agent/output/Output.h"
+#include "agent/topics/Topics.h"
 #include "platform/orb/value/Error.h"
-#include "platform/vrf/VrfName.h"
 
 namespace Agent {
 
 namespace {
 
 struct Options {
-    std::string topic = "routes";
+    std::string topic{topics().front()->name};
     std::string vrf;
     bool json = false;
     std::string socket;
 };
+
+std::vector<std::string> topicNames() {
+    std::vector<std::string> names;
+    for (const Topic* topic : topics()) {
+        names.emplace_back(topic->name);
+    }
+    return names;
+}
+
+std::string topicHelp() {
+    std::string help = "What to show";
+    const char* separator = " - ";
+    for (const Topic* topic : topics()) {
+        help.append(separator).append(topic->name).append(": ").append(topic->help);
+        separator = "; ";
+    }
+    return help;
+}
 
 /// What makes the text no name of a VRF; empty if it is one.
 std::string complaintAboutVrf(const std::string& name) {
@@ -36,41 +52,39 @@ std::string complaintAboutVrf(const std::string& name) {
 }
 
 void show(const Options& options) {
-    AgentConnection::Json request{{"show", options.topic}};
-    if (!options.vrf.empty()) {
-        request["vrf"] = options.vrf;
+    const Topic& topic = *findTopic(options.topic);
+    AgentConnection answer(options.socket, showRequest(options.topic, options.vrf));
+    const auto printer =
+        options.json ? topic.json(std::cout) : topic.tables(std::cout, Colour(useColour()));
+    while (const auto line = answer.next()) {
+        printer->line(line->json.value(), line->text);
     }
-    AgentConnection answer(options.socket, request);
-    if (options.topic == "routes") {
-        printRoutes(std::cout, answer, options.json);
-    } else if (options.topic == "vrfs" && !options.json) {
-        printVrfs(std::cout, answer);
-    } else {
-        printTopic(std::cout, answer, options.json);
-    }
+    printer->end();
     finishOutput(std::cout);
 }
 
 } // namespace
 
-void registerShow(CLI::App& app) {
+Command showCommand() {
     const auto options = std::make_shared<Options>();
-    CLI::App* command =
-        addCommand(app, "show",
-                   "Show the state of a running agent. A large state is read while the "
-                   "agent goes on: each VRF and route as it is at that moment.");
-    command
-        ->add_option("TOPIC", options->topic,
-                     "routes (also as a state document), vrfs, vips, leaks, backlog or trace")
-        ->check(CLI::IsMember(
-            std::set<std::string>{"routes", "vrfs", "vips", "leaks", "backlog", "trace"}));
-    command->add_option("--vrf", options->vrf, "Only this VRF; of leaks those out of it")
-        ->option_text("NAME")
-        ->check(CLI::Validator(complaintAboutVrf, ""));
-    command->add_flag("--json", options->json,
-                      "Print JSON: routes as one state document, else one object a line");
-    addSocketOption(*command, options->socket);
-    command->callback([options] { show(*options); });
+    return {.name = "show",
+            .description = "Show the state of a running agent. A large state is read while the "
+                           "agent goes on: each VRF and route as it is at that moment.",
+            .arguments = {{.name = "TOPIC",
+                           .help = topicHelp(),
+                           .value = &options->topic,
+                           .choices = topicNames()},
+                          {.name = "--vrf",
+                           .help = "Only this VRF; of leaks those out of it",
+                           .value = &options->vrf,
+                           .placeholder = "NAME",
+                           .complaint = complaintAboutVrf},
+                          {.name = "--json",
+                           .help = "Print JSON: routes as one state document, else one object a "
+                                   "line",
+                           .value = &options->json},
+                          socketOption(options->socket)},
+            .run = [options] { show(*options); }};
 }
 
 } // namespace Agent

@@ -14,26 +14,27 @@ struct Options {
 };
 
 void setTrace(const Options& options) {
-    AgentConnection answer(options.socket, {{"trace", options.level}});
+    AgentConnection answer(options.socket, traceRequest(options.level));
     while (answer.next()) {
     }
 }
 
 } // namespace
 
-void registerTrace(CLI::App& app) {
+Command traceCommand() {
     const auto options = std::make_shared<Options>();
-    CLI::App* command = addCommand(app, "trace",
-                                   "Set the text trace of a running agent, which goes "
-                                   "to its standard error");
-    command
-        ->add_option("LEVEL", options->level,
-                     "Trace up to LEVEL, from 0 (readiness) to 9 (all); off or -1 for nothing")
-        ->required()
-        ->transform(CLI::Transformer(std::map<std::string, int>{{"off", -1}}))
-        ->check(CLI::Range(-1, 9));
-    addSocketOption(*command, options->socket);
-    command->callback([options] { setTrace(*options); });
+    return {.name = "trace",
+            .description = "Set the text trace of a running agent, which goes to its standard "
+                           "error",
+            .arguments = {{.name = "LEVEL",
+                           .help = "Trace up to LEVEL, from 0 (readiness) to 9 (all); off or -1 "
+                                   "for nothing",
+                           .value = &options->level,
+                           .isRequired = true,
+                           .range = {{-1, 9}},
+                           .wordForLowest = "off"},
+                          socketOption(options->socket)},
+            .run = [options] { setTrace(*options); }};
 }
 
 } // namespace Agent

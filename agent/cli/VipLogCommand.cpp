@@ -25,7 +25,7 @@ void printTables(const VipLogReader& tables, const Options& options) {
     if (options.json) {
         printVipTablesAsJson(std::cout, tables);
     } else {
-        printVipTables(std::cout, tables);
+        printVipTables(std::cout, tables, Colour(useColour()));
     }
 }
 
@@ -39,7 +39,7 @@ void printVipLog(const Options& options) {
                 piece = reader.feedToState(piece);
                 if (reader.hasState()) {
                     printTables(reader, options);
-                    changes.emplace(std::cout, options.json, reader);
+                    changes.emplace(std::cout, options.json, Colour(useColour()), reader);
                 }
             }
             reader.feed(piece);
@@ -60,18 +60,23 @@ void printVipLog(const Options& options) {
 
 } // namespace
 
-void registerVipLog(CLI::App& app) {
+Command vipLogCommand() {
     const auto options = std::make_shared<Options>();
-    CLI::App* command =
-        addCommand(app, "vip-log", "Print the tables that a log of virtual addresses ends with");
-    command->add_option("FILE", options->file, "The log, up to its end; - is standard input")
-        ->required();
-    command->add_flag("--json", options->json,
-                      "Print the tables as one JSON document, changes as one object a line");
-    command->add_flag("--follow", options->follow,
-                      "Print the tables as they are at first, then each change as it is read, for "
-                      "as long as the log is being written");
-    command->callback([options] { printVipLog(*options); });
+    return {.name = "vip-log",
+            .description = "Print the tables that a log of virtual addresses ends with",
+            .arguments = {{.name = "FILE",
+                           .help = "The log, up to its end; - is standard input",
+                           .value = &options->file,
+                           .isRequired = true},
+                          {.name = "--json",
+                           .help = "Print the tables as one JSON document, changes as one object "
+                                   "a line",
+                           .value = &options->json},
+                          {.name = "--follow",
+                           .help = "Print the tables as they are at first, then each change as it "
+                                   "is read, for as long as the log is being written",
+                           .value = &options->follow}},
+            .run = [options] { printVipLog(*options); }};
 }
 
 } // namespace Agent

@@ -2,50 +2,31 @@
 #include <memory>
 #include <string>
 
-#include "agent/base/TextTable.h"
 #include "agent/cli/Commands.h"
 #include "agent/client/AgentConnection.h"
 #include "agent/output/Output.h"
-#include "agent/show/RouteText.h"
+#include "agent/topics/ChangeRow.h"
 
 namespace Agent {
 
 namespace {
-
-using Json = AgentConnection::Json;
 
 struct Options {
     bool json = false;
     std::string socket;
 };
 
-std::string textOf(const Json& value) {
-    return printable(value.is_string() ? value.get<std::string>() : "-");
-}
-
-/// As a live agent prints its changes, with "=" before what is there in the beginning.
-std::string lineOf(const Json& change) {
-    const std::string kind = change.value("change", "");
-    std::string line = kind == "is" ? "= " : kind == "comes" ? "+ " : kind == "goes" ? "- " : "~ ";
-    line += textOf(change.at("vrf")) + ' ' + textOf(change.at("prefix"));
-    if (change.contains("type")) {
-        const auto type = static_cast<Routing::Fib::RouteType>(change.at("type").get<int>());
-        line += "  " + routeTypeText(type) + "  " + textOf(change.at("intf")) + "  "
-                + textOf(change.at("via"));
-    }
-    if (change.contains("sourceVrf")) {
-        line += "  from " + textOf(change.at("sourceVrf"));
-    }
-    return line;
-}
-
 void watch(const Options& options) {
-    AgentConnection answer(options.socket, {{"watch", true}});
-    while (const auto change = answer.next()) {
+    const Colour colour(useColour());
+    AgentConnection answer(options.socket, watchRequest());
+    while (const auto line = answer.next()) {
+        const JsonValue object = line->json.value();
         if (options.json) {
-            std::cout << change->dump() << '\n';
-        } else if (change->contains("prefix")) {
-            std::cout << lineOf(*change) << '\n';
+            std::cout << line->text << '\n';
+        } else if (object.member("prefix").exists()) { // the line that says "complete" has none
+            std::string text;
+            appendChangeText(text, readRow<ChangeRow>(object), colour);
+            std::cout << text;
         }
         if (!answer.hasMore()) {
             finishOutput(std::cout);
@@ -55,16 +36,17 @@ void watch(const Options& options) {
 
 } // namespace
 
-void registerWatch(CLI::App& app) {
+Command watchCommand() {
     const auto options = std::make_shared<Options>();
-    CLI::App* command =
-        addCommand(app, "watch",
-                   "Show the routes of a running agent (=), then each route that "
-                   "comes (+), changes (~) or goes (-). A change that happens while "
-                   "the routes are still being shown follows after them.");
-    command->add_flag("--json", options->json, "Print JSON, one object a line");
-    addSocketOption(*command, options->socket);
-    command->callback([options] { watch(*options); });
+    return {.name = "watch",
+            .description = "Show the routes of a running agent (=), then each route that comes "
+                           "(+), changes (~) or goes (-). A change that happens while the routes "
+                           "are still being shown follows after them.",
+            .arguments = {{.name = "--json",
+                           .help = "Print JSON, one object a line",
+                           .value = &options->json},
+                          socketOption(options->socket)},
+            .run = [options] { watch(*options); }};
 }
 
 } // namespace Agent

@@ -7,27 +7,26 @@
 #include <utility>
 
 #include "agent/base/Errors.h"
+#include "agent/base/JsonWriter.h"
 #include "agent/base/SocketAddress.h"
 
 namespace Agent {
 
-AgentConnection::AgentConnection(std::string path, const Json& request)
+AgentConnection::AgentConnection(std::string path, const std::string& request)
     : path_(path.empty() ? defaultSocketPath() : std::move(path)),
       file_(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     if (path_.empty()) {
         throw FailureError(
             "there is no runtime folder to find the agent's socket in; use --socket");
     }
-    const sockaddr_un address = socketAddress(path_);
-    if (::connect(file_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        throw FailureError("cannot reach the agent at " + path_ + ": " + std::strerror(errno));
+    if (const int error = connectSocket(file_, path_); error != 0) {
+        throw FailureError("cannot reach the agent at " + path_ + ": " + std::strerror(error));
     }
     // What cannot be sent was refused, and the answer says why.
-    const std::string line = request.dump() + '\n';
-    static_cast<void>(::send(file_.get(), line.data(), line.size(), MSG_NOSIGNAL));
+    static_cast<void>(::send(file_.get(), request.data(), request.size(), MSG_NOSIGNAL));
 }
 
-std::optional<AgentConnection::Json> AgentConnection::next() {
+std::optional<AgentConnection::Line> AgentConnection::next() {
     std::size_t end = received_.find('\n', taken_);
     while (end == std::string::npos) {
         if (!receive()) {
@@ -35,15 +34,17 @@ std::optional<AgentConnection::Json> AgentConnection::next() {
         }
         end = received_.find('\n', taken_);
     }
-    Json line = Json::parse(received_.data() + taken_, received_.data() + end, nullptr, false);
+    const std::string_view text = std::string_view(received_).substr(taken_, end - taken_);
+    Line line{std::string(text), JsonDocument(text)};
     taken_ = end + 1;
-    if (!line.is_object()) {
+    const JsonValue object = line.json.value();
+    if (!object.isObject()) {
         throw FailureError(path_ + ": no agent answers there");
     }
-    if (line.contains("error")) {
-        throw FailureError("the agent refuses: " + line["error"].get<std::string>());
+    if (const JsonValue error = object.member("error"); error.exists()) {
+        throw FailureError("the agent refuses: " + error.string());
     }
-    return line.contains("end") ? std::nullopt : std::optional<Json>(std::move(line));
+    return object.member("end").exists() ? std::nullopt : std::optional(std::move(line));
 }
 
 bool AgentConnection::receive() {
@@ -57,6 +58,30 @@ bool AgentConnection::receive() {
         received_.append(buffer.data(), static_cast<std::size_t>(size));
     }
     return size > 0;
+}
+
+std::string showRequest(const std::string& topic, const std::string& vrf) {
+    std::string line;
+    JsonWriter writer(line);
+    writer.beginObject();
+    writer.member("show", topic);
+    if (!vrf.empty()) {
+        writer.member("vrf", vrf);
+    }
+    writer.endObject();
+    return line + '\n';
+}
+
+std::string watchRequest() {
+    std::string line;
+    appendJsonLine(line, "watch", true);
+    return line;
+}
+
+std::string traceRequest(int level) {
+    std::string line;
+    appendJsonLine(line, "trace", level);
+    return line;
 }
 
 } // namespace Agent

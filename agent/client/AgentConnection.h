@@ -1,26 +1,30 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
 #include "agent/base/FileDescriptor.h"
+#include "agent/base/JsonReader.h"
 
 namespace Agent {
 
-/// A client's connection to a running agent: one request and the lines of its answer. Waits for the
-/// agent.
+/// A client's connection to a running agent: one request and the lines of its answer. Blocks until
+/// the agent answers.
 class AgentConnection {
   public:
-    using Json = nlohmann::ordered_json;
+    /// A line of an answer, without its line end; always an object.
+    struct Line {
+        std::string text;
+        JsonDocument json;
+    };
 
-    /// Connects to the agent that listens at `path`, where there is one by default if it is empty,
-    /// and sends the request. Throws FailureError.
-    AgentConnection(std::string path, const Json& request);
+    /// Connects to the agent that listens at `path`, or at defaultSocketPath() if that is empty,
+    /// and sends the request, a line of JSON with its line end. Throws FailureError.
+    AgentConnection(std::string path, const std::string& request);
 
     /// The next line of the answer; nothing at its end. Throws FailureError for what the agent
     /// refuses and when the answer breaks off.
-    std::optional<Json> next();
+    std::optional<Line> next();
 
     /// Whether more was received than has been returned yet.
     bool hasMore() const { return taken_ < received_.size(); }
@@ -33,5 +37,12 @@ class AgentConnection {
     std::string received_;
     std::size_t taken_ = 0; // of received_
 };
+
+// The requests that an agent takes, see AgentConnection.
+
+/// `vrf` may be empty, for all.
+std::string showRequest(const std::string& topic, const std::string& vrf);
+std::string watchRequest();
+std::string traceRequest(int level);
 
 } // namespace Agent

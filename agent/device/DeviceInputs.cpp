@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "agent/document/DocumentError.h"
+#include "directnet/root/RootInputs.h"
 #include "platform/memtab/Mount.h"
 #include "platform/orb/object/Decision.h"
 
@@ -10,6 +11,7 @@ namespace Agent {
 
 using Routing::DirectNetLeakStatus;
 using Routing::DirectNet::GrState;
+namespace MountPaths = Routing::DirectNet::MountPaths;
 
 namespace {
 
@@ -48,8 +50,8 @@ DeviceInputs::DeviceInputs(Orb::Ptr<Kiln::TaskScheduler> scheduler, bool gracefu
       ribWaits_(Orb::makePtr<Routing::Rib::AllVrfRibReady>()),
       protoStatusDir_(Orb::makePtr<Orb::Dir>()),
       grState_(Orb::makePtr<GrState>(GrState::Arguments{gracefulRestart})), kernel_(entityManager_),
-      leaks4_(mountLeakStatus(entityManager_, "routing/directNetLeakStatus")),
-      leaks6_(mountLeakStatus(entityManager_, "routing6/directNetLeakStatus")) {}
+      leaks4_(mountLeakStatus(entityManager_, MountPaths::ipv4Leaks)),
+      leaks6_(mountLeakStatus(entityManager_, MountPaths::ipv6Leaks)) {}
 
 void DeviceInputs::apply(const DevicePatch& patch) {
     checkGracefulRestart(patch.gracefulRestart);

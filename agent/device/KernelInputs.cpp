@@ -2,18 +2,13 @@
 
 #include <string>
 
+#include "directnet/root/RootInputs.h"
+
 namespace Agent {
 
 using KernelNetInfo::Device;
 using KernelNetInfo::Status;
-
-namespace {
-
-Orb::String pathOf(const Lanx::NamespaceName& netns) {
-    return "kni/ns/" + netns.value() + "/status";
-}
-
-} // namespace
+using Routing::DirectNet::MountPaths::kernelDevices;
 
 KernelInputs::KernelInputs(const Orb::Ptr<Vaultdb::EntityManager>& entityManager)
     : mount_(entityManager) {}
@@ -53,7 +48,7 @@ void KernelInputs::applyTo(const Lanx::NamespaceName& netns, const NamespacePatc
 }
 
 Orb::Ptr<Status> KernelInputs::table(const Lanx::NamespaceName& netns) {
-    const Orb::String path = pathOf(netns);
+    const Orb::String path = kernelDevices(netns);
     if (mounted_.insert(netns).second) {
         mount_.doMount(path, Status::orbTypeName,
                        OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
@@ -62,7 +57,7 @@ Orb::Ptr<Status> KernelInputs::table(const Lanx::NamespaceName& netns) {
 }
 
 void KernelInputs::clear(const Lanx::NamespaceName& netns) {
-    const Orb::String path = pathOf(netns);
+    const Orb::String path = kernelDevices(netns);
     if (mounted_.erase(netns) != 0) {
         mount_.getEntity<Status>(path)->deviceDelAll();
         mount_.doUnmount(path);

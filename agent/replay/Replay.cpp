@@ -4,6 +4,7 @@
 
 #include "agent/base/Errors.h"
 #include "agent/document/DocumentError.h"
+#include "agent/topics/StateWalk.h"
 #include "platform/orb/value/Error.h"
 
 namespace Agent {
@@ -49,7 +50,7 @@ void Replay::run() {
     runUntilIdle();
     applyHeld();
     runUntilIdle();
-    print(nullptr);
+    print({});
 }
 
 void Replay::reportFullTables(const RoomReport::Report& report) const {
@@ -58,7 +59,7 @@ void Replay::reportFullTables(const RoomReport::Report& report) const {
 
 void Replay::runUntilIdle() {
     if (!activityManager_.runUntilIdle(maxAfterLastLine)) {
-        print(nullptr);
+        print({});
         throw FailureError(name_ + ": still busy " + std::to_string(maxAfterLastLine)
                            + " simulated seconds after the last line");
     }
@@ -89,7 +90,7 @@ void Replay::apply(const ScenarioLine& line) {
         applyHeld();
     }
     if (line.show) {
-        print(&*line.show);
+        print(line.show);
     } else if (line.during) {
         hold(*line.during, *line.set);
     } else {
@@ -120,8 +121,8 @@ void Replay::start(bool gracefulRestart) {
     }
 }
 
-void Replay::print(const std::string* label) {
-    printer_.print(StateView(**root_, *inputs_, clock_->now()), label);
+void Replay::print(const std::optional<std::string>& label) {
+    printState(printer_, {**root_, *inputs_, *clock_}, label);
 }
 
 std::string Replay::here() const { return name_ + ':' + std::to_string(lines_.number()) + ": "; }

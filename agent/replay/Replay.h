@@ -10,7 +10,7 @@
 #include "agent/replay/ChangeCounter.h"
 #include "agent/replay/LineReader.h"
 #include "agent/replay/ScenarioLine.h"
-#include "agent/show/StatePrinter.h"
+#include "agent/topics/StatePrinter.h"
 #include "platform/orb/loop/ActivityManager.h"
 #include "platform/orb/loop/SimulatedClock.h"
 
@@ -57,7 +57,7 @@ class Replay {
     void applyHeld();
     void runUntilIdle();
     void start(bool gracefulRestart);
-    void print(const std::string* label);
+    void print(const std::optional<std::string>& label);
     std::string here() const;
 
     std::string name_;

@@ -9,8 +9,9 @@
 #include "agent/base/Errors.h"
 #include "agent/output/OutputFile.h"
 #include "agent/ring/RingPlace.h"
-#include "agent/run/ChangeText.h"
 #include "agent/run/ConfigText.h"
+#include "agent/topics/ChangeRow.h"
+#include "agent/topics/StateWalk.h"
 
 namespace Agent {
 
@@ -42,8 +43,8 @@ LiveAgent::LiveAgent(const Options& options, std::optional<std::string> configTe
                     document.value("gracefulRestart", false));
     root_.emplace(*inputs_);
     reportRing(report_);
-    lookup_.emplace(**root_, *inputs_);
-    feed_.emplace(**root_, *inputs_, [this](const RouteFeed::Change& change) { onChange(change); });
+    lookup_.emplace(view());
+    feed_.emplace(**root_, *inputs_, [this](const RouteFeed::Event& event) { onChange(event); });
     try {
         device_.emplace(*inputs_, clock_, options.vrfs, document, report_);
     } catch (const DocumentError& error) {
@@ -62,7 +63,7 @@ void LiveAgent::runOnce(StatePrinter& printer) {
     if (!stopped_) {
         // Whoever reads this is waited for, and can be given up by a signal.
         signals_.reset();
-        printer.print(StateView(**root_, *inputs_, clock_->now()), nullptr);
+        printState(printer, view());
     }
     finishVipLog();
     if (!stopped_) {
@@ -99,13 +100,13 @@ void LiveAgent::failIfIncomplete() const {
     }
 }
 
-void LiveAgent::follow(bool json) {
+void LiveAgent::follow(const ChangeForm& form) {
     const OutputFile file(STDOUT_FILENO);
     OutputQueue output(file, outputCapacity, [this](std::size_t lines) {
         report_(std::to_string(lines) + " lines of output were not written");
     });
     output_ = &output;
-    json_ = json;
+    form_ = form;
     while (!stopped_ && output.error() == 0) {
         turn();
     }
@@ -126,7 +127,7 @@ void LiveAgent::listen(const Listening& where) {
         if (where.path.empty()) {
             throw FailureError("no runtime folder to listen in");
         }
-        server_.emplace(where.path, AgentView{**root_, *inputs_, *clock_});
+        server_.emplace(where.path, view());
     } catch (const FailureError& error) {
         if (!where.isDefault) {
             throw;
@@ -135,21 +136,30 @@ void LiveAgent::listen(const Listening& where) {
     }
 }
 
-void LiveAgent::onChange(const RouteFeed::Change& change) {
-    const bool watched = server_ && server_->isWatched();
-    if (watched || (output_ != nullptr && json_)) {
-        line_.clear();
-        appendChangeAsJson(line_, clock_->now(), change, *lookup_);
+void LiveAgent::onChange(const RouteFeed::Event& event) {
+    const bool isWatched = server_ && server_->isWatched();
+    if (!isWatched && output_ == nullptr) {
+        return;
     }
-    if (watched) {
+    ChangeRow row{ClockTime{clock_->now()}, event.kind, event.vrf.value(), {}};
+    if (event.kind == ChangeKind::goes) {
+        row.route.prefix = event.key.prefix();
+    } else {
+        row.route = lookup_->row(event.route);
+    }
+    if (isWatched || form_.json) {
+        line_.clear();
+        appendJsonLine(line_, row);
+    }
+    if (isWatched) {
         server_->changeIs(line_);
     }
     if (output_ == nullptr) {
         return;
     }
-    if (!json_) {
+    if (!form_.json) {
         line_.clear();
-        appendChangeAsText(line_, change, *lookup_);
+        appendChangeText(line_, row, form_.colour);
     }
     output_->append(line_);
 }

@@ -15,8 +15,8 @@
 #include "agent/run/RouteFeed.h"
 #include "agent/run/Signals.h"
 #include "agent/server/SocketServer.h"
-#include "agent/show/RouteLookup.h"
-#include "agent/show/StatePrinter.h"
+#include "agent/topics/RouteLookup.h"
+#include "agent/topics/StatePrinter.h"
 #include "agent/viplog/VipLogWriter.h"
 #include "platform/orb/loop/ActivityManager.h"
 #include "platform/orb/loop/RealClock.h"
@@ -42,6 +42,12 @@ class LiveAgent {
         bool isDefault = false;
     };
 
+    /// How changes are printed: as JSON or as lines for people.
+    struct ChangeForm {
+        bool json = false;
+        Colour colour;
+    };
+
     /// Throws BadInputError for a bad configuration file, FailureError and Orb::Error when the
     /// device cannot be followed.
     explicit LiveAgent(const Options& options);
@@ -65,14 +71,15 @@ class LiveAgent {
     /// agent is stopped. The stop itself prints nothing. Never waits for a reader: what one has not
     /// taken is kept within a bound, then dropped. Throws FailureError when writing fails and,
     /// after the end, when not all of a log was written; ReaderGoneError when the reader has gone.
-    void follow(bool json);
+    void follow(const ChangeForm& form);
 
   private:
     LiveAgent(const Options& options, std::optional<std::string> configText);
 
     void onSignal(int signal);
     void reload();
-    void onChange(const RouteFeed::Change& change);
+    AgentView view() const { return {**root_, *inputs_, *clock_}; }
+    void onChange(const RouteFeed::Event& event);
     void turn();
     bool isComplete() const;
     void failIfIncomplete() const;
@@ -85,7 +92,7 @@ class LiveAgent {
     LiveDevice::Report report_ = [this](const std::string& message) { messages_.report(message); };
     std::string configFile_;
     bool stopped_ = false;
-    bool json_ = false;
+    ChangeForm form_;
     bool verifying_ = false;
     std::optional<Signals> signals_;
     std::optional<DeviceInputs> inputs_;

@@ -31,12 +31,12 @@ void RouteFeed::handle(const RouteConfig& routes, const RouteKey& key) {
     const Routing::Rib::Route route = routes.route(key);
     if (!route) {
         if (known_.erase(key)) {
-            listener_({Kind::goes, vrfNames_[key.vrfId().value()], key, route});
+            listener_({ChangeKind::goes, vrfNames_[key.vrfId().value()], key, route});
         }
         return;
     }
     const bool isNew = known_.tryInsert(key).second;
-    listener_({isNew ? Kind::comes : Kind::changes, vrfName(key.vrfId()), key, route});
+    listener_({isNew ? ChangeKind::comes : ChangeKind::changes, vrfName(key.vrfId()), key, route});
 }
 
 const L3::VrfName& RouteFeed::vrfName(VrfId id) {

@@ -5,25 +5,25 @@
 #include <unordered_map>
 
 #include "agent/device/DeviceInputs.h"
+#include "agent/topics/ChangeKind.h"
 #include "directnet/root/RootSm.h"
 #include "platform/orb/container/HashMap2018.h"
 #include "platform/routing/RouteConfig.h"
 
 namespace Agent {
 
-/// Tells of each route that comes, changes or goes, while that happens. Remembers which routes
-/// there are. The listener must not change anything that the library works with. The root and the
-/// inputs must outlive the feed.
+/// Calls a listener for each route that is added, changed or removed, from inside the notification.
+/// Keeps the keys of all routes. The listener must not change anything that the library works with.
+/// The root and the inputs must outlive the feed.
 class RouteFeed {
   public:
-    enum class Kind { comes, changes, goes };
-    struct Change {
-        Kind kind;
+    struct Event {
+        ChangeKind kind;
         const L3::VrfName& vrf;
         const Routing::Rib::RouteKey& key;
         const Routing::Rib::Route& route; // the default one when it goes
     };
-    using Listener = std::function<void(const Change& change)>;
+    using Listener = std::function<void(const Event& event)>;
 
     RouteFeed(const Routing::DirectNet::RootSm& root, const DeviceInputs& inputs,
               Listener listener);

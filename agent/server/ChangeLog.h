@@ -8,9 +8,9 @@
 
 namespace Agent {
 
-/// The latest changes as text, shared by all who watch: written once, read by each at its own pace
-/// from a position of its own. Keeps a bounded number of bytes; who falls behind further than that
-/// has lost what is gone.
+/// The latest changes as text, shared by all clients that watch: written once, read by each at its
+/// own pace from a position of its own. Keeps the last `capacity` bytes; a client whose position
+/// lies before begin() has missed changes.
 class ChangeLog {
   public:
     using Position = std::uint64_t;
@@ -23,11 +23,11 @@ class ChangeLog {
     Position begin() const { return begin_; }
     Position end() const { return end_; }
 
-    /// What stands at the position, as much as lies in one piece; empty at the end. The position is
-    /// not before the beginning.
+    /// The text from the position on, as much as lies in one piece; empty at the end. The position
+    /// must not lie before begin().
     std::string_view at(Position position) const;
 
-    /// Lets go of what lies before the position, in whole pieces.
+    /// Forgets the text before the position, in whole pieces.
     void dropBefore(Position position);
 
   private:

@@ -1,16 +1,17 @@
 #pragma once
 
+#include <optional>
 #include <string>
-#include <sys/types.h>
 
 #include "agent/base/FileDescriptor.h"
+#include "agent/server/SocketFile.h"
 #include "agent/server/SocketLock.h"
 
 namespace Agent {
 
 /// A Unix stream socket that clients connect to by a path, and that only its owner and group may
-/// open. The file of an agent that has died is replaced, that of one that lives, or of another
-/// program that listens, is not; the own file goes with the object.
+/// open. A socket file on which nobody listens any more, as that of an agent that has died, is
+/// replaced; any other file stays, and the constructor fails. The destructor removes the file.
 class ListeningSocket {
   public:
     /// Throws FailureError.
@@ -28,8 +29,7 @@ class ListeningSocket {
     std::string path_;
     SocketLock lock_;
     FileDescriptor file_;
-    dev_t device_ = 0;
-    ino_t inode_ = 0;
+    std::optional<FileIdentity> identity_; // of the socket's file
 };
 
 } // namespace Agent

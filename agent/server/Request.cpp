@@ -1,34 +1,22 @@
 #include "agent/server/Request.h"
 
-#include <array>
 #include <nlohmann/json.hpp>
-#include <utility>
 
 #include "agent/document/JsonText.h"
 #include "agent/document/Place.h"
 #include "agent/document/ValueReader.h"
+#include "agent/topics/Topics.h"
 
 namespace Agent {
 
 namespace {
 
-using Kind = Request::Kind;
-
-constexpr std::array<std::pair<std::string_view, Kind>, 6> topics{{{"routes", Kind::routes},
-                                                                   {"vrfs", Kind::vrfs},
-                                                                   {"vips", Kind::vips},
-                                                                   {"leaks", Kind::leaks},
-                                                                   {"backlog", Kind::backlog},
-                                                                   {"trace", Kind::trace}}};
-
-Kind readTopic(const nlohmann::json& json, const Place& place) {
-    const std::string& name = readString(json, place);
-    for (const auto& [topic, kind] : topics) {
-        if (name == topic) {
-            return kind;
-        }
+const Topic* readTopic(const nlohmann::json& json, const Place& place) {
+    const Topic* topic = findTopic(readString(json, place));
+    if (topic == nullptr) {
+        place.refuse("unknown topic");
     }
-    place.refuse("unknown topic");
+    return topic;
 }
 
 int readLevel(const nlohmann::json& json, const Place& place) {
@@ -56,11 +44,11 @@ Request readRequest(std::string_view line) {
         }
         ++kinds;
         if (item.key() == "show") {
-            request.kind = readTopic(item.value(), place);
+            request.topic = readTopic(item.value(), place);
         } else if (item.key() == "watch" && item.value() == true) {
-            request.kind = Kind::watch;
+            request.topic = nullptr;
         } else if (item.key() == "trace") {
-            request.kind = Kind::setTrace;
+            request.topic = &traceTopic;
             request.traceLevel = readLevel(item.value(), place);
         } else {
             place.refuse("unknown key or value");

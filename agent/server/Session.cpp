@@ -5,8 +5,10 @@
 #include <sys/socket.h>
 #include <utility>
 
-#include "agent/base/JsonString.h"
+#include "agent/base/JsonWriter.h"
 #include "agent/document/DocumentError.h"
+#include "agent/server/WatchAnswer.h"
+#include "agent/topics/VrfCursor.h"
 #include "platform/ringlog/TraceHandle.h"
 
 namespace Agent {
@@ -77,22 +79,29 @@ bool Session::receive() {
 void Session::handle(const std::string& line) {
     try {
         const Request request = readRequest(line);
-        if (request.kind == Request::Kind::setTrace) {
-            Ringlog::TraceHandle::levelOfAllIs(request.traceLevel);
-        }
-        answer_ = makeAnswer(view_, request);
-        watching_ = request.kind == Request::Kind::watch;
+        answer_ = answerTo(request);
+        watching_ = request.topic == nullptr;
         position_ = changes_.end();
     } catch (const DocumentError& error) {
         refuse((error.pointer().empty() ? "" : error.pointer() + ": ") + error.what());
     }
 }
 
-void Session::refuse(const std::string& why) {
-    waiting_ += "{\"error\":";
-    appendJsonString(waiting_, why);
-    waiting_ += "}\n";
+/// Does what is asked for on the way. Throws DocumentError if the request's VRF does not exist.
+std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
+    if (request.vrf && VrfCursor(view_, request.vrf).vrf() == nullptr) {
+        throw DocumentError("/vrf", "no VRF " + request.vrf->value() + " is running");
+    }
+    if (request.traceLevel) {
+        Ringlog::TraceHandle::levelOfAllIs(*request.traceLevel);
+    }
+    if (request.topic == nullptr) {
+        return std::make_unique<WatchAnswer>(view_, request.vrf);
+    }
+    return request.topic->answer(view_, request.vrf);
 }
+
+void Session::refuse(const std::string& why) { appendJsonLine(waiting_, "error", why); }
 
 /// One turn. Returns false when all is said, or the client is to be dropped.
 bool Session::advance() {
@@ -116,7 +125,7 @@ bool Session::fill() {
         if (!answer_->appendNext(waiting_)) {
             answer_.reset();
             if (!watching_) {
-                waiting_ += "{\"end\":true}\n";
+                appendJsonLine(waiting_, "end", true);
             }
         }
     }

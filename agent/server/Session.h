@@ -5,17 +5,18 @@
 #include <string>
 
 #include "agent/base/FileDescriptor.h"
-#include "agent/server/Answer.h"
 #include "agent/server/ChangeLog.h"
+#include "agent/server/Request.h"
+#include "agent/topics/AgentView.h"
+#include "agent/topics/Answer.h"
 #include "platform/orb/loop/Clock.h"
 #include "platform/orb/loop/FileDescriptorReactor.h"
 
 namespace Agent {
 
-/// One client of a running agent: takes its request, sends the answer piece by piece, one piece a
-/// turn of the event loop, and to one that watches the changes after it. Keeps little for the
-/// client and never waits for it: one that takes nothing for a while, or falls so far behind that
-/// changes are gone, is dropped.
+/// One client of a running agent. Takes its request and sends the answer, one piece a turn of the
+/// event loop; to a client that watches, then the changes. Buffers little and never waits: a client
+/// that takes nothing for `patience` seconds, or has missed changes, is dropped.
 ///
 /// One agent thread, no locks.
 class Session {
@@ -23,14 +24,14 @@ class Session {
     /// Seconds in which a client must send its request, or take something of what is waiting.
     static constexpr double patience = 5;
 
-    /// `onDone` destroys the session. All must outlive it.
+    /// `onDone` destroys the session. What the arguments refer to must outlive it.
     Session(FileDescriptor file, const AgentView& view, const ChangeLog& changes,
             std::function<void(Session&)> onDone);
 
     bool isWatching() const { return watching_; }
     /// Where a watching client stands in the log.
     ChangeLog::Position position() const { return position_; }
-    /// There is more in the log.
+    /// The log has grown.
     void onChanges();
 
   private:
@@ -55,6 +56,7 @@ class Session {
     void goOn(bool going);
     bool receive();
     void handle(const std::string& line);
+    std::unique_ptr<Answer> answerTo(const Request& request) const;
     void refuse(const std::string& why);
     bool advance();
     bool fill();

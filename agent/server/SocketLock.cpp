@@ -7,19 +7,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "agent/base/Errors.h"
+#include "agent/server/SocketFile.h"
 
 namespace Agent {
 
 namespace {
 
 constexpr mode_t mode = 0600;
-/// How often an agent that ends may take the file away just before it is locked.
+/// How often the file may be removed, by an agent that ends, between its opening and its locking.
 constexpr int attempts = 10;
-
-[[noreturn]] void failToLock(const std::string& path, const std::string& why) {
-    throw FailureError("socket " + path + ": " + why);
-}
 
 } // namespace
 
@@ -29,28 +25,27 @@ SocketLock::SocketLock(const std::string& path) : name_(path + ".lock") {
             return;
         }
     }
-    failToLock(path, "is in use by agents that come and go");
+    failSocket(path, "is in use by agents that come and go");
 }
 
 SocketLock::~SocketLock() { ::unlink(name_.c_str()); }
 
-/// Returns false when the file that was locked has lost its name meanwhile.
+/// Returns false when the file that was locked has been removed or replaced meanwhile.
 bool SocketLock::take(const std::string& path) {
     file_ = FileDescriptor(::open(
         name_.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, mode));
     struct stat opened {};
     if (!file_ || ::fstat(file_.get(), &opened) != 0) {
-        failToLock(path, "cannot open " + name_ + ": " + std::strerror(errno));
+        failSocket(path, "cannot open " + name_ + ": " + std::strerror(errno));
     }
     if (!S_ISREG(opened.st_mode) || opened.st_uid != ::geteuid()) {
-        failToLock(path, name_ + " is no file of this user");
+        failSocket(path, name_ + " is no file of this user");
     }
     if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0) {
-        failToLock(path, errno == EWOULDBLOCK ? "is in use by another agent" : std::strerror(errno));
+        failSocket(path,
+                   errno == EWOULDBLOCK ? "is in use by another agent" : std::strerror(errno));
     }
-    struct stat named {};
-    return ::lstat(name_.c_str(), &named) == 0 && named.st_dev == opened.st_dev
-           && named.st_ino == opened.st_ino;
+    return fileNamed(name_) == FileIdentity(opened);
 }
 
 } // namespace Agent

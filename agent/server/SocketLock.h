@@ -6,13 +6,13 @@
 
 namespace Agent {
 
-/// The right to the path of a socket, held for as long as the object lives: of all agents that are
-/// given the path only one has it, so that no two replace a dead one's file at the same time, one
-/// of them with the other's new socket.
+/// Exclusive use of the path of a socket, for as long as the object lives. Without it two agents
+/// that start at the same time on the file of a dead one could both replace it, the second one
+/// removing the new socket of the first.
 ///
-/// It is a lock on a file of its own, PATH.lock, that nobody else may even open: a lock on a
-/// folder, or on any file that others can read, could be held by whoever likes. The file goes with
-/// the object.
+/// It is a lock on a file beside the socket, PATH.lock, that only its owner may open. A file or
+/// folder that others can open would not do: whoever can open one can hold the lock. The destructor
+/// removes the file.
 class SocketLock {
   public:
     /// Never waits. Throws FailureError when another agent holds the lock, or when the file cannot

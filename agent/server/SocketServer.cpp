@@ -6,6 +6,8 @@
 #include <sys/socket.h>
 #include <utility>
 
+#include "agent/base/JsonWriter.h"
+
 namespace Agent {
 
 namespace {
@@ -57,7 +59,8 @@ bool SocketServer::acceptOne() {
         return false;
     }
     if (sessions_.size() >= maxClients) {
-        constexpr std::string_view full = "{\"error\":\"too many clients\"}\n";
+        std::string full;
+        appendJsonLine(full, "error", "too many clients");
         ::send(file.get(), full.data(), full.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
         return true;
     }

@@ -11,7 +11,7 @@
 
 namespace Agent {
 
-/// Answers who asks a running agent over its socket. Clients beyond a bound are turned away.
+/// Serves the clients of a running agent over its socket, at most `maxClients` at a time.
 ///
 /// One agent thread, no locks.
 class SocketServer {
@@ -24,9 +24,9 @@ class SocketServer {
     SocketServer& operator=(const SocketServer&) = delete;
     ~SocketServer() = default;
 
-    /// Whether anybody wants to know of changes.
+    /// Whether a client watches.
     bool isWatched() const;
-    /// Hands a change, a line of JSON with its line end, to those who watch.
+    /// Sends a change, a line of JSON with its line end, to all clients that watch.
     void changeIs(std::string_view line);
 
   private:

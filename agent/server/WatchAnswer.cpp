@@ -1,25 +1,20 @@
 #include "agent/server/WatchAnswer.h"
 
-#include "agent/base/JsonString.h"
-#include "agent/show/RouteText.h"
+#include "directnet/root/ContainerSm.h"
 
 namespace Agent {
 
 bool WatchAnswer::appendNext(std::string& out) {
-    if (complete_) {
+    if (isComplete_) {
         return false;
     }
     if (const auto* route = walk_.nextRoute()) {
-        out += "{\"change\":\"is\",\"vrf\":";
-        appendJsonString(out, walk_.vrf()->vrfName().value());
-        out += ",\"prefix\":\"";
-        route->key().prefix().appendTo(out);
-        out += "\",";
-        appendRouteMembers(out, *route, lookup_.target(*route));
-        out += "}\n";
+        appendJsonLine(
+            out,
+            ChangeRow{{}, ChangeKind::is, walk_.vrf()->vrfName().value(), lookup_.row(*route)});
     } else if (!walk_.nextVrf()) {
-        out += "{\"change\":\"complete\"}\n";
-        complete_ = true;
+        appendJsonLine(out, "change", "complete");
+        isComplete_ = true;
     }
     return true;
 }

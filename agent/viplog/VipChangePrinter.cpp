@@ -5,13 +5,12 @@
 #include <string>
 #include <utility>
 
+#include "agent/topics/ChangeKind.h"
 #include "agent/viplog/VirtualIpText.h"
 
 namespace Agent {
 
 namespace {
-
-enum class Kind { comes, changes, goes };
 
 /// Tells of each change of one entity.
 template <typename T>
@@ -36,24 +35,41 @@ ReactorPtr<T> watch(const T& entity, typename EntityReactor<T>::OnChange onChang
     return Orb::makePtr<EntityReactor<T>>(entity, std::move(onChange));
 }
 
-/// The begin of a line, up to what has changed of the VRF's table.
-std::string lineHead(bool json, Kind kind, const char* family, const L3::VrfName& vrf) {
-    if (!json) {
-        const char* sign = kind == Kind::comes ? "+ " : kind == Kind::changes ? "~ " : "- ";
-        return sign + printable(vrf.value()) + ' ' + family;
+/// What the lines of a family have in common.
+struct LineForm {
+    std::ostream& out;
+    bool json;
+    Colour colour;
+    const char* family;
+
+    /// Prints a line about a VRF's table. What has changed of it is appended by `appendText` for
+    /// people, or written by `writeMembers`.
+    template <typename AppendText, typename WriteMembers>
+    void print(ChangeKind kind, const L3::VrfName& vrf, const AppendText& appendText,
+               const WriteMembers& writeMembers) const {
+        std::string line;
+        if (json) {
+            JsonWriter writer(line);
+            writer.beginObject();
+            writer.member("change", changeName(kind));
+            writer.member("family", family);
+            writer.member("vrf", vrf.value());
+            writeMembers(writer);
+            writer.endObject();
+        } else {
+            line = changeSign(kind, colour) + ' ' + printable(vrf.value()) + ' ' + family;
+            appendText(line);
+        }
+        out << line << '\n';
     }
-    const char* change = kind == Kind::comes ? "comes" : kind == Kind::changes ? "changes" : "goes";
-    return std::string(R"({"change":")") + change + R"(","family":")" + family + R"(","vrf":)"
-           + jsonString(vrf.value());
-}
+};
 
 } // namespace
 
 template <typename Tables, typename Table, typename VirtualIp>
 class VipChangePrinter::Family {
   public:
-    Family(std::ostream& out, bool json, const char* name, const Tables& tables)
-        : out_(out), json_(json), name_(name), tables_(tables) {
+    Family(const LineForm& form, const Tables& tables) : form_(form), tables_(tables) {
         for (const auto& table : tables.vrfVirtualIpStatus()) {
             follow(*table);
         }
@@ -79,7 +95,7 @@ class VipChangePrinter::Family {
             if (id == Table::virtualIpId) {
                 handleVirtualIp(table, Key(Orb::keyAs<Key>(key)));
             } else {
-                print(Kind::changes, table.name(), &table);
+                print(ChangeKind::changes, table.name(), &table);
             }
         });
         return followed;
@@ -88,17 +104,17 @@ class VipChangePrinter::Family {
     void follow(const Table& table, const VirtualIp& virtualIp) {
         followed_[table.name()].virtualIps[virtualIp.fwkKey()] =
             watch(virtualIp, [this, &table, &virtualIp](Orb::AttributeId, const void*) {
-                print(Kind::changes, table.name(), virtualIp.fwkKey(), &virtualIp);
+                print(ChangeKind::changes, table.name(), virtualIp.fwkKey(), &virtualIp);
             });
     }
 
     void handleTable(const L3::VrfName& name) {
         if (followed_.erase(name) != 0) {
-            print(Kind::goes, name, nullptr);
+            print(ChangeKind::goes, name, nullptr);
         }
         if (const Table* table = tables_.vrfVirtualIpStatus(name)) {
             follow(*table);
-            print(Kind::comes, name, table);
+            print(ChangeKind::comes, name, table);
         }
     }
 
@@ -106,49 +122,56 @@ class VipChangePrinter::Family {
         const bool known = followed_[table.name()].virtualIps.erase(key) != 0;
         if (const VirtualIp* virtualIp = table.virtualIp(key)) {
             follow(table, *virtualIp);
-            print(known ? Kind::changes : Kind::comes, table.name(), key, virtualIp);
+            print(known ? ChangeKind::changes : ChangeKind::comes, table.name(), key, virtualIp);
         } else {
-            print(Kind::goes, table.name(), key, virtualIp);
+            print(ChangeKind::goes, table.name(), key, virtualIp);
         }
     }
 
-    void print(Kind kind, const L3::VrfName& vrf, const Table* table) {
-        out_ << lineHead(json_, kind, name_, vrf);
-        if (table != nullptr) {
-            const bool on = table->subnetRouteEnabled();
-            out_ << (json_ ? R"(,"subnetRoutes":)" : ", subnet routes ")
-                 << (json_ ? jsonBoolean(on)
-                     : on  ? "on"
-                           : "off");
-        }
-        out_ << (json_ ? "}\n" : "\n");
+    void print(ChangeKind kind, const L3::VrfName& vrf, const Table* table) {
+        form_.print(
+            kind, vrf,
+            [&](std::string& line) {
+                if (table != nullptr) {
+                    line += ", " + subnetRoutesText(table->subnetRouteEnabled());
+                }
+            },
+            [&](JsonWriter& writer) {
+                if (table != nullptr) {
+                    writer.member("subnetRoutes", table->subnetRouteEnabled());
+                }
+            });
     }
 
-    void print(Kind kind, const L3::VrfName& vrf, const Key& key, const VirtualIp* virtualIp) {
-        out_ << lineHead(json_, kind, name_, vrf);
-        if (json_) {
-            out_ << R"(,"virtualIp":)" << jsonString(addressText(key));
-        } else {
-            out_ << ' ' << addressText(key);
-        }
-        if (virtualIp != nullptr) {
-            out_ << (json_ ? R"(,"interfaces":)" + interfacesJson(*virtualIp)
-                           : interfacesText(*virtualIp));
-        }
-        out_ << (json_ ? "}\n" : "\n");
+    void print(ChangeKind kind, const L3::VrfName& vrf, const Key& key,
+               const VirtualIp* virtualIp) {
+        form_.print(
+            kind, vrf,
+            [&](std::string& line) {
+                line += ' ' + addressText(key);
+                if (virtualIp != nullptr) {
+                    line += interfacesText(*virtualIp);
+                }
+            },
+            [&](JsonWriter& writer) {
+                writer.member("virtualIp", addressText(key));
+                if (virtualIp != nullptr) {
+                    writer.key("interfaces");
+                    writeInterfaces(writer, *virtualIp);
+                }
+            });
     }
 
-    std::ostream& out_;
-    bool json_;
-    const char* name_;
+    LineForm form_;
     const Tables& tables_;
     std::map<L3::VrfName, Followed> followed_;
     ReactorPtr<Tables> reactor_;
 };
 
-VipChangePrinter::VipChangePrinter(std::ostream& out, bool json, const VipLogReader& tables)
-    : ipv4_(std::make_unique<Ipv4>(out, json, "ipv4", tables.tables4())),
-      ipv6_(std::make_unique<Ipv6>(out, json, "ipv6", tables.tables6())) {}
+VipChangePrinter::VipChangePrinter(std::ostream& out, bool json, Colour colour,
+                                   const VipLogReader& tables)
+    : ipv4_(std::make_unique<Ipv4>(LineForm{out, json, colour, "ipv4"}, tables.tables4())),
+      ipv6_(std::make_unique<Ipv6>(LineForm{out, json, colour, "ipv6"}, tables.tables6())) {}
 
 VipChangePrinter::~VipChangePrinter() = default;
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <ostream>
 
+#include "agent/base/Colour.h"
 #include "agent/viplog/VipLogReader.h"
 
 namespace Agent {
@@ -12,8 +13,8 @@ namespace Agent {
 /// reader must outlive it.
 class VipChangePrinter {
   public:
-    /// Prints text for people, or JSON objects.
-    VipChangePrinter(std::ostream& out, bool json, const VipLogReader& tables);
+    /// Prints JSON objects, or text for people in colour.
+    VipChangePrinter(std::ostream& out, bool json, Colour colour, const VipLogReader& tables);
     VipChangePrinter(const VipChangePrinter&) = delete;
     VipChangePrinter& operator=(const VipChangePrinter&) = delete;
     ~VipChangePrinter();

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "agent/viplog/VirtualIpText.h"
@@ -24,10 +23,10 @@ auto sorted(const Map& map) {
 }
 
 template <typename Tables>
-void printFamily(std::ostream& out, const char* family, const Tables& tables) {
+void printFamily(std::ostream& out, const char* family, const Tables& tables, Colour colour) {
     for (const auto* table : sorted(tables.vrfVirtualIpStatus())) {
-        out << "VRF " << printable(table->name().value()) << "  " << family << ", subnet routes "
-            << (table->subnetRouteEnabled() ? "on" : "off") << '\n';
+        out << colour.bold("VRF " + printable(table->name().value())) << "  " << family << ", "
+            << subnetRoutesText(table->subnetRouteEnabled()) << '\n';
         const auto virtualIps = sorted(table->virtualIp());
         std::size_t width = 0;
         for (const auto* virtualIp : virtualIps) {
@@ -43,35 +42,40 @@ void printFamily(std::ostream& out, const char* family, const Tables& tables) {
 }
 
 template <typename Tables>
-void printFamilyAsJson(std::ostream& out, const Tables& tables) {
-    const char* nextTable = "{";
+void writeFamily(JsonWriter& out, const char* family, const Tables& tables) {
+    out.key(family);
+    out.beginObject();
     for (const auto* table : sorted(tables.vrfVirtualIpStatus())) {
-        out << std::exchange(nextTable, ",") << jsonString(table->name().value())
-            << ":{\"subnetRoutes\":" << jsonBoolean(table->subnetRouteEnabled())
-            << ",\"virtualIps\":";
-        const char* nextIp = "{";
+        out.key(table->name().value());
+        out.beginObject();
+        out.member("subnetRoutes", table->subnetRouteEnabled());
+        out.key("virtualIps");
+        out.beginObject();
         for (const auto* virtualIp : sorted(table->virtualIp())) {
-            out << std::exchange(nextIp, ",") << jsonString(addressText(virtualIp->fwkKey())) << ":"
-                << interfacesJson(*virtualIp);
+            out.key(addressText(virtualIp->fwkKey()));
+            writeInterfaces(out, *virtualIp);
         }
-        out << (*nextIp == '{' ? "{}}" : "}}");
+        out.endObject();
+        out.endObject();
     }
-    out << (*nextTable == '{' ? "{}" : "}");
+    out.endObject();
 }
 
 } // namespace
 
-void printVipTables(std::ostream& out, const VipLogReader& tables) {
-    printFamily(out, "ipv4", tables.tables4());
-    printFamily(out, "ipv6", tables.tables6());
+void printVipTables(std::ostream& out, const VipLogReader& tables, Colour colour) {
+    printFamily(out, "ipv4", tables.tables4(), colour);
+    printFamily(out, "ipv6", tables.tables6(), colour);
 }
 
 void printVipTablesAsJson(std::ostream& out, const VipLogReader& tables) {
-    out << "{\"ipv4\":";
-    printFamilyAsJson(out, tables.tables4());
-    out << ",\"ipv6\":";
-    printFamilyAsJson(out, tables.tables6());
-    out << "}\n";
+    std::string document;
+    JsonWriter writer(document);
+    writer.beginObject();
+    writeFamily(writer, "ipv4", tables.tables4());
+    writeFamily(writer, "ipv6", tables.tables6());
+    writer.endObject();
+    out << document << '\n';
 }
 
 } // namespace Agent

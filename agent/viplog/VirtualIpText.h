@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "agent/base/JsonString.h"
+#include "agent/base/JsonWriter.h"
 #include "agent/base/TextTable.h"
 #include "platform/lanx/IntfId.h"
 #include "platform/virtualip/VirtualIp6IntfStatus.h"
@@ -39,15 +39,18 @@ std::string interfacesText(const VirtualIp& virtualIp) {
     return text;
 }
 
-/// All of them as a JSON object.
+/// Writes all of them as an object.
 template <typename VirtualIp>
-std::string interfacesJson(const VirtualIp& virtualIp) {
-    std::string text = "{";
+void writeInterfaces(JsonWriter& out, const VirtualIp& virtualIp) {
+    out.beginObject();
     for (const auto& [intfId, carried] : interfacesOf(virtualIp)) {
-        text += text.size() > 1 ? "," : "";
-        text += jsonString(intfId.name()) + ':' + jsonBoolean(carried);
+        out.member(intfId.name(), carried);
     }
-    return text + '}';
+    out.endObject();
+}
+
+inline std::string subnetRoutesText(bool isOn) {
+    return std::string("subnet routes ") + (isOn ? "on" : "off");
 }
 
 } // namespace Agent

@@ -69,6 +69,25 @@ void IntfBacklog::addToIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPre
     doAddBacklog(intfId, prefix);
 }
 
+// A large VRF's index and backlog are not in the processor's caches. Fetched one after the other,
+// the places of an address's prefixes would take most of the time.
+void IntfBacklog::fetchAhead(Lanx::IntfId intfId, Contributions contributions) const {
+    for (const Contribution& contribution : contributions) {
+        intfIdsByPrefix().prefetch(contribution.prefix);
+        backlog().prefetch(IntfIdAndPrefix(intfId, contribution.prefix));
+    }
+}
+
+void IntfBacklog::addToIntfIdsByPrefix(const IntfViaSetKey& viaSets,
+                                       const Lanx::IpGenAddrWithMask& addrWithMask,
+                                       Contributions contributions, bool isVirtual) {
+    fetchAhead(viaSets.intfId(), contributions);
+    for (const auto& [prefix, kind] : contributions) {
+        addToIntfIdsByPrefix(viaSets.intfId(), prefix, addrWithMask, kind.type,
+                             (viaSets.*kind.viaSet.key)(), VrfId::invalid(), isVirtual);
+    }
+}
+
 void IntfBacklog::delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
                                          const Lanx::IpGenAddrWithMask& addrWithMask,
                                          Fib::RouteType routeType, VrfId sourceVrfId,
@@ -91,6 +110,16 @@ void IntfBacklog::delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenP
     doAddBacklog(intfId, stable);
     if (set->intfIdAndAddrs() == 0 && intfIdsByPrefix(stable) == set) {
         intfIdsByPrefixDel(stable);
+    }
+}
+
+void IntfBacklog::delFromIntfIdsByPrefix(Lanx::IntfId intfId,
+                                         const Lanx::IpGenAddrWithMask& addrWithMask,
+                                         Contributions contributions, bool isVirtual) {
+    fetchAhead(intfId, contributions);
+    for (const auto& [prefix, kind] : contributions) {
+        delFromIntfIdsByPrefix(intfId, prefix, addrWithMask, kind.type, VrfId::invalid(),
+                               isVirtual);
     }
 }
 

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <utility>
 
 #include "directnet/backlog/IntfIdAndPrefix.h"
 #include "directnet/backlog/IntfIdSet.h"
 #include "directnet/backlog/IntfViaSetKeyStatus.h"
+#include "directnet/backlog/RouteKinds.h"
 #include "platform/orb/attribute/Declare.h"
-#include "platform/routing/RouteType.h"
 #include "platform/vrf/VrfId.h"
 #include "platform/vrf/VrfName.h"
 
@@ -49,16 +50,26 @@ class IntfBacklog : public Orb::Entity {
                               const Lanx::IpGenAddrWithMask& addrWithMask, Fib::RouteType routeType,
                               Rib::ViaSetKey viaSetKey, VrfId sourceVrfId, bool isVirtual);
 
-    /// Fetches what adding a contributor will read first, for a caller that has work until then.
-    void fetchAhead(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix) const {
-        intfIdsByPrefix().prefetch(prefix);
-        backlog().prefetch(IntfIdAndPrefix(intfId, prefix));
-    }
+    /// A route that an address yields.
+    struct Contribution {
+        Lanx::IpGenPrefix prefix;
+        const RouteKind& kind;
+    };
+    using Contributions = std::initializer_list<Contribution>;
+
+    /// The same for several routes of one address of this VRF.
+    void addToIntfIdsByPrefix(const IntfViaSetKey& viaSets,
+                              const Lanx::IpGenAddrWithMask& addrWithMask,
+                              Contributions contributions, bool isVirtual);
 
     /// Takes a contributor away. One that is not there leaves no trace and queues nothing.
     void delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
                                 const Lanx::IpGenAddrWithMask& addrWithMask,
                                 Fib::RouteType routeType, VrfId sourceVrfId, bool isVirtual);
+
+    /// The same for several routes of one address of this VRF.
+    void delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenAddrWithMask& addrWithMask,
+                                Contributions contributions, bool isVirtual);
 
     /// Lives while a member is looked at, and tells whether it was queued again meanwhile.
     class Processing {
@@ -98,6 +109,8 @@ class IntfBacklog : public Orb::Entity {
     }
 
   private:
+    void fetchAhead(Lanx::IntfId intfId, Contributions contributions) const;
+
     Processing* processing_ = nullptr;
     bool closing_ = false;
 };

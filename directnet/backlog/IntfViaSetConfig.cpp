@@ -1,5 +1,7 @@
 #include "directnet/backlog/IntfViaSetConfig.h"
 
+#include <array>
+
 #include "directnet/model/Trace.h"
 #include "directnet/model/Units.h"
 #include "platform/orb/attribute/DefineType.h"
@@ -39,21 +41,24 @@ void IntfViaSetConfig::doAddViaSet(Lanx::IntfId intfId, VrfId vrfId, IntfViaSetK
     via.intfIdIs(intfId);
     viaConfig.viaIs(via);
 
-    const Rib::ViaSetKey connected = addViaSet(viaKey, af);
-    const Rib::ViaSetKey receive = addViaSet(viaKey, af);
-    Rib::ViaSetKey receiveBroadcast;
-    Rib::ViaSetKey directedBroadcast;
-    if (af != Lanx::AddressFamily::ipv6) {
-        receiveBroadcast = addViaSet(viaKey, af);
-        directedBroadcast = addViaSet(viaKey, af);
-    }
-    const IntfViaSetKey made(intfId, viaKey, connected, receive, receiveBroadcast,
-                             directedBroadcast);
+    const IntfViaSetKey made = addViaSets(intfId, viaKey, af);
     if (status.intfViaSetKey().contains(intfId)) {
         deleteViaSets(made, af); // a watcher of what was written had the interface get others
     } else {
         status.intfViaSetKeyIs(made);
     }
+}
+
+IntfViaSetKey IntfViaSetConfig::addViaSets(Lanx::IntfId intfId, const Rib::ViaKey& viaKey,
+                                           Lanx::AddressFamily af) {
+    std::array<Rib::ViaSetKey, ViaSets::all.size()> keys;
+    for (std::size_t n = 0; n < keys.size(); ++n) {
+        if (af != Lanx::AddressFamily::ipv6 || ViaSets::all[n].inIpv6) {
+            keys[n] = addViaSet(viaKey, af);
+        }
+    }
+    return std::apply([&](const auto... key) { return IntfViaSetKey(intfId, viaKey, key...); },
+                      keys);
 }
 
 Rib::ViaSetKey IntfViaSetConfig::addViaSet(const Rib::ViaKey& viaKey, Lanx::AddressFamily af) {
@@ -79,10 +84,9 @@ void IntfViaSetConfig::delViaSetKey(Lanx::IntfId intfId, IntfViaSetKeyStatus& st
 
 void IntfViaSetConfig::deleteViaSets(const IntfViaSetKey& key, Lanx::AddressFamily af) {
     Rib::Memtab::ViaSetCollection& viaSets = *viaSetConfig()->viaSetCollection();
-    viaSets.viaSetDel(key.viaSetKey());
-    viaSets.viaSetDel(key.rxViaSetKey());
-    viaSets.viaSetDel(key.rxBcastViaSetKey());
-    viaSets.viaSetDel(key.directedBcastViaSetKey());
+    for (const ViaSetKind& kind : ViaSets::all) {
+        viaSets.viaSetDel((key.*kind.key)());
+    }
     getViaConfig(af)->viaDel(key.viaKey());
 }
 

@@ -11,9 +11,8 @@
 namespace Routing::DirectNet {
 
 /// Makes and deletes an interface's via and via sets: one via, the interface itself as next hop,
-/// and on it a set for connected and one for receive routes, for IPv4 also one for
-/// receive-broadcast and one for directed-broadcast routes. Which interface has which is kept in a
-/// status that the caller passes.
+/// and on it a set of each kind (RouteKinds.h) that the family has. Which interface has which is
+/// kept in a status that the caller passes.
 class IntfViaSetConfig : public Orb::Entity {
     ORB_ENTITY(IntfViaSetConfig, "Routing::DirectNet::IntfViaSetConfig")
     ORB_CONSTRUCTOR((Orb::Ptr<Rib::Ip::ViaConfig>, ipv4ViaConfig),
@@ -42,6 +41,8 @@ class IntfViaSetConfig : public Orb::Entity {
 
   private:
     void deleteViaSets(const IntfViaSetKey& key, Lanx::AddressFamily af);
+    IntfViaSetKey addViaSets(Lanx::IntfId intfId, const Rib::ViaKey& viaKey,
+                             Lanx::AddressFamily af);
     Rib::ViaSetKey addViaSet(const Rib::ViaKey& viaKey, Lanx::AddressFamily af);
 };
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "directnet/backlog/IntfViaSetKey.h"
+#include "directnet/backlog/RouteKinds.h"
 #include "platform/lanx/AddressFamily.h"
 #include "platform/lanx/IntfId.h"
 #include "platform/orb/attribute/Declare.h"

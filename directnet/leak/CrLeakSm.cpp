@@ -7,32 +7,26 @@
 namespace Routing::DirectNet {
 
 namespace {
+
 DIRECTNET_TRACE_UNIT("CrLeakSm");
+
+/// Visits every leak; leaks may come and go meanwhile.
+template <typename Visit>
+void forEachLeak(const RouteLeakedFromVrf& leaks, Visit visit) {
+    Orb::forEachKey(leaks.destVrfId(), [&](const Lanx::IpGenPrefix& prefix) {
+        for (const auto destVrfId : Orb::keysOf(*leaks.destVrfId().find(prefix))) {
+            visit(LeakedPrefix(prefix, destVrfId));
+        }
+    });
+}
+
 } // namespace
 
 ORB_DEFINE_TYPE(CrLeakSm)
 ORB_DEFINE_TYPE(CrLeakSm::OrbRouteLeakedFromVrf)
 
-void CrLeakSm::OrbCrLeakStatus::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == DirectNetLeakStatus::leakedRouteBySourceVrfId) {
-        owner()->handleSourceVrf(Orb::keyAs<VrfId>(key));
-    }
-}
-
-CrLeakSm::OrbRouteLeakedFromVrf::OrbRouteLeakedFromVrf(CrLeakSm* sm,
-                                                       Orb::Ptr<const RouteLeakedFromVrf> leaks)
-    : InputMemberReactor(sm) {
-    attach(std::move(leaks));
-}
-
-void CrLeakSm::OrbRouteLeakedFromVrf::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == RouteLeakedFromVrf::destVrfIdId) {
-        owner()->handleLeakedPrefix(*notifier(), Orb::keyAs<LeakedPrefix>(key));
-    }
-}
-
 void CrLeakSm::OrbRouteLeakedFromVrf::notifierIs(Orb::Ptr<const RouteLeakedFromVrf> leaks) {
-    InputMemberReactor::notifierIs(std::move(leaks));
+    SourceVrfReactor::notifierIs(std::move(leaks));
     handleInitialized();
 }
 
@@ -57,58 +51,42 @@ CrLeakSm::~CrLeakSm() {
     routeLeakedFromVrfDelAll();
 }
 
-void CrLeakSm::handleSourceVrf(VrfId sourceVrfId) {
-    if (const auto* leaks = crLeakStatus()->leakedRouteBySourceVrf(sourceVrfId)) {
+// The copy's leaks go one by one, each to be withdrawn, before the copy itself.
+void CrLeakSm::handleSourceVrf(const DirectNetLeakStatus& status, VrfId sourceVrfId) {
+    if (const auto* leaks = status.leakedRouteBySourceVrf(sourceVrfId)) {
         routeLeakedFromVrfIs(Orb::Ptr<const RouteLeakedFromVrf>(leaks));
-    } else {
-        routeLeakedFromVrfDel(sourceVrfId);
-        doDeleteLeaks(sourceVrfId, nullptr);
+        return;
+    }
+    routeLeakedFromVrfDel(sourceVrfId);
+    const Orb::Ptr<RouteLeakedFromVrf> copy(
+        crLeakLocalStatus()->leakedRouteBySourceVrf(sourceVrfId));
+    if (copy != nullptr) {
+        forEachLeak(*copy, [&copy](const LeakedPrefix& leaked) {
+            copy->destVrfIdDel(leaked.genPrefix(), leaked.destVrfId());
+        });
         crLeakLocalStatus()->leakedRouteBySourceVrfDel(sourceVrfId);
     }
 }
 
-void CrLeakSm::handleSourceVrf(const RouteLeakedFromVrf& leaks) {
-    crLeakLocalStatus()->leakedRouteBySourceVrfIs(leaks.sourceVrfId());
-    doDeleteLeaks(leaks.sourceVrfId(), &leaks);
-    Orb::forEachKey(leaks.destVrfId(), [&](const Lanx::IpGenPrefix& prefix) {
-        if (const auto* destinations = leaks.destVrfId().find(prefix)) {
-            for (const VrfId destVrfId : Orb::keysOf(*destinations)) {
-                handleLeakedPrefix(leaks, LeakedPrefix(prefix, destVrfId));
-            }
-        }
-    });
+void CrLeakSm::handleLeaks(const RouteLeakedFromVrf& leaks) {
+    const Orb::Ptr<RouteLeakedFromVrf> copy(
+        crLeakLocalStatus()->leakedRouteBySourceVrfIs(leaks.sourceVrfId()));
+    const auto handle = [&](const LeakedPrefix& leaked) { handleLeakedPrefix(leaks, leaked); };
+    forEachLeak(*copy, handle);
+    forEachLeak(leaks, handle);
 }
 
 void CrLeakSm::handleLeakedPrefix(const RouteLeakedFromVrf& leaks, const LeakedPrefix& leaked) {
-    auto* copy = crLeakLocalStatus()->leakedRouteBySourceVrf(leaks.sourceVrfId());
+    const Orb::Ptr<RouteLeakedFromVrf> copy(
+        crLeakLocalStatus()->leakedRouteBySourceVrf(leaks.sourceVrfId()));
     if (copy == nullptr) {
         return;
     }
-    const Orb::Ptr<RouteLeakedFromVrf> keep(copy);
     if (leaks.leaks(leaked.genPrefix(), leaked.destVrfId())) {
         copy->destVrfIdIs(leaked.genPrefix(), leaked.destVrfId());
     } else {
         copy->destVrfIdDel(leaked.genPrefix(), leaked.destVrfId());
     }
-}
-
-void CrLeakSm::doDeleteLeaks(VrfId sourceVrfId, const RouteLeakedFromVrf* except) {
-    const Orb::Ptr<RouteLeakedFromVrf> copy(
-        crLeakLocalStatus()->leakedRouteBySourceVrf(sourceVrfId));
-    if (copy == nullptr) {
-        return;
-    }
-    Orb::forEachKey(copy->destVrfId(), [&](const Lanx::IpGenPrefix& prefix) {
-        const auto* destinations = copy->destVrfId().find(prefix);
-        if (destinations == nullptr) {
-            return;
-        }
-        for (const VrfId destVrfId : Orb::keysOf(*destinations)) {
-            if (except == nullptr || !except->leaks(prefix, destVrfId)) {
-                copy->destVrfIdDel(prefix, destVrfId);
-            }
-        }
-    });
 }
 
 } // namespace Routing::DirectNet

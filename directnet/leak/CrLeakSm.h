@@ -1,7 +1,6 @@
 #pragma once
 
-#include <utility>
-
+#include "directnet/leak/LeakReactors.h"
 #include "directnet/model/Units.h"
 #include "platform/orb/attribute/Declare.h"
 #include "platform/routing/DirectNetLeakLocalStatus.h"
@@ -17,37 +16,34 @@ class CrLeakSm : public Orb::Entity {
 
   public:
     /// Watches the leaks of one source VRF.
-    class OrbRouteLeakedFromVrf : public Orb::InputMemberReactor<CrLeakSm, RouteLeakedFromVrf> {
+    class OrbRouteLeakedFromVrf
+        : public SourceVrfReactor<Orb::InputMemberReactor<CrLeakSm, RouteLeakedFromVrf>> {
         ORB_TYPE(OrbRouteLeakedFromVrf, "Routing::DirectNet::CrLeakSm::OrbRouteLeakedFromVrf")
 
       public:
-        OrbRouteLeakedFromVrf(CrLeakSm* sm, Orb::Ptr<const RouteLeakedFromVrf> leaks);
-        void handleInitialized() { owner()->handleSourceVrf(*notifier()); }
-        void onAttribute(Orb::AttributeId id, const void* key) override;
+        using SourceVrfReactor::SourceVrfReactor;
+        void handleInitialized() { owner()->handleLeaks(*notifier()); }
         void notifierIs(Orb::Ptr<const RouteLeakedFromVrf> leaks) override;
     };
     ORB_REACTORS(260, OrbRouteLeakedFromVrf, routeLeakedFromVrf)
     ORB_ATTRIBUTE(261, bool, initialized)
+
+  public:
+    using VrfId = Vrf::VrfIdMap::VrfId;
 
     explicit CrLeakSm(Arguments arguments);
     ~CrLeakSm() override;
 
     void handleInitialized();
 
-  private:
-    using VrfId = Vrf::VrfIdMap::VrfId;
-
-    class OrbCrLeakStatus : public Orb::InputReactor<CrLeakSm, DirectNetLeakStatus> {
-      public:
-        using InputReactor::InputReactor;
-        void onAttribute(Orb::AttributeId id, const void* key) override;
-    };
-
-    void handleSourceVrf(VrfId sourceVrfId);
-    /// Copies what `leaks` has and removes what it has not.
-    void handleSourceVrf(const RouteLeakedFromVrf& leaks);
+    void handleSourceVrf(const DirectNetLeakStatus& status, VrfId sourceVrfId);
     void handleLeakedPrefix(const RouteLeakedFromVrf& leaks, const LeakedPrefix& leaked);
-    void doDeleteLeaks(VrfId sourceVrfId, const RouteLeakedFromVrf* except);
+
+  private:
+    using OrbCrLeakStatus = LeakStatusReactor<Orb::InputReactor<CrLeakSm, DirectNetLeakStatus>>;
+
+    /// Brings the whole copy of a source VRF in line.
+    void handleLeaks(const RouteLeakedFromVrf& leaks);
 
     OrbCrLeakStatus orbCrLeakStatus_;
 };

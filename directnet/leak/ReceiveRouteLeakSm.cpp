@@ -1,47 +1,23 @@
 #include "directnet/leak/ReceiveRouteLeakSm.h"
 
-#include "directnet/leak/LeakableContributor.h"
+#include "directnet/leak/LeakRule.h"
+#include "directnet/leak/LeakWalk.h"
+#include "directnet/leak/LeakedRoutes.h"
 #include "directnet/model/Trace.h"
 #include "platform/orb/attribute/DefineType.h"
 #include "platform/orb/container/Keys.h"
-#include "platform/orb/value/Assert.h"
+#include "platform/orb/object/Decision.h"
 
 namespace Routing::DirectNet {
 
 ORB_DEFINE_TYPE(ReceiveRouteLeakSm)
 ORB_DEFINE_TYPE(ReceiveRouteLeakSm::OrbLeakedRoute4)
 ORB_DEFINE_TYPE(ReceiveRouteLeakSm::OrbLeakedRoute6)
-ORB_DEFINE_TYPE(ReceiveRouteLeakSm::OrbIntfBacklog)
-ORB_DEFINE_TYPE(ReceiveRouteLeakSm::OrbIntfBacklog::OrbIntfIdsByPrefix)
 ORB_REGISTER(ReceiveRouteLeakSm, ReceiveRouteLeakSm, unitReceiveRouteLeakSm, 0)
 
 namespace {
-
 DIRECTNET_TRACE_UNIT("ReceiveRouteLeakSm");
-
-IntfIdAndAddr leakedContributor(Lanx::IntfId intfId, const Lanx::IpGenAddrWithMask& addrWithMask,
-                                Vrf::VrfIdMap::VrfId sourceVrfId) {
-    return {intfId, addrWithMask, sourceVrfId, false, Fib::RouteType::receive};
-}
-
-bool hasLeaked(const IntfBacklog& dest, const IntfIdAndAddr& leaked) {
-    const IntfIdSet* set = dest.intfIdsByPrefix(leaked.addrWithMask().hostPrefix());
-    return set != nullptr && set->intfIdAndAddr().find(leaked) != nullptr;
-}
-
 } // namespace
-
-void ReceiveRouteLeakSm::OrbCrLeakLocalStatus::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == LeakLocalStatus::leakedRouteBySourceVrfId) {
-        owner()->handleSourceVrf(*notifier(), Orb::keyAs<VrfId>(key));
-    }
-}
-
-void ReceiveRouteLeakSm::OrbIntfBacklogByVrf::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == IntfBacklogByVrf::intfBacklogId) {
-        owner()->handleBacklog(Orb::keyAs<VrfId>(key));
-    }
-}
 
 ReceiveRouteLeakSm::ReceiveRouteLeakSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbReviewTask_(this), orbCrLeakLocalStatus4_(this),
@@ -54,6 +30,7 @@ ReceiveRouteLeakSm::ReceiveRouteLeakSm(Arguments arguments)
     handleInitialized();
 }
 
+// The backlogs last: each has a review catch up with what the VRF leaks and what is leaked to it.
 void ReceiveRouteLeakSm::handleInitialized() {
     if (initialized()) {
         DIRECTNET_TRACE(8, "already initialized");
@@ -78,6 +55,9 @@ ReceiveRouteLeakSm::~ReceiveRouteLeakSm() {
     intfBacklogDelAll();
 }
 
+// --- What changes.
+
+// A source VRF comes without leaks, and goes without: these are told of one by one.
 void ReceiveRouteLeakSm::handleSourceVrf(const LeakLocalStatus& status, VrfId sourceVrfId) {
     const Orb::Ptr<const RouteLeakedFromVrf> leaks(status.leakedRouteBySourceVrf(sourceVrfId));
     const bool ipv4 = &status == crLeakLocalStatus4().get();
@@ -92,6 +72,12 @@ void ReceiveRouteLeakSm::handleSourceVrf(const LeakLocalStatus& status, VrfId so
     }
 }
 
+void ReceiveRouteLeakSm::OrbIntfBacklogByVrf::onAttribute(Orb::AttributeId id, const void* key) {
+    if (id == IntfBacklogByVrf::intfBacklogId) {
+        owner()->handleBacklog(Orb::keyAs<VrfId>(key));
+    }
+}
+
 void ReceiveRouteLeakSm::handleBacklog(VrfId vrfId) {
     if (IntfBacklog* backlog = intfBacklogByVrf()->intfBacklog(vrfId)) {
         intfBacklogIs(Orb::Ptr<const IntfBacklog>(backlog));
@@ -100,11 +86,14 @@ void ReceiveRouteLeakSm::handleBacklog(VrfId vrfId) {
     }
 }
 
-const RouteLeakedFromVrf::DestVrfIds*
-ReceiveRouteLeakSm::destinations(VrfId sourceVrfId, const Lanx::IpGenPrefix& prefix) const {
-    const LeakLocalStatus& status = crLeakLocalStatus(prefix.af());
-    const RouteLeakedFromVrf* leaks = status.leakedRouteBySourceVrf(sourceVrfId);
-    return leaks == nullptr ? nullptr : leaks->destVrfId().find(prefix);
+void ReceiveRouteLeakSm::handleLeakedPrefix(const RouteLeakedFromVrf& leaks,
+                                            const LeakedPrefix& leaked) {
+    const Lanx::IpGenPrefix& prefix = leaked.genPrefix();
+    if (LeakSource* source = intfBacklog(leaks.sourceVrfId())) {
+        source->handlePrefix(prefix);
+    }
+    handleLeakedRoute(leaks.sourceVrfId(), prefix, crLeakLocalStatus(prefix.af()),
+                      leaked.destVrfId());
 }
 
 void ReceiveRouteLeakSm::handleLeakedRoute(VrfId sourceVrfId, const Lanx::IpGenPrefix& prefix,
@@ -112,87 +101,140 @@ void ReceiveRouteLeakSm::handleLeakedRoute(VrfId sourceVrfId, const Lanx::IpGenP
                                            VrfId destVrfId) {
     DIRECTNET_TRACE(8, "source vrf=", sourceVrfId, " dest vrf=", destVrfId, " prefix=", prefix);
     const Orb::Ptr<IntfBacklog> source(intfBacklogByVrf()->intfBacklog(sourceVrfId));
-    const Orb::Ptr<IntfBacklog> dest(intfBacklogByVrf()->intfBacklog(destVrfId));
-    if (source == nullptr || dest == nullptr) {
-        return;
-    }
-    const Orb::Ptr<IntfIdSet> set(source->intfIdsByPrefix(prefix));
+    const Orb::Ptr<IntfIdSet> set(source == nullptr ? nullptr : source->intfIdsByPrefix(prefix));
     if (set == nullptr) {
         return;
     }
-    const RouteLeakedFromVrf* leaks = leakLocalStatus.leakedRouteBySourceVrf(sourceVrfId);
-    const bool leaked = leaks != nullptr && leaks->leaks(prefix, destVrfId);
-    Orb::forEachKey(set->intfIdAndAddr(), [&](const IntfIdAndAddr& entry) {
-        if (!isLocalConnected(entry)) {
-            return;
-        }
-        if (leaked) {
-            handleContributor(*source, *set, entry, destVrfId);
-        } else {
-            delLeakedReceiveRoute(entry.intfId(), entry.addrWithMask(), *source, *dest);
-        }
+    Orb::forEachKey(set->intfIdAndAddr(), [&](const IntfIdAndAddr& contributor) {
+        handleContributor(leakLocalStatus, *source, contributor, destVrfId);
     });
 }
 
-// An address may contribute twice, as the interface's own and as a virtual one: its route stays
-// while either counts.
-void ReceiveRouteLeakSm::handleContributor(const IntfBacklog& source, const IntfIdSet& set,
+void ReceiveRouteLeakSm::handleContributor(const IntfBacklog& source,
+                                           const Lanx::IpGenPrefix& prefix,
+                                           const IntfIdAndAddr& contributor) {
+    const Orb::Ptr<const IntfBacklog> keep(&source);
+    const LeakLocalStatus& status = crLeakLocalStatus(prefix.af());
+    if (const auto* leakedTo = destinations(source.vrfId(), prefix)) {
+        for (const VrfId destVrfId : Orb::keysOf(*leakedTo)) {
+            handleContributor(status, source, contributor, destVrfId);
+        }
+    }
+}
+
+// --- What is done about it.
+
+const RouteLeakedFromVrf::DestVrfIds*
+ReceiveRouteLeakSm::destinations(VrfId sourceVrfId, const Lanx::IpGenPrefix& prefix) const {
+    const LeakLocalStatus& status = crLeakLocalStatus(prefix.af());
+    const RouteLeakedFromVrf* leaks = status.leakedRouteBySourceVrf(sourceVrfId);
+    return leaks == nullptr ? nullptr : leaks->destVrfId().find(prefix);
+}
+
+void ReceiveRouteLeakSm::handleContributor(const LeakLocalStatus& status, const IntfBacklog& source,
                                            const IntfIdAndAddr& contributor, VrfId destVrfId) {
-    const Lanx::IntfId intfId = contributor.intfId();
-    const Lanx::IpGenAddrWithMask addrWithMask = contributor.addrWithMask();
     const Orb::Ptr<IntfBacklog> dest(intfBacklogByVrf()->intfBacklog(destVrfId));
-    if (dest == nullptr) {
+    if (dest == nullptr || !isOwnSubnet(contributor)) {
         return;
     }
-    const bool leaked = hasLeaked(*dest, leakedContributor(intfId, addrWithMask, source.vrfId()));
-    const bool counts = countsForLeaks(source, set, contributor);
-    if (!counts && contributor.isVirtual()) {
-        DIRECTNET_TRACE(8, "skipping virtual address=", addrWithMask, " intf=", intfId,
-                        " without via sets of its own");
+    const Lanx::IntfId intfId = contributor.intfId();
+    const Lanx::IpGenAddrWithMask& address = contributor.addrWithMask();
+    const bool leaked = isLeaked(status, source, contributor, destVrfId);
+    if (leaked == hasLeakedRoute(*dest, intfId, address, source.vrfId())) {
+        return;
     }
-    if (counts && !leaked) {
-        addLeakedReceiveRoute(intfId, addrWithMask, source.vrfId(), destVrfId);
-    } else if (!counts && leaked) {
-        delLeakedReceiveRoute(intfId, addrWithMask, source, *dest);
+    if (leaked) {
+        addLeakedReceiveRoute(intfId, address, source.vrfId(), destVrfId);
+    } else {
+        delLeakedReceiveRoute(intfId, address, source, *dest);
     }
 }
 
 void ReceiveRouteLeakSm::addLeakedReceiveRoute(Lanx::IntfId intfId,
                                                const Lanx::IpGenAddrWithMask& addrWithMask,
                                                VrfId sourceVrfId, VrfId destVrfId) {
-    const Lanx::IpGenPrefix prefix = addrWithMask.hostPrefix();
     DIRECTNET_TRACE(8, "adding source vrf=", sourceVrfId, " intf=", intfId, " dest vrf=", destVrfId,
-                    " address=", addrWithMask, " prefix=", prefix);
+                    " address=", addrWithMask, " prefix=", addrWithMask.hostPrefix());
     const Orb::Ptr<IntfBacklog> source(intfBacklogByVrf()->intfBacklog(sourceVrfId));
     const Orb::Ptr<IntfBacklog> dest(intfBacklogByVrf()->intfBacklog(destVrfId));
-    if (source == nullptr || dest == nullptr || source->closing()
-        || hasLeaked(*dest, leakedContributor(intfId, addrWithMask, sourceVrfId))) {
-        return;
+    if (source != nullptr && dest != nullptr) {
+        addLeakedRoute(*dest, intfId, addrWithMask, *source);
     }
-    IntfViaSetKeyStatus& status = *source->intfViaSetKeyStatusFromAf(addrWithMask.af());
-    const IntfViaSetKey ivsk = status.intfViaSetKey(intfId);
-    ORB_ASSERT(ivsk != IntfViaSetKey(), "ivsk != IntfViaSetKey()");
-    status.incIntfVskRefcount(intfId);
-    dest->addToIntfIdsByPrefix(intfId, prefix, addrWithMask, Fib::RouteType::receive,
-                               ivsk.rxViaSetKey(), sourceVrfId, false);
 }
 
 void ReceiveRouteLeakSm::delLeakedReceiveRoute(Lanx::IntfId intfId,
                                                const Lanx::IpGenAddrWithMask& addrWithMask,
                                                const IntfBacklog& sourceBacklog,
                                                IntfBacklog& destBacklog) {
-    const VrfId sourceVrfId = sourceBacklog.vrfId();
-    const Lanx::IpGenPrefix prefix = addrWithMask.hostPrefix();
-    DIRECTNET_TRACE(8, "deleting source vrf=", sourceVrfId, " intf=", intfId,
+    DIRECTNET_TRACE(8, "deleting source vrf=", sourceBacklog.vrfId(), " intf=", intfId,
                     " dest vrf=", destBacklog.vrfId(), " address=", addrWithMask,
-                    " prefix=", prefix);
-    if (!hasLeaked(destBacklog, leakedContributor(intfId, addrWithMask, sourceVrfId))) {
-        return;
+                    " prefix=", addrWithMask.hostPrefix());
+    delLeakedRoute(destBacklog, intfId, addrWithMask, sourceBacklog, *intfViaSetConfig());
+}
+
+// --- The review.
+
+void ReceiveRouteLeakSm::scheduleReview() {
+    reviewedIpv4Is(false);
+    reviewedIpv6Is(false);
+    reviewBookmarkIs(SourceVrfPrefix());
+    reviewTask()->scheduleTask();
+}
+
+// Who runs the clock from inside a notification does not have a review in the middle of a decision.
+void ReceiveRouteLeakSm::doReview() {
+    if (Orb::decisionUnderWay()) {
+        reviewTask()->scheduleTask();
+    } else {
+        Orb::decide([this] { review(); });
     }
-    destBacklog.delFromIntfIdsByPrefix(intfId, prefix, addrWithMask, Fib::RouteType::receive,
-                                       sourceVrfId, false);
-    intfViaSetConfig()->releaseViaSetKey(
-        intfId, *sourceBacklog.intfViaSetKeyStatusFromAf(addrWithMask.af()));
+}
+
+void ReceiveRouteLeakSm::review() {
+    if (!reviewedIpv4()) {
+        reviewedIpv4Is(doReviewCrLeakStatus(*crLeakLocalStatus4()));
+    }
+    if (reviewedIpv4() && !reviewedIpv6() && !reviewTask()->scheduled()) {
+        reviewedIpv6Is(doReviewCrLeakStatus(*crLeakLocalStatus6()));
+    }
+    DIRECTNET_DUALLOG_IN("ReceiveRouteLeakSm::doReview", 8, "reviewed ipv4=", reviewedIpv4(),
+                         ", reviewed ipv6=", reviewedIpv6());
+}
+
+bool ReceiveRouteLeakSm::doReviewCrLeakStatus(const LeakLocalStatus& leakLocalStatus) {
+    DIRECTNET_TRACE(8, isNowhere(reviewBookmark()) ? " starting at vrf=" : " resuming at vrf=",
+                    reviewBookmark().sourceVrfId());
+    const Orb::Ptr<Kiln::Task> task = reviewTask();
+    std::uint64_t work = 0;
+    bool pause = false;
+    SourceVrfPrefix next = leakAtOrAfter(leakLocalStatus, reviewBookmark());
+    while (!isNowhere(next) && !pause) {
+        const SourceVrfPrefix position = next;
+        const Lanx::IpGenPrefix& prefix = position.genPrefix();
+        if (const auto* leakedTo = destinations(position.sourceVrfId(), prefix)) {
+            for (const VrfId destVrfId : Orb::keysOf(*leakedTo)) {
+                handleLeakedRoute(position.sourceVrfId(), prefix, leakLocalStatus, destVrfId);
+            }
+        }
+        ++work;
+        Orb::pauseBetweenDecisions();
+        if (task->scheduled() || orbMarkedForDeletion()) {
+            task->taskWorkCountInc(work);
+            return false; // another review begins at the beginning
+        }
+        next = leakAfter(leakLocalStatus, position);
+        pause = task->taskShouldYield();
+    }
+    task->taskWorkCountInc(work);
+    reviewBookmarkIs(next);
+    const bool finished = isNowhere(next);
+    if (!finished) {
+        DIRECTNET_TRACE(8, " suspending at vrf=", next.sourceVrfId());
+    }
+    if (pause && !(finished && reviewedIpv4())) { // there is more to review: this family or IPv6
+        task->scheduleTask();
+    }
+    return finished;
 }
 
 } // namespace Routing::DirectNet

@@ -2,6 +2,7 @@
 
 #include <ostream>
 
+#include "directnet/model/FunctionName.h"
 #include "platform/ringlog/RingMessage.h"
 #include "platform/ringlog/Ringlog.h"
 #include "platform/ringlog/RinglogConverter.h"
@@ -21,6 +22,8 @@
 ///   DIRECTNET_TRACE_IN("A::f", 8, "text");               in the name of another function, for what
 ///   DIRECTNET_RINGLOG_IN("A::f", "text");                is one template of several functions
 ///   DIRECTNET_DUALLOG_IN("A::f", 8, "text");
+///   DIRECTNET_THIS_FUNCTION                              such a name, in a member of a template
+///                                                        whose instances have names of their own
 ///
 /// Operands are evaluated only when the message goes somewhere, so they must not be needed
 /// otherwise. Statements stand in functions; in a lambda they name the enclosing function.

@@ -15,10 +15,10 @@ namespace Routing::DirectNet {
 /// an address that has one, and the address itself. For every address that was added the interface
 /// holds via-set references until the address is withdrawn, and one for an address of which only
 /// the broadcasts were.
-template <typename Traits>
+template <typename Family>
 class AddressContributions {
   public:
-    using AddrWithMask = typename Traits::AddrWithMask;
+    using AddrWithMask = typename Family::AddrWithMask;
     using VrfId = Vrf::VrfIdMap::VrfId;
 
     /// What is held for one address.
@@ -43,43 +43,38 @@ class AddressContributions {
 
     /// The table in which there is no room.
     const Orb::Ptr<Rib::Ip::ViaConfig>& vias() const {
-        return intfViaSetConfig_->getViaConfig(Traits::af);
+        return intfViaSetConfig_->getViaConfig(Family::af);
     }
 
-    /// Nothing without via sets.
-    void add(const AddrWithMask& address, const IntfViaSetKey& key) {
-        if (address.len() < Traits::hostLen) {
-            addPrefix(address.subnet(), address, Fib::RouteType::connected, key.viaSetKey());
+    /// Adds the address's subnet, where it has one, and the address itself. The via sets must be
+    /// there.
+    void add(const AddrWithMask& address, const IntfViaSetKey& viaSets) {
+        if (hasSubnet(address)) {
+            add(address, viaSets,
+                {{address.subnet(), RouteKinds::subnet},
+                 {address.hostPrefix(), RouteKinds::address}});
+        } else {
+            add(address, viaSets, {{address.hostPrefix(), RouteKinds::loneAddress}});
         }
-        addPrefix(address.hostPrefix(), address, hostRouteType(address), key.rxViaSetKey());
     }
 
     void withdraw(const AddrWithMask& address) {
-        if (address.len() < Traits::hostLen) {
-            delPrefix(address.subnet(), address, Fib::RouteType::connected);
+        if (hasSubnet(address)) {
+            withdraw(address, {{address.subnet(), RouteKinds::subnet},
+                               {address.hostPrefix(), RouteKinds::address}});
+        } else {
+            withdraw(address, {{address.hostPrefix(), RouteKinds::loneAddress}});
         }
-        delPrefix(address.hostPrefix(), address, hostRouteType(address));
     }
 
-    void fetchAhead(const AddrWithMask& address) const {
-        fetchAhead(address.subnet());
-        fetchAhead(address.hostPrefix());
+    /// Other routes of the address.
+    void add(const AddrWithMask& address, const IntfViaSetKey& viaSets,
+             IntfBacklog::Contributions contributions) {
+        intfBacklog_->addToIntfIdsByPrefix(viaSets, address, contributions, false);
     }
 
-    void fetchAhead(const Lanx::IpGenPrefix& prefix) const {
-        intfBacklog_->fetchAhead(intfId_, prefix);
-    }
-
-    void addPrefix(const Lanx::IpGenPrefix& prefix, const AddrWithMask& address,
-                   Fib::RouteType routeType, Rib::ViaSetKey viaSetKey) {
-        intfBacklog_->addToIntfIdsByPrefix(intfId_, prefix, address, routeType, viaSetKey,
-                                           VrfId::invalid(), false);
-    }
-
-    void delPrefix(const Lanx::IpGenPrefix& prefix, const AddrWithMask& address,
-                   Fib::RouteType routeType) {
-        intfBacklog_->delFromIntfIdsByPrefix(intfId_, prefix, address, routeType, VrfId::invalid(),
-                                             false);
+    void withdraw(const AddrWithMask& address, IntfBacklog::Contributions contributions) {
+        intfBacklog_->delFromIntfIdsByPrefix(intfId_, address, contributions, false);
     }
 
     void takeReference(const AddrWithMask& address) {
@@ -118,13 +113,10 @@ class AddressContributions {
     const Orb::HashMap<AddrWithMask, Held>& held() const { return held_; }
 
   private:
-    static Fib::RouteType hostRouteType(const AddrWithMask& address) {
-        return address.len() < Traits::hostLen ? Fib::RouteType::receive
-                                               : Fib::RouteType::attachedHost;
-    }
+    static bool hasSubnet(const AddrWithMask& address) { return address.len() < Family::hostLen; }
 
     IntfViaSetKeyStatus& status() const {
-        return *intfBacklog_->intfViaSetKeyStatusFromAf(Traits::af);
+        return *intfBacklog_->intfViaSetKeyStatusFromAf(Family::af);
     }
 
     const Lanx::IntfId intfId_;

@@ -1,6 +1,7 @@
 #include "directnet/root/ContainerSm.h"
 
 #include "directnet/model/Trace.h"
+#include "directnet/root/RootInputs.h"
 #include "platform/orb/attribute/DefineType.h"
 #include "platform/orb/container/Keys.h"
 #include "platform/orb/loop/ActivityManager.h"
@@ -86,10 +87,6 @@ void ContainerSm::handleInitialized() {
     initializedIs(true);
 }
 
-Orb::String ContainerSm::kniPath() const {
-    return "kni/ns/" + netNs().value() + "/status"; // whole, whatever bytes the name has
-}
-
 void ContainerSm::doKniInit() {
     DIRECTNET_TRACE(
         8, "Mounting kniStatus and initializing KernelIntfStatusManager for vrf : ", *this);
@@ -100,12 +97,13 @@ void ContainerSm::doKniInit() {
     }
     kernelIntfStatusDirIs(Orb::makePtr<Interface::DeviceIntfStatusDir>(
         Interface::DeviceIntfStatusDir::Arguments{Orb::Name()}));
-    mount_.doMount(kniPath(), KernelNetInfo::Status::fwkType().name(),
+    const Orb::String path = MountPaths::kernelDevices(netNs());
+    mount_.doMount(path, KernelNetInfo::Status::fwkType().name(),
                    OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::read));
     mounted_ = true;
     intfStatusManagerRoot()
-        ->intfStatusManagerIs(kernelIntfStatusDir(),
-                              mount_.getEntity<KernelNetInfo::Status>(kniPath()), netNs())
+        ->intfStatusManagerIs(kernelIntfStatusDir(), mount_.getEntity<KernelNetInfo::Status>(path),
+                              netNs())
         ->omitNonRunningKernelDevicesIs(true);
 }
 
@@ -116,7 +114,7 @@ void ContainerSm::doKniDelete() {
         return;
     }
     intfStatusManagerRoot()->intfStatusManagerDel(netNs(), kernelIntfStatusDir());
-    mount_.doUnmount(kniPath());
+    mount_.doUnmount(MountPaths::kernelDevices(netNs()));
 }
 
 void ContainerSm::clearState() {

@@ -7,8 +7,7 @@
 #include "directnet/ready/GrState.h"
 #include "directnet/ready/VrfReadyStatus.h"
 #include "directnet/root/KernelIntfStatus.h"
-#include "directnet/root/VrfIp6IntfStatusSm.h"
-#include "directnet/root/VrfIpIntfStatusSm.h"
+#include "directnet/root/VrfIntfStatusSm.h"
 #include "directnet/virtualip/VrfVirtualIpStatus.h"
 #include "directnet/virtualip/VrfVirtualIpStatusSm.h"
 #include "platform/interface/NetNsIntfStatusManagerRoot.h"
@@ -82,7 +81,6 @@ class ContainerSm : public Orb::Entity {
     }
 
   private:
-    Orb::String kniPath() const;
     void doReleaseViaSetKeys();
     void doReleaseAllViaSetKeys();
 

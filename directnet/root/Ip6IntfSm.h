@@ -2,9 +2,8 @@
 
 #include <utility>
 
-#include "directnet/backlog/RoomWaiter.h"
 #include "directnet/model/Units.h"
-#include "directnet/root/AddressContributions.h"
+#include "directnet/root/AddressMachine.h"
 #include "platform/ip/Ip6Status.h"
 #include "platform/orb/attribute/Declare.h"
 
@@ -12,7 +11,7 @@ namespace Routing::DirectNet {
 
 /// Turns the IPv6 addresses of one interface that has a kernel device into contributions to its
 /// VRF: per address the subnet and the address itself. Zero and link-local addresses yield nothing.
-class Ip6IntfSm : public Orb::Entity {
+class Ip6IntfSm : public Orb::Entity, public AddressMachine<Ip6IntfSm, Traits::IPv6> {
     ORB_ENTITY(Ip6IntfSm, "Routing::DirectNet::Ip6IntfSm")
     ORB_CONSTRUCTOR((Lanx::IntfId, intfId), (Orb::Ptr<const Ip6::IntfStatus>, ip6IntfStatus),
                     (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
@@ -25,28 +24,27 @@ class Ip6IntfSm : public Orb::Entity {
     ~Ip6IntfSm() override;
 
     const L3::VrfName& vrfName() const { return intfBacklog()->vrfName(); }
+    const Orb::Ptr<const Ip6::IntfStatus>& intfStatus() const { return ip6IntfStatus(); }
 
-    void handleInitialized();
     void handleIp6Address(const Lanx::Ip6AddrWithMask& address);
-    void handleIntfDeletion();
     /// There may be room for the interface's via, which there was not when its addresses came.
-    void handleRoom();
-
-    void updateIntfIdsByPrefix(const Lanx::Ip6AddrWithMask& address, bool withdraw);
-
-    friend std::ostream& operator<<(std::ostream& out, const Ip6IntfSm& sm) {
-        return out << sm.vrfName() << ' ' << sm.intfId();
-    }
+    void handleRoom() { applyStatus(); }
 
   private:
+    friend AddressMachine;
+
     class OrbIp6IntfStatus : public Orb::InputReactor<Ip6IntfSm, Ip6::IntfStatus> {
       public:
         using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
-    AddressContributions<Traits::IPv6> contributions_;
-    RoomWaiter<Ip6IntfSm> room_;
+    void applyStatus();
+    void withdrawStatus();
+    static bool yieldsNothing(const Lanx::Ip6AddrWithMask& address) {
+        return address.isZero() || address.isLinkLocal();
+    }
+
     OrbIp6IntfStatus orbIp6IntfStatus_;
 };
 

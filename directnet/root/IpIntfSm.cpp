@@ -1,6 +1,5 @@
 #include "directnet/root/IpIntfSm.h"
 
-#include "directnet/model/Trace.h"
 #include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet {
@@ -9,8 +8,6 @@ ORB_DEFINE_TYPE(IpIntfSm)
 ORB_REGISTER(IpIntfSm, IpIntfSm, unitDirectNet, 8)
 
 namespace {
-
-DIRECTNET_TRACE_UNIT("DirectNet");
 
 /// A /31 and a /32 have none.
 bool hasBroadcasts(const Lanx::IpAddrWithMask& address) {
@@ -31,8 +28,7 @@ void IpIntfSm::OrbIpIntfStatus::onAttribute(Orb::AttributeId id, const void* key
 }
 
 IpIntfSm::IpIntfSm(Arguments arguments)
-    : arguments_(std::move(arguments)), contributions_(intfId(), intfViaSetConfig(), intfBacklog()),
-      orbIpIntfStatus_(this) {
+    : AddressMachine(arguments), arguments_(std::move(arguments)), orbIpIntfStatus_(this) {
     orbIpIntfStatus_.notifierIs(ipIntfStatus());
     handleInitialized();
 }
@@ -42,15 +38,20 @@ IpIntfSm::~IpIntfSm() {
     handleIntfDeletion();
 }
 
-void IpIntfSm::handleInitialized() {
-    if (initialized()) {
-        DIRECTNET_TRACE(8, *this, " already initialized");
-        return;
-    }
-    initializedIs(true);
+void IpIntfSm::applyStatus() {
     handleActiveAddress(ipIntfStatus()->activeAddrWithMask());
     Orb::forEachKey(ipIntfStatus()->activeSecondaryWithMask(),
                     [this](const auto& address) { handleSecondaryAddress(address); });
+}
+
+void IpIntfSm::withdrawStatus() {
+    const auto secondaries = Orb::keysOf(ipIntfStatus()->activeSecondaryWithMask());
+    if (!prevUnnumberedIntf()) {
+        updateIntfIdsByPrefix(ipIntfStatus()->activeAddrWithMask(), true);
+    }
+    for (const Lanx::IpAddrWithMask& address : secondaries) {
+        updateIntfIdsByPrefix(address, true);
+    }
 }
 
 void IpIntfSm::handleActiveAddress(const Lanx::IpAddrWithMask& address) {
@@ -79,30 +80,13 @@ void IpIntfSm::handleDirectedBroadcast() {
     // unnumbered interface's address are taken back by nobody, so they hold theirs for good.
     const auto update = [this](const Lanx::IpAddrWithMask& address, bool isPrimary) {
         updateBcastRoute(address, false);
-        if (hasBroadcasts(address) && !room_.waits()) {
-            contributions_.takeBroadcastReference(address, isPrimary);
+        if (hasBroadcasts(address) && !waitsForRoom()) {
+            contributions().takeBroadcastReference(address, isPrimary);
         }
     };
     update(ipIntfStatus()->activeAddrWithMask(), true);
     Orb::forEachKey(ipIntfStatus()->activeSecondaryWithMask(),
                     [&](const auto& address) { update(address, false); });
-}
-
-void IpIntfSm::handleIntfDeletion() {
-    DIRECTNET_TRACE(8, "handleIntfDeletion", " intf=", intfId());
-    const auto secondaries = Orb::keysOf(ipIntfStatus()->activeSecondaryWithMask());
-    if (!prevUnnumberedIntf()) {
-        updateIntfIdsByPrefix(ipIntfStatus()->activeAddrWithMask(), true);
-    }
-    for (const Lanx::IpAddrWithMask& address : secondaries) {
-        updateIntfIdsByPrefix(address, true);
-    }
-    // The status may have moved on from what was added, without a word that was still heard.
-    for (const Lanx::IpAddrWithMask& address : Orb::keysOf(contributions_.held())) {
-        if (!contributions_.held().find(address)->stays) {
-            updateIntfIdsByPrefix(address, true);
-        }
-    }
 }
 
 void IpIntfSm::handleRoom() {
@@ -117,63 +101,26 @@ void IpIntfSm::handleRoom() {
     }
 }
 
-void IpIntfSm::updateIntfIdsByPrefix(const Lanx::IpAddrWithMask& address, bool withdraw) {
-    DIRECTNET_TRACE(8, "updateIntfIdsByPrefix", " intf=", intfId(), " addr=", address,
-                    " withdraw=", withdraw);
-    if (address.isZero()) {
-        return;
-    }
-    if (withdraw) {
-        contributions_.withdraw(address);
-        updateBcastRoute(address, true);
-        contributions_.giveReferencesBack(address);
-        return;
-    }
-    contributions_.fetchAhead(address);
-    const IntfViaSetKey key = viaSetKeyOrWait();
-    if (!key) {
-        return;
-    }
-    contributions_.add(address, key);
-    updateBcastRoute(address, false);
-    contributions_.takeReference(address);
-}
-
 void IpIntfSm::updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdraw) {
+    using Contribution = IntfBacklog::Contribution;
     if (!hasBroadcasts(address)) {
         return;
     }
-    const auto network = Lanx::IpPrefix::host(address.networkAddr());
     const auto broadcast = Lanx::IpPrefix::host(address.broadcastAddr());
-    constexpr auto directed = Fib::RouteType::receiveBroadcast;
-    constexpr auto plain = Fib::RouteType::dropDirectedBroadcast;
+    const Contribution network{Lanx::IpPrefix::host(address.networkAddr()), RouteKinds::network};
+    const Contribution plain{broadcast, RouteKinds::broadcast};
+    const Contribution forwarded{broadcast, RouteKinds::forwardedBroadcast};
     if (withdraw) {
-        contributions_.delPrefix(network, address, directed);
-        contributions_.delPrefix(broadcast, address, plain);
-        contributions_.delPrefix(broadcast, address, directed);
+        contributions().withdraw(address, {network, plain, forwarded});
         return;
     }
-    contributions_.fetchAhead(network);
-    contributions_.fetchAhead(broadcast);
-    const IntfViaSetKey key = viaSetKeyOrWait();
-    if (!key) {
+    const IntfViaSetKey viaSets = viaSetKeyOrWait();
+    if (!viaSets) {
         return;
     }
-    // The flag chooses the broadcast route's type only; its via set stays the same.
-    const bool flag = ipIntfStatus()->directedBroadcast();
-    contributions_.addPrefix(network, address, Fib::RouteType::receiveBroadcast,
-                             key.rxBcastViaSetKey());
-    contributions_.addPrefix(broadcast, address, flag ? directed : plain,
-                             key.directedBcastViaSetKey());
-    contributions_.delPrefix(broadcast, address, flag ? plain : directed);
-}
-
-IntfViaSetKey IpIntfSm::viaSetKeyOrWait() {
-    const IntfViaSetKey key = contributions_.viaSetKey();
-    if (!key) {
-        room_.await(*this, contributions_.vias(), intfBacklog());
-    }
-    return key;
+    const bool forwards = ipIntfStatus()->directedBroadcast();
+    contributions().add(address, viaSets, {network, forwards ? forwarded : plain});
+    contributions().withdraw(address, {forwards ? plain : forwarded});
 }
 
 } // namespace Routing::DirectNet

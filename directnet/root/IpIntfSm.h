@@ -2,9 +2,8 @@
 
 #include <utility>
 
-#include "directnet/backlog/RoomWaiter.h"
 #include "directnet/model/Units.h"
-#include "directnet/root/AddressContributions.h"
+#include "directnet/root/AddressMachine.h"
 #include "platform/ip/Status.h"
 #include "platform/orb/attribute/Declare.h"
 
@@ -14,7 +13,7 @@ namespace Routing::DirectNet {
 /// VRF: per address the subnet, the address itself and, up to /30, the subnet's network and
 /// broadcast addresses. An unnumbered interface contributes nothing for its primary address, which
 /// belongs to the interface that it is borrowed from.
-class IpIntfSm : public Orb::Entity {
+class IpIntfSm : public Orb::Entity, public AddressMachine<IpIntfSm, Traits::IPv4> {
     ORB_ENTITY(IpIntfSm, "Routing::DirectNet::IpIntfSm")
     ORB_CONSTRUCTOR((Lanx::IntfId, intfId), (Orb::Ptr<const Ip::IpIntfStatus>, ipIntfStatus),
                     (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
@@ -30,36 +29,32 @@ class IpIntfSm : public Orb::Entity {
     ~IpIntfSm() override;
 
     const L3::VrfName& vrfName() const { return intfBacklog()->vrfName(); }
+    const Orb::Ptr<const Ip::IpIntfStatus>& intfStatus() const { return ipIntfStatus(); }
 
-    void handleInitialized();
     void handleActiveAddress(const Lanx::IpAddrWithMask& address);
     void handleSecondaryAddress(const Lanx::IpAddrWithMask& address);
 
     /// Moves the broadcast addresses between the route types. Applied to the primary address also
     /// of an unnumbered interface, and to secondary addresses whatever their value.
     void handleDirectedBroadcast();
-    void handleIntfDeletion();
     /// There may be room for the interface's via, which there was not when its addresses came.
     void handleRoom();
 
-    void updateIntfIdsByPrefix(const Lanx::IpAddrWithMask& address, bool withdraw);
     void updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdraw);
 
-    friend std::ostream& operator<<(std::ostream& out, const IpIntfSm& sm) {
-        return out << sm.vrfName() << ' ' << sm.intfId();
-    }
-
   private:
+    friend AddressMachine;
+
     class OrbIpIntfStatus : public Orb::InputReactor<IpIntfSm, Ip::IpIntfStatus> {
       public:
         using InputReactor::InputReactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
-    IntfViaSetKey viaSetKeyOrWait();
+    void applyStatus();
+    void withdrawStatus();
+    static bool yieldsNothing(const Lanx::IpAddrWithMask& address) { return address.isZero(); }
 
-    AddressContributions<Traits::IPv4> contributions_;
-    RoomWaiter<IpIntfSm> room_;
     OrbIpIntfStatus orbIpIntfStatus_;
 };
 

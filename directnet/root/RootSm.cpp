@@ -1,5 +1,6 @@
 #include "directnet/root/RootSm.h"
 
+#include "directnet/model/ContainerRule.h"
 #include "directnet/model/Trace.h"
 #include "platform/orb/attribute/DefineType.h"
 #include "platform/orb/container/Keys.h"
@@ -164,18 +165,8 @@ void RootSm::handleRibVrfNameToIdMap() {
     errors.raise();
 }
 
-RootSm::Verdict RootSm::containerVerdict(const L3::VrfName& name) const {
-    if (nameToIdMapWrapper() == nullptr || !nameToIdMapWrapper()->vrfIdExists(name)) {
-        return Verdict::noId;
-    }
-    if (name == L3::VrfName::defaultVrf()) {
-        return Verdict::due;
-    }
-    const Ip::VrfStatusLocal* status = allVrfStatusLocal()->vrf(name);
-    if (status == nullptr) {
-        return Verdict::noStatus;
-    }
-    return status->state() == Ip::VrfState::active ? Verdict::due : Verdict::notActive;
+ContainerRule RootSm::containerRule(const L3::VrfName& name) const {
+    return {name, nameToIdMapWrapper().get(), *allVrfStatusLocal()};
 }
 
 void RootSm::doCreateOrDeleteContainer(const L3::VrfName& name) {
@@ -188,23 +179,13 @@ void RootSm::doCreateOrDeleteContainer(const L3::VrfName& name) {
         // All of them: one that comes may have the id of one that went.
         Orb::forEachKey(wasNotDue_->vrfName(),
                         [this](const L3::VrfName& gone) { doDeleteContainer(gone); });
-        const Verdict verdict = containerVerdict(name);
-        switch (verdict) {
-        case Verdict::noId:
-            DIRECTNET_TRACE(8, "VRF name to ID map has been deleted for VRF ", name);
-            break;
-        case Verdict::noStatus:
-            DIRECTNET_TRACE(8, "allVrfStatusLocal missing for VRF ", name);
-            break;
-        case Verdict::notActive:
-            DIRECTNET_TRACE(8, "allVrfStatusLocal not active for VRF ", name, " state ",
-                            allVrfStatusLocal()->vrf(name)->state());
-            break;
-        case Verdict::due:
+        const ContainerRule rule = containerRule(name);
+        const bool due = rule.due();
+        if (due) {
             DIRECTNET_TRACE(8, "All conditions met to create VRF ", name);
-            break;
+        } else {
+            DIRECTNET_TRACE(8, rule.missing());
         }
-        const bool due = verdict == Verdict::due;
         const bool exists = containerSm(name) != nullptr;
         if (due == exists) {
             DIRECTNET_TRACE(8, "no change, containerSm ", exists ? "exists" : "do not exist",
@@ -221,7 +202,7 @@ void RootSm::doCreateOrDeleteContainer(const L3::VrfName& name) {
 }
 
 void RootSm::noteWhatIsNotDue(const L3::VrfName& name) {
-    if (containerVerdict(name) != Verdict::due) {
+    if (!containerRule(name).due()) {
         wasNotDue_->vrfNameIs(name, true);
     }
 }
@@ -322,7 +303,7 @@ void RootSm::handleDelete() {
 void RootSm::orb_handleVrfStatusLocal(const VrfStatusLocalSm& sm) {
     const L3::VrfName name = sm.vrfName();
     doDeleteContainer(name);
-    if (containerVerdict(name) == Verdict::due) {
+    if (containerRule(name).due()) {
         doCreateOrDeleteContainer(name);
     }
 }

@@ -11,6 +11,7 @@
 #include "directnet/model/Units.h"
 #include "directnet/ready/AllVrfRibReadySm.h"
 #include "directnet/root/ContainerSm.h"
+#include "directnet/root/RootInputs.h"
 #include "directnet/root/VrfNameSet.h"
 #include "directnet/virtualip/AllVrfVirtualIpStatus.h"
 #include "directnet/virtualip/VirtualIpStatusSm.h"
@@ -21,6 +22,8 @@
 #include "platform/routing/DirectNetLeakStatus.h"
 
 namespace Routing::DirectNet {
+
+class ContainerRule;
 
 /// The library's one object that a hosting agent creates, with its inputs. Mounts the output
 /// tables, creates what the VRFs share, and keeps one ContainerSm for each VRF that has an id and,
@@ -93,8 +96,10 @@ class RootSm : public Orb::Entity {
     ORB_ATTRIBUTE(299, bool, initialized)
 
   public:
-    /// Creates the root from its fifteen inputs, in the order of its constructor attributes.
+    static Orb::Ptr<RootSm> RootSmIs(const RootInputs& inputs);
+    /// The same from the fifteen inputs one by one, in the order of the constructor attributes.
     template <typename... Inputs>
+        requires(sizeof...(Inputs) == 15)
     static Orb::Ptr<RootSm> RootSmIs(Inputs&&... inputs) {
         return Orb::makePtr<RootSm>(Arguments{std::forward<Inputs>(inputs)...});
     }
@@ -164,9 +169,7 @@ class RootSm : public Orb::Entity {
     void createSharedChildren();
     void unmount();
 
-    /// Whether a VRF is to have a container, or the first condition that fails.
-    enum class Verdict { noId, noStatus, notActive, due };
-    Verdict containerVerdict(const L3::VrfName& name) const;
+    ContainerRule containerRule(const L3::VrfName& name) const;
     /// A change of the VRF's conditions waits for its turn.
     void noteWhatIsNotDue(const L3::VrfName& name);
     void doCreateContainer(const L3::VrfName& name, VrfId vrfId);

@@ -15,13 +15,6 @@ namespace {
 
 DIRECTNET_TRACE_UNIT("DirectNet");
 
-constexpr const char* ipv4ViaPath = "routing/rib/viaConfig/ipv4/connected";
-constexpr const char* ipv6ViaPath = "routing/rib/viaConfig/ipv6/connected";
-constexpr const char* ipv4RoutePath = "routing/rib/routeConfig/ipv4/connected";
-constexpr const char* ipv6RoutePath = "routing/rib/routeConfig/ipv6/connected";
-constexpr const char* ipv4LeakPath = "routing/directNetLeakStatus";
-constexpr const char* ipv6LeakPath = "routing6/directNetLeakStatus";
-
 constexpr std::size_t viaCapacity = 1052672;
 constexpr std::size_t routeCapacity = 4194304;
 
@@ -36,6 +29,14 @@ void openRingTrace() {
 }
 
 } // namespace
+
+Orb::Ptr<RootSm> RootSm::RootSmIs(const RootInputs& inputs) {
+    return RootSmIs(inputs.entityManager, inputs.scheduler, inputs.viaSetConfig, inputs.ipStatus,
+                    inputs.ip6Status, inputs.virtualIpStatus, inputs.virtualIp6Status,
+                    inputs.virtualIpAsReceiveRoute, inputs.nameToIdMapWrapper,
+                    inputs.allVrfStatusLocal, inputs.allIntfStatusDir, inputs.allIntfStatusLocalDir,
+                    inputs.allVrfRibReady, inputs.protoStatusDir, inputs.grState);
+}
 
 void RootSm::doStart() {
     orbNameToIdMapWrapper_.notifierIs(nameToIdMapWrapper());
@@ -116,24 +117,24 @@ Orb::Ptr<T> RootSm::mountTable(const Orb::String& path, const OrbMemtab::MountIn
 void RootSm::mountOutputs() {
     OrbMemtab::MountInfo vias(OrbMemtab::MountInfo::Type::write);
     vias.collectionInfoIs("via", viaCapacity);
-    ipv4AllVrfViaConfigIs(mountTable<Rib::Ip::ViaConfig>(ipv4ViaPath, vias));
+    ipv4AllVrfViaConfigIs(mountTable<Rib::Ip::ViaConfig>(MountPaths::ipv4Vias, vias));
     ipv4AllVrfViaConfig()->transportIs(ipv4Transport);
     ipv4AllVrfViaConfig()->rpIs(connectedProtocol);
-    ipv6AllVrfViaConfigIs(mountTable<Rib::Ip::ViaConfig>(ipv6ViaPath, vias));
+    ipv6AllVrfViaConfigIs(mountTable<Rib::Ip::ViaConfig>(MountPaths::ipv6Vias, vias));
     ipv6AllVrfViaConfig()->transportIs(ipv6Transport);
     ipv6AllVrfViaConfig()->rpIs(connectedProtocol);
 
     OrbMemtab::MountInfo routes(OrbMemtab::MountInfo::Type::write);
     routes.collectionInfoIs("route", routeCapacity);
-    ipv4AllVrfRouteConfigIs(mountTable<Rib::RouteConfig>(ipv4RoutePath, routes));
-    ipv6AllVrfRouteConfigIs(mountTable<Rib::RouteConfig>(ipv6RoutePath, routes));
+    ipv4AllVrfRouteConfigIs(mountTable<Rib::RouteConfig>(MountPaths::ipv4Routes, routes));
+    ipv6AllVrfRouteConfigIs(mountTable<Rib::RouteConfig>(MountPaths::ipv6Routes, routes));
 }
 
 void RootSm::mountLeakStatus() {
     const OrbMemtab::MountInfo read(OrbMemtab::MountInfo::Type::read);
-    ipv4CrLeakStatusIs(mountTable<DirectNetLeakStatus>(ipv4LeakPath, read));
+    ipv4CrLeakStatusIs(mountTable<DirectNetLeakStatus>(MountPaths::ipv4Leaks, read));
     ipv4CrLeakLocalStatusIs();
-    ipv6CrLeakStatusIs(mountTable<DirectNetLeakStatus>(ipv6LeakPath, read));
+    ipv6CrLeakStatusIs(mountTable<DirectNetLeakStatus>(MountPaths::ipv6Leaks, read));
     ipv6CrLeakLocalStatusIs();
     ipv4CrLeakSmIs(ipv4CrLeakStatus(), ipv4CrLeakLocalStatus());
     ipv6CrLeakSmIs(ipv6CrLeakStatus(), ipv6CrLeakLocalStatus());

@@ -1,17 +1,11 @@
 #include "directnet/virtualip/AllVrfVirtualIpStatus.h"
 
-#include "platform/orb/attribute/DefineType.h"
+#include "directnet/model/DefineFamilyType.h"
 
-namespace Routing::DirectNet::Ipv4 {
+namespace Routing::DirectNet {
 
-ORB_DEFINE_TYPE(AllVrfVirtualIpStatus)
-ORB_REGISTER(AllVrfVirtualIpStatus, AllVrfVirtualIpStatus, unitVrfVirtualIpStatus, 5)
+DIRECTNET_DEFINE_FAMILY_TYPE(AllVrfVirtualIpStatus)
+ORB_REGISTER(Ipv6, Ipv6::AllVrfVirtualIpStatus, unitVrfVirtualIpStatus, 2)
+ORB_REGISTER(Ipv4, Ipv4::AllVrfVirtualIpStatus, unitVrfVirtualIpStatus, 5)
 
-} // namespace Routing::DirectNet::Ipv4
-
-namespace Routing::DirectNet::Ipv6 {
-
-ORB_DEFINE_TYPE(AllVrfVirtualIpStatus)
-ORB_REGISTER(AllVrfVirtualIpStatus, AllVrfVirtualIpStatus, unitVrfVirtualIpStatus, 2)
-
-} // namespace Routing::DirectNet::Ipv6
+} // namespace Routing::DirectNet

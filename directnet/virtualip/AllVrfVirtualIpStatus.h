@@ -2,14 +2,17 @@
 
 #include "directnet/virtualip/VrfVirtualIpStatus.h"
 
-namespace Routing::DirectNet::Ipv4 {
+namespace Routing::DirectNet {
 
-/// The IPv4 virtual addresses of all VRFs: one table each. When it is released the tables go one by
-/// one, for whoever follows them.
+/// The virtual addresses of all VRFs in one family: one table each. When it is released the tables
+/// go one by one, for whoever follows them.
+template <typename Family>
 class AllVrfVirtualIpStatus : public Orb::Entity {
-    ORB_ENTITY(AllVrfVirtualIpStatus, "Routing::DirectNet::Ipv4::AllVrfVirtualIpStatus")
+    using Table = VrfVirtualIpStatus<Family>;
+
+    ORB_ENTITY(AllVrfVirtualIpStatus, VirtualIpTraits<Family>::tablesName)
     ORB_NO_CONSTRUCTOR(AllVrfVirtualIpStatus)
-    ORB_CHILDREN(258, VrfVirtualIpStatus, vrfVirtualIpStatus)
+    ORB_CHILDREN(258, typename AllVrfVirtualIpStatus::Table, vrfVirtualIpStatus)
 
   public:
     void orbDoZombieReactors(bool zombie) override {
@@ -20,24 +23,14 @@ class AllVrfVirtualIpStatus : public Orb::Entity {
     }
 };
 
-} // namespace Routing::DirectNet::Ipv4
+namespace Ipv4 {
+using AllVrfVirtualIpStatus = DirectNet::AllVrfVirtualIpStatus<Traits::IPv4>;
+}
+namespace Ipv6 {
+using AllVrfVirtualIpStatus = DirectNet::AllVrfVirtualIpStatus<Traits::IPv6>;
+}
 
-namespace Routing::DirectNet::Ipv6 {
+extern template class AllVrfVirtualIpStatus<Traits::IPv4>;
+extern template class AllVrfVirtualIpStatus<Traits::IPv6>;
 
-/// The IPv6 virtual addresses of all VRFs: one table each. When it is released the tables go one by
-/// one, for whoever follows them.
-class AllVrfVirtualIpStatus : public Orb::Entity {
-    ORB_ENTITY(AllVrfVirtualIpStatus, "Routing::DirectNet::Ipv6::AllVrfVirtualIpStatus")
-    ORB_NO_CONSTRUCTOR(AllVrfVirtualIpStatus)
-    ORB_CHILDREN(258, VrfVirtualIpStatus, vrfVirtualIpStatus)
-
-  public:
-    void orbDoZombieReactors(bool zombie) override {
-        Orb::Entity::orbDoZombieReactors(zombie);
-        if (zombie) {
-            vrfVirtualIpStatusDelAll();
-        }
-    }
-};
-
-} // namespace Routing::DirectNet::Ipv6
+} // namespace Routing::DirectNet

@@ -1,18 +1,23 @@
 #include "directnet/virtualip/VirtualIpStatusSm.h"
 
 #include "directnet/model/Trace.h"
-#include "directnet/virtualip/VirtualIpTraits.h"
 #include "platform/orb/attribute/DefineType.h"
 #include "platform/orb/container/Keys.h"
 
 namespace Routing::DirectNet {
 
+ORB_DEFINE_TYPE(VirtualIpStatusDeclarations<Traits::IPv4>)
+ORB_DEFINE_TYPE(VirtualIpStatusDeclarations<Traits::IPv6>)
+ORB_REGISTER(Ipv6, Ipv6::VirtualIpStatusSm, unitVirtualIpStatusSm, 0)
+ORB_REGISTER(Ipv4, Ipv4::VirtualIpStatusSm, unitVirtualIpStatusSm, 1)
+
 namespace {
 
 DIRECTNET_TRACE_UNIT("VirtualIpStatusSm");
 
-template <typename Family, typename Sm, typename Key>
-void handleVirtualIpStatusT(Sm& sm, const Key& key) {
+template <typename Family>
+void handleVirtualIpStatusT(VirtualIpStatusSm<Family>& sm,
+                            const typename VirtualIpTraits<Family>::Key& key) {
     using Virtual = VirtualIpTraits<Family>;
     const L3::VrfName vrfName = key.vrfName();
     const auto address = Virtual::addrWithMask(key);
@@ -31,26 +36,16 @@ void handleVirtualIpStatusT(Sm& sm, const Key& key) {
     }
 }
 
-template <typename Family, typename Sm>
-void handleVirtualIpStatusT(Sm& sm) {
+template <typename Family>
+void handleVirtualIpStatusT(VirtualIpStatusSm<Family>& sm) {
     for (const auto& entry :
          Orb::objectsOf(VirtualIpTraits<Family>::collection(*sm.virtualIpStatus()))) {
-        handleVirtualIpStatusT<Family>(sm, entry->fwkKey());
+        handleVirtualIpStatusT(sm, entry->fwkKey());
     }
 }
 
-template <typename Sm>
-void handleInitializedT(Sm& sm) {
-    if (sm.initialized()) {
-        DIRECTNET_DUALLOG(8, "already initialized");
-        return;
-    }
-    sm.handleVirtualIpStatus();
-    sm.initializedIs(true);
-}
-
-template <typename Sm>
-void handleSubnetRoutesT(Sm& sm, bool enabled) {
+template <typename Family>
+void handleSubnetRoutesT(VirtualIpStatusSm<Family>& sm, bool enabled) {
     const auto& tables = *sm.vrfVirtualIpStatusHelper()->allVrfVirtualIpStatus();
     for (const auto& table : Orb::objectsOf(tables.vrfVirtualIpStatus())) {
         table->subnetRouteEnabledIs(enabled);
@@ -59,83 +54,74 @@ void handleSubnetRoutesT(Sm& sm, bool enabled) {
 
 } // namespace
 
-namespace Ipv4 {
-
-ORB_DEFINE_TYPE(VirtualIpStatusSm)
-ORB_REGISTER(VirtualIpStatusSm, VirtualIpStatusSm, unitVirtualIpStatusSm, 1)
-
-void VirtualIpStatusSm::OrbVirtualIpStatus::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == VirtualIp::VirtualIpStatus::virtualIpIntfStatusId) {
-        owner()->handleVirtualIpStatus(Orb::keyAs<VirtualIp::VrfIpWithMaskPair>(key));
-    } else if (id == VirtualIp::VirtualIpStatus::subnetRoutesId) {
-        owner()->handleSubnetRoutes();
+template <typename Family>
+void VirtualIpStatusSm<Family>::OrbVirtualIpStatus::onAttribute(Orb::AttributeId id,
+                                                                const void* key) {
+    if (id == Virtual::collectionId) {
+        this->owner()->handleVirtualIpStatus(Orb::keyAs<Key>(key));
+    }
+    if constexpr (Virtual::hasSubnets) {
+        if (id == Virtual::Status::subnetRoutesId) {
+            this->owner()->handleSubnetRoutes();
+        }
     }
 }
 
-void VirtualIpStatusSm::OrbVirtualIpStatus::notifierIs(
-    Orb::Ptr<const VirtualIp::VirtualIpStatus> status) {
-    InputReactor::notifierIs(std::move(status));
-    owner()->handleSubnetRoutes();
-}
-
-VirtualIpStatusSm::VirtualIpStatusSm(Arguments arguments)
-    : arguments_(std::move(arguments)), orbVirtualIpStatus_(this) {
-    orbVirtualIpStatus_.notifierIs(virtualIpStatus());
-    handleInitialized();
-}
-
-void VirtualIpStatusSm::handleInitialized() { handleInitializedT(*this); }
-
-VirtualIpStatusSm::~VirtualIpStatusSm() { orbDoZombieReactors(true); }
-
-void VirtualIpStatusSm::handleVirtualIpStatus(const VirtualIp::VrfIpWithMaskPair& key) {
-    handleVirtualIpStatusT<Traits::IPv4>(*this, key);
-    handleSubnetRoutes(); // the table may be new
-}
-
-void VirtualIpStatusSm::handleVirtualIpStatus() {
-    handleVirtualIpStatusT<Traits::IPv4>(*this);
-    handleSubnetRoutes();
-}
-
-void VirtualIpStatusSm::handleSubnetRoutes() {
-    handleSubnetRoutesT(*this, virtualIpStatus()->subnetRoutes());
-}
-
-} // namespace Ipv4
-
-namespace Ipv6 {
-
-ORB_DEFINE_TYPE(VirtualIpStatusSm)
-ORB_REGISTER(VirtualIpStatusSm, VirtualIpStatusSm, unitVirtualIpStatusSm, 0)
-
-void VirtualIpStatusSm::OrbVirtualIpStatus::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == VirtualIp::VirtualIp6Status::virtualIp6IntfStatusId) {
-        owner()->handleVirtualIpStatus(Orb::keyAs<VirtualIp::VrfIpPair>(key));
+template <typename Family>
+void VirtualIpStatusSm<Family>::OrbVirtualIpStatus::notifierIs(
+    Orb::Ptr<const typename Virtual::Status> status) {
+    Reactor::notifierIs(std::move(status));
+    if constexpr (Virtual::hasSubnets) {
+        this->owner()->handleSubnetRoutes();
     }
 }
 
-VirtualIpStatusSm::VirtualIpStatusSm(Arguments arguments)
-    : arguments_(std::move(arguments)), orbVirtualIpStatus_(this) {
-    orbVirtualIpStatus_.notifierIs(virtualIpStatus());
+template <typename Family>
+VirtualIpStatusSm<Family>::VirtualIpStatusSm(Arguments arguments)
+    : Declarations(std::move(arguments)), orbVirtualIpStatus_(this) {
+    orbVirtualIpStatus_.notifierIs(this->virtualIpStatus());
     handleInitialized();
 }
 
-void VirtualIpStatusSm::handleInitialized() { handleInitializedT(*this); }
-
-VirtualIpStatusSm::~VirtualIpStatusSm() { orbDoZombieReactors(true); }
-
-void VirtualIpStatusSm::handleVirtualIpStatus(const VirtualIp::VrfIpPair& key) {
-    handleVirtualIpStatusT<Traits::IPv6>(*this, key);
+template <typename Family>
+VirtualIpStatusSm<Family>::~VirtualIpStatusSm() {
+    this->orbDoZombieReactors(true);
 }
 
-void VirtualIpStatusSm::handleVirtualIpStatus() {
-    handleVirtualIpStatusT<Traits::IPv6>(*this);
+template <typename Family>
+void VirtualIpStatusSm<Family>::handleInitialized() {
+    if (this->initialized()) {
+        DIRECTNET_DUALLOG(8, "already initialized");
+        return;
+    }
+    handleVirtualIpStatus();
+    this->initializedIs(true);
+}
+
+template <typename Family>
+void VirtualIpStatusSm<Family>::handleVirtualIpStatus(const Key& key) {
+    handleVirtualIpStatusT(*this, key);
+    if constexpr (Virtual::hasSubnets) {
+        handleSubnetRoutes(); // the table may be new
+    }
+}
+
+template <typename Family>
+void VirtualIpStatusSm<Family>::handleVirtualIpStatus() {
+    handleVirtualIpStatusT(*this);
     handleSubnetRoutes();
 }
 
-void VirtualIpStatusSm::handleSubnetRoutes() { DIRECTNET_DUALLOG(8, "handleSubnetRoutes (Ipv6)"); }
+template <typename Family>
+void VirtualIpStatusSm<Family>::handleSubnetRoutes() {
+    if constexpr (Virtual::hasSubnets) {
+        handleSubnetRoutesT(*this, this->virtualIpStatus()->subnetRoutes());
+    } else {
+        DIRECTNET_DUALLOG(8, "handleSubnetRoutes (Ipv6)");
+    }
+}
 
-} // namespace Ipv6
+template class VirtualIpStatusSm<Traits::IPv4>;
+template class VirtualIpStatusSm<Traits::IPv6>;
 
 } // namespace Routing::DirectNet

@@ -3,71 +3,77 @@
 #include <utility>
 
 #include "directnet/virtualip/VrfVirtualIpStatusHelper.h"
-#include "platform/virtualip/VirtualIp6Status.h"
-#include "platform/virtualip/VirtualIpStatus.h"
 
-namespace Routing::DirectNet::Ipv4 {
+namespace Routing::DirectNet {
 
-/// Sorts the platform's flat collection of IPv4 virtual addresses into the tables of their VRFs,
-/// and hands the platform's subnet-route setting on to every table. Makes no routes.
-class VirtualIpStatusSm : public Orb::Entity {
-    ORB_ENTITY(VirtualIpStatusSm, "Routing::DirectNet::Ipv4::VirtualIpStatusSm")
+/// What VirtualIpStatusSm is made from and has in a family.
+template <typename Family>
+class VirtualIpStatusDeclarations;
+
+template <>
+class VirtualIpStatusDeclarations<Traits::IPv4> : public Orb::Entity {
+    ORB_ENTITY(VirtualIpStatusDeclarations, "Routing::DirectNet::Ipv4::VirtualIpStatusSm")
     ORB_CONSTRUCTOR((Orb::Ptr<const VirtualIp::VirtualIpStatus>, virtualIpStatus),
-                    (Orb::Ptr<VrfVirtualIpStatusHelper>, vrfVirtualIpStatusHelper))
+                    (Orb::Ptr<Ipv4::VrfVirtualIpStatusHelper>, vrfVirtualIpStatusHelper))
     ORB_ATTRIBUTE(260, bool, initialized)
 
-  public:
-    explicit VirtualIpStatusSm(Arguments arguments);
-    ~VirtualIpStatusSm() override;
-
-    void handleInitialized();
-    void handleVirtualIpStatus(const VirtualIp::VrfIpWithMaskPair& key);
-    void handleVirtualIpStatus();
-    void handleSubnetRoutes();
-
-  private:
-    class OrbVirtualIpStatus
-        : public Orb::InputReactor<VirtualIpStatusSm, VirtualIp::VirtualIpStatus> {
-      public:
-        using InputReactor::InputReactor;
-        void onAttribute(Orb::AttributeId id, const void* key) override;
-        void notifierIs(Orb::Ptr<const VirtualIp::VirtualIpStatus> status) override;
-    };
-
-    OrbVirtualIpStatus orbVirtualIpStatus_;
+  protected:
+    explicit VirtualIpStatusDeclarations(Arguments arguments) : arguments_(std::move(arguments)) {}
 };
 
-} // namespace Routing::DirectNet::Ipv4
-
-namespace Routing::DirectNet::Ipv6 {
-
-/// Sorts the platform's flat collection of IPv6 virtual addresses into the tables of their VRFs.
-/// Subnet routes are not for this family, on purpose: the machine's own setting reaches no table.
-class VirtualIpStatusSm : public Orb::Entity {
-    ORB_ENTITY(VirtualIpStatusSm, "Routing::DirectNet::Ipv6::VirtualIpStatusSm")
+template <>
+class VirtualIpStatusDeclarations<Traits::IPv6> : public Orb::Entity {
+    ORB_ENTITY(VirtualIpStatusDeclarations, "Routing::DirectNet::Ipv6::VirtualIpStatusSm")
     ORB_CONSTRUCTOR((Orb::Ptr<const VirtualIp::VirtualIp6Status>, virtualIpStatus),
-                    (Orb::Ptr<VrfVirtualIpStatusHelper>, vrfVirtualIpStatusHelper))
+                    (Orb::Ptr<Ipv6::VrfVirtualIpStatusHelper>, vrfVirtualIpStatusHelper))
+    /// On purpose without effect: IPv6 virtual addresses never yield subnets.
     ORB_ATTRIBUTE(260, bool, subnetRouteEnabled)
     ORB_ATTRIBUTE(261, bool, initialized)
 
+  protected:
+    explicit VirtualIpStatusDeclarations(Arguments arguments) : arguments_(std::move(arguments)) {}
+};
+
+/// Sorts the platform's flat collection of virtual addresses of one family into the tables of their
+/// VRFs and, for IPv4, hands the platform's subnet-route setting on to every table. Makes no
+/// routes: the machine of each VRF does, see VrfVirtualIpStatusSm.
+template <typename Family>
+class VirtualIpStatusSm : public VirtualIpStatusDeclarations<Family> {
   public:
+    using Declarations = VirtualIpStatusDeclarations<Family>;
+    using Virtual = VirtualIpTraits<Family>;
+    using Key = typename Virtual::Key;
+    using typename Declarations::Arguments;
+
     explicit VirtualIpStatusSm(Arguments arguments);
     ~VirtualIpStatusSm() override;
 
     void handleInitialized();
-    void handleVirtualIpStatus(const VirtualIp::VrfIpPair& key);
+    void handleVirtualIpStatus(const Key& key);
     void handleVirtualIpStatus();
     void handleSubnetRoutes();
 
   private:
     class OrbVirtualIpStatus
-        : public Orb::InputReactor<VirtualIpStatusSm, VirtualIp::VirtualIp6Status> {
+        : public Orb::InputReactor<VirtualIpStatusSm, typename Virtual::Status> {
       public:
-        using InputReactor::InputReactor;
+        using Reactor = Orb::InputReactor<VirtualIpStatusSm, typename Virtual::Status>;
+        using Reactor::Reactor;
         void onAttribute(Orb::AttributeId id, const void* key) override;
+        void notifierIs(Orb::Ptr<const typename Virtual::Status> status) override;
     };
 
     OrbVirtualIpStatus orbVirtualIpStatus_;
 };
 
-} // namespace Routing::DirectNet::Ipv6
+namespace Ipv4 {
+using VirtualIpStatusSm = DirectNet::VirtualIpStatusSm<Traits::IPv4>;
+}
+namespace Ipv6 {
+using VirtualIpStatusSm = DirectNet::VirtualIpStatusSm<Traits::IPv6>;
+}
+
+extern template class VirtualIpStatusSm<Traits::IPv4>;
+extern template class VirtualIpStatusSm<Traits::IPv6>;
+
+} // namespace Routing::DirectNet

@@ -1,17 +1,11 @@
 #include "directnet/virtualip/VrfVirtualIpStatus.h"
 
-#include "platform/orb/attribute/DefineType.h"
+#include "directnet/model/DefineFamilyType.h"
 
-namespace Routing::DirectNet::Ipv4 {
+namespace Routing::DirectNet {
 
-ORB_DEFINE_TYPE(VrfVirtualIpStatus)
-ORB_REGISTER(VrfVirtualIpStatus, VrfVirtualIpStatus, unitVrfVirtualIpStatus, 4)
+DIRECTNET_DEFINE_FAMILY_TYPE(VrfVirtualIpStatus)
+ORB_REGISTER(Ipv6, Ipv6::VrfVirtualIpStatus, unitVrfVirtualIpStatus, 1)
+ORB_REGISTER(Ipv4, Ipv4::VrfVirtualIpStatus, unitVrfVirtualIpStatus, 4)
 
-} // namespace Routing::DirectNet::Ipv4
-
-namespace Routing::DirectNet::Ipv6 {
-
-ORB_DEFINE_TYPE(VrfVirtualIpStatus)
-ORB_REGISTER(VrfVirtualIpStatus, VrfVirtualIpStatus, unitVrfVirtualIpStatus, 1)
-
-} // namespace Routing::DirectNet::Ipv6
+} // namespace Routing::DirectNet

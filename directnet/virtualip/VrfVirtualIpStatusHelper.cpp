@@ -1,7 +1,8 @@
 #include "directnet/virtualip/VrfVirtualIpStatusHelper.h"
 
+#include "directnet/model/ContainerRule.h"
+#include "directnet/model/DefineFamilyType.h"
 #include "directnet/model/Trace.h"
-#include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet {
 
@@ -9,70 +10,44 @@ namespace {
 
 DIRECTNET_TRACE_UNIT("VrfVirtualIpStatus");
 
-/// The one place of the rule, for both families.
-template <typename Helper>
-void maybeDeleteVrfVirtualIpStatusT(Helper& helper, const L3::VrfName& vrfName) {
-    bool containerGone = true;
-    if (helper.nameToIdMapWrapper() == nullptr
-        || !helper.nameToIdMapWrapper()->vrfIdExists(vrfName)) {
-        DIRECTNET_DUALLOG(9, "VRF name to ID map has been deleted for VRF ", vrfName);
-    } else if (vrfName == L3::VrfName::defaultVrf()) {
+template <typename Family>
+void maybeDeleteVrfVirtualIpStatusT(VrfVirtualIpStatusHelper<Family>& helper,
+                                    const L3::VrfName& vrfName) {
+    const ContainerRule container(vrfName, helper.nameToIdMapWrapper().get(),
+                                  *helper.allVrfStatusLocal());
+    if (container.due()) {
         DIRECTNET_DUALLOG(9, "ContainerSm is present for VRF ", vrfName);
-        containerGone = false;
-    } else if (const auto* local = helper.allVrfStatusLocal()->vrf(vrfName); local == nullptr) {
-        DIRECTNET_DUALLOG(9, "allVrfStatusLocal missing for VRF ", vrfName);
-    } else if (local->state() != Ip::VrfState::active) {
-        DIRECTNET_DUALLOG(9, "allVrfStatusLocal not active for VRF ", vrfName, " state ",
-                          local->state());
     } else {
-        DIRECTNET_DUALLOG(9, "ContainerSm is present for VRF ", vrfName);
-        containerGone = false;
+        DIRECTNET_DUALLOG(9, container.missing());
     }
-
-    const auto* table = helper.allVrfVirtualIpStatus()->vrfVirtualIpStatus(vrfName);
+    AllVrfVirtualIpStatus<Family>& tables = *helper.allVrfVirtualIpStatus();
+    const auto* table = tables.vrfVirtualIpStatus(vrfName);
     if (table == nullptr || !table->virtualIp().empty()) {
         DIRECTNET_DUALLOG(9, "At least one virtual IP present in VRF ", vrfName);
         return;
     }
     DIRECTNET_DUALLOG(9, "No virtual IPs present in VRF ", vrfName);
-    if (containerGone) {
+    if (!container.due()) {
         DIRECTNET_DUALLOG(8, "Delete VrfVirtualIpStatus for VRF ", vrfName);
-        helper.allVrfVirtualIpStatus()->vrfVirtualIpStatusDel(vrfName);
+        tables.vrfVirtualIpStatusDel(vrfName);
     }
 }
 
 } // namespace
 
-namespace Ipv4 {
-
-ORB_DEFINE_TYPE(VrfVirtualIpStatusHelper)
-ORB_REGISTER(VrfVirtualIpStatusHelper, VrfVirtualIpStatusHelper, unitVrfVirtualIpStatus, 3)
-
-Orb::Ptr<VrfVirtualIpStatus>
-VrfVirtualIpStatusHelper::findOrCreateVrfVirtualIpStatus(const L3::VrfName& vrfName) {
+template <typename Family>
+Orb::Ptr<VrfVirtualIpStatus<Family>>
+VrfVirtualIpStatusHelper<Family>::findOrCreateVrfVirtualIpStatus(const L3::VrfName& vrfName) {
     return Orb::Ptr(allVrfVirtualIpStatus()->vrfVirtualIpStatusIs(vrfName));
 }
 
-void VrfVirtualIpStatusHelper::maybeDeleteVrfVirtualIpStatus(const L3::VrfName& vrfName) {
+template <typename Family>
+void VrfVirtualIpStatusHelper<Family>::maybeDeleteVrfVirtualIpStatus(const L3::VrfName& vrfName) {
     maybeDeleteVrfVirtualIpStatusT(*this, vrfName);
 }
 
-} // namespace Ipv4
-
-namespace Ipv6 {
-
-ORB_DEFINE_TYPE(VrfVirtualIpStatusHelper)
-ORB_REGISTER(VrfVirtualIpStatusHelper, VrfVirtualIpStatusHelper, unitVrfVirtualIpStatus, 0)
-
-Orb::Ptr<VrfVirtualIpStatus>
-VrfVirtualIpStatusHelper::findOrCreateVrfVirtualIpStatus(const L3::VrfName& vrfName) {
-    return Orb::Ptr(allVrfVirtualIpStatus()->vrfVirtualIpStatusIs(vrfName));
-}
-
-void VrfVirtualIpStatusHelper::maybeDeleteVrfVirtualIpStatus(const L3::VrfName& vrfName) {
-    maybeDeleteVrfVirtualIpStatusT(*this, vrfName);
-}
-
-} // namespace Ipv6
+DIRECTNET_DEFINE_FAMILY_TYPE(VrfVirtualIpStatusHelper)
+ORB_REGISTER(Ipv6, Ipv6::VrfVirtualIpStatusHelper, unitVrfVirtualIpStatus, 0)
+ORB_REGISTER(Ipv4, Ipv4::VrfVirtualIpStatusHelper, unitVrfVirtualIpStatus, 3)
 
 } // namespace Routing::DirectNet

@@ -1,7 +1,9 @@
 #include "directnet/virtualip/VrfVirtualIpStatusSm.h"
 
+#include <vector>
+
+#include "directnet/model/DefineFamilyType.h"
 #include "directnet/model/Trace.h"
-#include "platform/orb/attribute/DefineType.h"
 #include "platform/orb/container/Keys.h"
 
 namespace Routing::DirectNet {
@@ -9,9 +11,6 @@ namespace Routing::DirectNet {
 namespace {
 
 DIRECTNET_TRACE_UNIT("VrfVirtualIpStatusSm");
-
-// A virtual address is never leaked from another VRF.
-constexpr Vrf::VrfIdMap::VrfId local = Vrf::VrfIdMap::VrfId::invalid();
 
 template <typename AddrWithMask>
 bool yieldsNothing(const AddrWithMask& address) {
@@ -23,55 +22,12 @@ bool hasSubnet(const typename Family::AddrWithMask& address) {
     return VirtualIpTraits<Family>::hasSubnets && address.len() < Family::hostLen;
 }
 
-template <typename Sm, typename AddrWithMask>
-void addSubnet(Sm& sm, Lanx::IntfId intfId, const AddrWithMask& address, Rib::ViaSetKey viaSetKey) {
-    sm.intfBacklog()->addToIntfIdsByPrefix(intfId, address.subnet(), address,
-                                           Fib::RouteType::connected, viaSetKey, local, true);
-}
-
-template <typename Sm, typename AddrWithMask>
-void delSubnet(Sm& sm, Lanx::IntfId intfId, const AddrWithMask& address) {
-    sm.intfBacklog()->delFromIntfIdsByPrefix(intfId, address.subnet(), address,
-                                             Fib::RouteType::connected, local, true);
-}
-
-template <typename Family, typename Sm>
-void addContributions(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm& nested, Lanx::IntfId intfId,
-                      const typename Family::AddrWithMask& address) {
-    const IntfViaSetKey viaSetKey = sm.viaSetKeyOrWait(intfId);
-    if (!viaSetKey) {
-        return;
-    }
-    sm.intfBacklog()->addToIntfIdsByPrefix(intfId, address.hostPrefix(), address,
-                                           Fib::RouteType::receive, viaSetKey.rxViaSetKey(), local,
-                                           true);
-    if (hasSubnet<Family>(address) && sm.table().subnetRouteEnabled()) {
-        addSubnet(sm, intfId, address, viaSetKey.viaSetKey());
-    }
-    if (!nested.references().holds(intfId)) {
-        nested.references().take(intfId, intfId, *sm.ivskStatus());
-    }
-}
-
-template <typename Family, typename Sm>
-void withdrawContributions(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm* nested,
-                           Lanx::IntfId intfId, const typename Family::AddrWithMask& address) {
-    sm.intfBacklog()->delFromIntfIdsByPrefix(intfId, address.hostPrefix(), address,
-                                             Fib::RouteType::receive, local, true);
-    if (hasSubnet<Family>(address)) {
-        delSubnet(sm, intfId, address); // whatever the flag says now, it may have been set before
-    }
-    if (nested != nullptr) {
-        nested->references().giveBack(intfId, intfId, *sm.intfViaSetConfig(), *sm.ivskStatus());
-    }
-}
-
 /// One (virtual address, interface) pair. `nested` is the address's nested machine; a pair without
 /// one, or whose machine is going, is absent.
-template <typename Family, typename Sm>
+template <typename Sm>
 void handleVirtualIpIntfStatusT(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm* nested,
                                 const typename Sm::Key& key, Lanx::IntfId intfId) {
-    const auto address = VirtualIpTraits<Family>::addrWithMask(key);
+    const auto address = Sm::Virtual::addrWithMask(key);
     DIRECTNET_DUALLOG(8, "vrfName= ", sm.table().name(), ", addr= ", address, ", intfId= ", intfId);
     if (yieldsNothing(address)) {
         DIRECTNET_DUALLOG(8, "Address is zero or link is local");
@@ -81,10 +37,10 @@ void handleVirtualIpIntfStatusT(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm* n
     if (nested != nullptr && !nested->orbMarkedForDeletion() && entry != nullptr
         && entry->intfId(intfId)) {
         DIRECTNET_DUALLOG(7, "create receive route");
-        addContributions<Family>(sm, *nested, intfId, address);
+        sm.addContributions(*nested, intfId, address);
     } else {
         DIRECTNET_DUALLOG(7, "delete receive route");
-        withdrawContributions<Family>(sm, nested, intfId, address);
+        sm.withdrawContributions(nested, intfId, address);
     }
 }
 
@@ -109,142 +65,235 @@ void handleVrfVirtualIpStatusT(Sm& sm) {
 }
 
 /// What the address contributed is withdrawn, which may be more than its object still lists.
-template <typename Family, typename Sm>
+template <typename Sm>
 void handleVirtualIpIntfStatusDeletionT(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm& nested) {
-    const auto intfIds = Orb::keysOf(nested.references().taken());
+    const auto intfIds = Orb::keysOf(nested.contributesOn());
     DIRECTNET_DUALLOG(8, "vrfName= ", sm.table().name(), ", intfIds=", intfIds.size());
     for (const Lanx::IntfId intfId : intfIds) {
-        handleVirtualIpIntfStatusT<Family>(sm, &nested, nested.fwkKey(), intfId);
+        handleVirtualIpIntfStatusT(sm, &nested, nested.fwkKey(), intfId);
     }
 }
 
 } // namespace
 
-template <typename Sm, typename Family>
-void VrfVirtualIpMachine<Sm, Family>::handleInitialized() {
-    if (self().initialized()) {
-        DIRECTNET_DUALLOG(8, "vrfName= ", self().table().name(), " already initialized");
+// The table.
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::OrbVrfVirtualIpStatus::onAttribute(Orb::AttributeId id,
+                                                                      const void* attributeKey) {
+    VrfVirtualIpStatusSm& sm = *this->owner();
+    if (id == Table::virtualIpId) {
+        const Key& key = Orb::keyAs<Key>(attributeKey);
+        if (const auto* virtualIp = this->notifier()->virtualIp(key)) {
+            sm.virtualIpIntfStatusSmIs(Orb::Ptr(virtualIp));
+        } else {
+            sm.virtualIpIntfStatusSmDel(key);
+        }
+        sm.handleVrfVirtualIpStatus(key);
+    } else if (id == Table::subnetRouteEnabledId) {
+        sm.handleSubnetRouteEnabled();
+    }
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::OrbVrfVirtualIpStatus::notifierIs(Orb::Ptr<const Table> table) {
+    Reactor::notifierIs(std::move(table));
+    VrfVirtualIpStatusSm& sm = *this->owner();
+    const auto& virtualIps = this->notifier()->virtualIp();
+    for (const auto& virtualIp : Orb::objectsOf(virtualIps)) {
+        sm.virtualIpIntfStatusSmIs(virtualIp);
+    }
+    std::vector<Key> gone;
+    for (const auto& nested : sm.virtualIpIntfStatusSm()) {
+        if (!virtualIps.contains(nested->fwkKey())) {
+            gone.push_back(nested->fwkKey());
+        }
+    }
+    for (const Key& key : gone) {
+        sm.virtualIpIntfStatusSmDel(key);
+    }
+    sm.handleSubnetRouteEnabled();
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::handleVrfVirtualIpStatus(const Key& key) {
+    handleVrfVirtualIpStatusT(*this, key);
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::handleVrfVirtualIpStatus() {
+    handleVrfVirtualIpStatusT(*this);
+}
+
+// One address.
+
+template <typename Family>
+VrfVirtualIpStatusSm<Family>::OrbVirtualIpIntfStatusSm::OrbVirtualIpIntfStatusSm(
+    VrfVirtualIpStatusSm* sm, Orb::Ptr<const IntfStatus> status)
+    : Member(sm) {
+    this->attach(std::move(status));
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::OrbVirtualIpIntfStatusSm::onAttribute(Orb::AttributeId id,
+                                                                         const void* key) {
+    if (id == IntfStatus::intfIdId) {
+        this->owner()->handleVirtualIpIntfStatus(this->fwkKey(), Orb::keyAs<Lanx::IntfId>(key));
+    }
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::OrbVirtualIpIntfStatusSm::notifierIs(
+    Orb::Ptr<const IntfStatus> status) {
+    Member::notifierIs(std::move(status));
+    for (const Lanx::IntfId intfId : Orb::keysOf(contributesOn_)) {
+        if (!this->notifier()->intfId(intfId)) {
+            this->owner()->handleVirtualIpIntfStatus(this->fwkKey(), intfId);
+        }
+    }
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::OrbVirtualIpIntfStatusSm::orbDoZombieReactors(bool zombie) {
+    const bool goes = zombie && !this->orbMarkedForDeletion();
+    Member::orbDoZombieReactors(zombie);
+    if (goes) {
+        handleVirtualIpIntfStatusDeletion();
+    }
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::OrbVirtualIpIntfStatusSm::handleVirtualIpIntfStatusDeletion() {
+    handleVirtualIpIntfStatusDeletionT(*this->owner(), *this);
+}
+
+// One address on one interface.
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::handleVirtualIpIntfStatus(const Key& key, Lanx::IntfId intfId) {
+    handleVirtualIpIntfStatusT(*this, virtualIpIntfStatusSm(key), key, intfId);
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::addContributions(OrbVirtualIpIntfStatusSm& nested,
+                                                    Lanx::IntfId intfId,
+                                                    const AddrWithMask& address) {
+    const IntfViaSetKey viaSets = viaSetKeyOrWait(intfId);
+    if (!viaSets) {
         return;
     }
-    handleVrfVirtualIpStatus();
-    self().initializedIs(true);
-}
-
-template <typename Sm, typename Family>
-void VrfVirtualIpMachine<Sm, Family>::handleRoom() {
-    handleVrfVirtualIpStatus();
-}
-
-template <typename Sm, typename Family>
-IntfViaSetKey VrfVirtualIpMachine<Sm, Family>::viaSetKeyOrWait(Lanx::IntfId intfId) {
-    const Orb::Ptr<IntfBacklog>& backlog = self().intfBacklog();
-    const IntfViaSetKey key = self().intfViaSetConfig()->findOrCreateViaSetKey(
-        intfId, backlog->vrfId(), *self().ivskStatus());
-    if (!key) {
-        room_.await(self(), self().intfViaSetConfig()->getViaConfig(Family::af), backlog);
+    this->intfBacklog()->addToIntfIdsByPrefix(viaSets, address,
+                                              {{address.hostPrefix(), RouteKinds::address}}, true);
+    if (hasSubnet<Family>(address) && this->table().subnetRouteEnabled()) {
+        addSubnet(viaSets, address);
     }
-    return key;
-}
-
-template <typename Sm, typename Family>
-void VrfVirtualIpMachine<Sm, Family>::handleVrfVirtualIpStatus(const Key& key) {
-    handleVrfVirtualIpStatusT(self(), key);
-}
-
-template <typename Sm, typename Family>
-void VrfVirtualIpMachine<Sm, Family>::handleVrfVirtualIpStatus() {
-    handleVrfVirtualIpStatusT(self());
-}
-
-template <typename Sm, typename Family>
-void VrfVirtualIpMachine<Sm, Family>::handleVirtualIpIntfStatus(const Key& key,
-                                                                Lanx::IntfId intfId) {
-    handleVirtualIpIntfStatusT<Family>(self(), self().virtualIpIntfStatusSm(key), key, intfId);
-}
-
-template <typename Sm, typename Family>
-void VrfVirtualIpMachine<Sm, Family>::handleVirtualIpIntfStatusDeletion(
-    OrbVirtualIpIntfStatusSm& nested) {
-    handleVirtualIpIntfStatusDeletionT<Family>(self(), nested);
-}
-
-template <typename Sm, typename Family>
-void VrfVirtualIpMachine<Sm, Family>::doReleaseAll() {
-    self().virtualIpIntfStatusSmDelAll();
-    self().intfViaSetConfig()->delViaSetKeyAll(*self().ivskStatus());
-}
-
-template class VrfVirtualIpMachine<Ipv4::VrfVirtualIpStatusSm, Traits::IPv4>;
-template class VrfVirtualIpMachine<Ipv6::VrfVirtualIpStatusSm, Traits::IPv6>;
-
-namespace Ipv4 {
-
-ORB_DEFINE_TYPE(VrfVirtualIpStatusSm)
-ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 1)
-
-VrfVirtualIpStatusSm::VrfVirtualIpStatusSm(Arguments arguments)
-    : arguments_(std::move(arguments)), orbVrfVirtualIpStatus_(this) {
-    newIvskStatus(Lanx::AddressFamily::ipv4);
-    orbVrfVirtualIpStatus_.notifierIs(vrfVirtualIpStatus());
-    handleInitialized();
-}
-
-VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() { VrfVirtualIpStatusSm::orbDoZombieReactors(true); }
-
-void VrfVirtualIpStatusSm::orbDoZombieReactors(bool zombie) {
-    Entity::orbDoZombieReactors(zombie);
-    if (zombie) {
-        doReleaseAll();
+    if (nested.contributesOn_.tryInsert(intfId).second) {
+        ivskStatus()->incIntfVskRefcount(intfId);
     }
 }
 
-void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
-    for (const auto& virtualIp : Orb::objectsOf(table().virtualIp())) {
-        const Key key = virtualIp->vrfIpWithMask();
-        const Lanx::IpAddrWithMask address = key.ipAddrWithMask();
-        if (!hasSubnet<Traits::IPv4>(address) || yieldsNothing(address)) {
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::withdrawContributions(OrbVirtualIpIntfStatusSm* nested,
+                                                         Lanx::IntfId intfId,
+                                                         const AddrWithMask& address) {
+    this->intfBacklog()->delFromIntfIdsByPrefix(
+        intfId, address, {{address.hostPrefix(), RouteKinds::address}}, true);
+    if (hasSubnet<Family>(address)) {
+        delSubnet(intfId, address); // whatever the flag says now, it may have been set before
+    }
+    if (nested != nullptr && nested->contributesOn_.erase(intfId)) {
+        this->intfViaSetConfig()->releaseViaSetKey(intfId, *ivskStatus());
+    }
+}
+
+template <typename Family>
+IntfViaSetKey VrfVirtualIpStatusSm<Family>::viaSetKeyOrWait(Lanx::IntfId intfId) {
+    const Orb::Ptr<IntfBacklog>& backlog = this->intfBacklog();
+    const IntfViaSetKey viaSets =
+        this->intfViaSetConfig()->findOrCreateViaSetKey(intfId, backlog->vrfId(), *ivskStatus());
+    if (!viaSets) {
+        room_.await(*this, this->intfViaSetConfig()->getViaConfig(Family::af), backlog);
+    }
+    return viaSets;
+}
+
+// Subnets.
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::addSubnet(const IntfViaSetKey& viaSets,
+                                             const AddrWithMask& address) {
+    this->intfBacklog()->addToIntfIdsByPrefix(viaSets, address,
+                                              {{address.subnet(), RouteKinds::subnet}}, true);
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::delSubnet(Lanx::IntfId intfId, const AddrWithMask& address) {
+    this->intfBacklog()->delFromIntfIdsByPrefix(intfId, address,
+                                                {{address.subnet(), RouteKinds::subnet}}, true);
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::handleSubnetRouteEnabled() {
+    if constexpr (!Virtual::hasSubnets) {
+        DIRECTNET_DUALLOG(8, "handleSubnetRouteEnabled (Ipv6)");
+        return;
+    }
+    const auto& table = this->table();
+    for (const auto& virtualIp : Orb::objectsOf(table.virtualIp())) {
+        const Key key = virtualIp->fwkKey();
+        const AddrWithMask address = Virtual::addrWithMask(key);
+        if (!hasSubnet<Family>(address) || yieldsNothing(address)) {
             continue;
         }
         // Whoever watches the vias may change anything in the middle, so each step looks again.
         Orb::forEachKey(virtualIp->intfId(), [&](Lanx::IntfId intfId) {
-            if (!table().subnetRouteEnabled()) {
-                delSubnet(*this, intfId, address);
-            } else if (table().virtualIp(key) == virtualIp.get() && virtualIp->intfId(intfId)) {
-                if (const IntfViaSetKey viaSetKey = viaSetKeyOrWait(intfId); !!viaSetKey) {
-                    addSubnet(*this, intfId, address, viaSetKey.viaSetKey());
+            if (!table.subnetRouteEnabled()) {
+                delSubnet(intfId, address);
+            } else if (table.virtualIp(key) == virtualIp.get() && virtualIp->intfId(intfId)) {
+                if (const IntfViaSetKey viaSets = viaSetKeyOrWait(intfId); !!viaSets) {
+                    addSubnet(viaSets, address);
                 }
             }
         });
     }
 }
 
-} // namespace Ipv4
+// Start and end.
 
-namespace Ipv6 {
-
-ORB_DEFINE_TYPE(VrfVirtualIpStatusSm)
-ORB_REGISTER(VrfVirtualIpStatusSm, VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 0)
-
-VrfVirtualIpStatusSm::VrfVirtualIpStatusSm(Arguments arguments)
-    : arguments_(std::move(arguments)), orbVrfVirtualIpStatus_(this) {
-    newIvskStatus(Lanx::AddressFamily::ipv6);
-    orbVrfVirtualIpStatus_.notifierIs(vrfVirtualIp6Status());
+template <typename Family>
+VrfVirtualIpStatusSm<Family>::VrfVirtualIpStatusSm(Arguments arguments)
+    : VrfVirtualIpArguments<Family>(std::move(arguments)), orbVrfVirtualIpStatus_(this) {
+    newIvskStatus(Family::af);
+    orbVrfVirtualIpStatus_.notifierIs(Orb::Ptr<const VrfVirtualIpStatus<Family>>(&this->table()));
     handleInitialized();
 }
 
-VrfVirtualIpStatusSm::~VrfVirtualIpStatusSm() { VrfVirtualIpStatusSm::orbDoZombieReactors(true); }
+template <typename Family>
+VrfVirtualIpStatusSm<Family>::~VrfVirtualIpStatusSm() {
+    VrfVirtualIpStatusSm::orbDoZombieReactors(true);
+}
 
-void VrfVirtualIpStatusSm::orbDoZombieReactors(bool zombie) {
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::handleInitialized() {
+    if (initialized()) {
+        DIRECTNET_DUALLOG(8, "vrfName= ", this->table().name(), " already initialized");
+        return;
+    }
+    handleVrfVirtualIpStatus();
+    initializedIs(true);
+}
+
+template <typename Family>
+void VrfVirtualIpStatusSm<Family>::orbDoZombieReactors(bool zombie) {
     Entity::orbDoZombieReactors(zombie);
     if (zombie) {
-        doReleaseAll();
+        virtualIpIntfStatusSmDelAll();
+        this->intfViaSetConfig()->delViaSetKeyAll(*ivskStatus());
     }
 }
 
-void VrfVirtualIpStatusSm::handleSubnetRouteEnabled() {
-    DIRECTNET_DUALLOG(8, "handleSubnetRouteEnabled (Ipv6)");
-}
-
-} // namespace Ipv6
+DIRECTNET_DEFINE_FAMILY_TYPE(VrfVirtualIpStatusSm)
+ORB_REGISTER(Ipv6, Ipv6::VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 0)
+ORB_REGISTER(Ipv4, Ipv4::VrfVirtualIpStatusSm, unitVrfVirtualIpStatusSm, 1)
 
 } // namespace Routing::DirectNet

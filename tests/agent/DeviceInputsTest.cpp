@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -12,6 +11,7 @@
 #include "agent/run/MergeDiff.h"
 #include "platform/orb/attribute/DeclaredAttributes.h"
 #include "platform/orb/loop/SimulatedClock.h"
+#include "tests/agent/RandomPatches.h"
 
 namespace Agent {
 namespace {
@@ -85,76 +85,9 @@ json contents(const DeviceInputs& inputs) {
     return all;
 }
 
-/// Where a device document can hold something: the keys on the way there, and what may be there.
-struct Place {
-    std::vector<std::vector<std::string>> keys;
-    std::vector<json> values;
-};
-
-/// A small world, so that patches on it often meet.
-std::vector<Place> placesOfASmallWorld() {
-    const std::vector<std::string> vrf{"default", "red", "blue"};
-    const std::vector<std::string> netns{"default", "ns-red"};
-    const std::vector<std::string> intf{"e1", "e2", "Loopback0"};
-    const std::vector<std::string> address{"10.0.0.1/24", "10.0.0.2/24", "10.0.1.1/24"};
-    const std::vector<std::string> prefix{"10.0.0.0/16", "10.1.0.0/16"};
-    const std::vector<std::string> prefix6{"2001:db8::1/128", "2001:db8::2/128"};
-    const std::vector<json> flag{true, true, false};
-    return {{{{"vrfs"}, vrf, {"id"}}, {0U, 1U, 2U, 3U}},
-            {{{"vrfs"}, vrf, {"status"}}, {json::object()}},
-            {{{"vrfs"}, vrf, {"status"}, {"active"}}, flag},
-            {{{"vrfs"}, vrf, {"status"}, {"netns"}}, {"default", "ns-red"}},
-            {{{"kernel"}, netns, intf}, {json::object()}},
-            {{{"kernel"}, netns, intf, {"running"}}, flag},
-            {{{"kernel"}, netns, intf, {"device"}}, {"et9"}},
-            {{{"ipv4"}, vrf, intf, {"address"}}, {address[0], address[1]}},
-            {{{"ipv4"}, vrf, intf, {"secondary"}, address}, flag},
-            {{{"ipv4"}, vrf, intf, {"unnumbered"}}, {"Loopback0"}},
-            {{{"ipv4"}, vrf, intf, {"directedBroadcast"}}, flag},
-            {{{"ipv6"}, vrf, intf}, {json::object()}},
-            {{{"ipv6"}, vrf, intf, {"2001:db8::1/64", "2001:db8::2/64"}}, flag},
-            {{{"virtualIps"}, {"ipv4"}, vrf, address, intf}, flag},
-            {{{"virtualIps"}, {"ipv6"}, vrf, {"2001:db8::1"}, intf}, flag},
-            {{{"virtualIps"}, {"subnetRoutes"}}, flag},
-            {{{"leaks"}, {"ipv4"}, vrf, prefix, vrf}, flag},
-            {{{"leaks"}, {"ipv6"}, vrf, prefix6, vrf}, flag},
-            {{{"ribWaits"}, vrf}, flag},
-            {{{"startReadyVerification"}}, flag}};
-}
-
-class RandomPatches {
-  public:
-    explicit RandomPatches(unsigned seed) : engine_(seed) {}
-
-    json next() {
-        json patch = json::object();
-        for (auto count = 1 + below(6); count > 0; --count) {
-            const Place& place = oneOf(places_);
-            const bool removal = below(6) == 0;
-            const auto depth = removal ? 1 + below(place.keys.size()) : place.keys.size();
-            json* at = &patch;
-            for (std::size_t key = 0; key < depth; ++key) {
-                at = &(*at)[oneOf(place.keys[key])];
-            }
-            *at = removal ? json() : oneOf(place.values);
-        }
-        return patch;
-    }
-
-  private:
-    std::size_t below(std::size_t limit) { return engine_() % limit; }
-    template <typename T>
-    const T& oneOf(const std::vector<T>& choices) {
-        return choices[below(choices.size())];
-    }
-
-    const std::vector<Place> places_ = placesOfASmallWorld();
-    std::mt19937 engine_;
-};
-
 TEST(DeviceInputs, PatchesLeadWhereTheMergedDocumentLeads) {
     for (unsigned seed = 1; seed <= 60; ++seed) {
-        RandomPatches random(seed);
+        TestSupport::RandomPatches random(seed);
         const auto inputs = makeInputs();
         json document = json::object();
         for (int step = 0; step < 60; ++step) {

@@ -21,7 +21,7 @@ std::string complaint(const std::string& line) {
 
 std::string setLine(const std::string& patch) { return R"({"set":)" + patch + "}"; }
 
-TEST(Document, RefusesWhatTheSchemaDoesNotAllowAndSaysWhere) {
+TEST(Document, WhatTheSchemaDoesNotAllowIsRefusedWhereItStands) {
     const std::string longVrf(101, 'v');
     const std::string longNetns(151, 'n');
     const std::pair<std::string, std::string> badLines[]{

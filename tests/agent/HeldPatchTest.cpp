@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <random>
+#include <algorithm>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -8,109 +9,56 @@
 #include <nlohmann/json.hpp>
 
 #include "agent/replay/Replay.h"
-#include "agent/show/JsonPrinter.h"
+#include "agent/topics/StatePrinter.h"
 #include "tests/agent/Program.h"
+#include "tests/agent/RandomPatches.h"
 
 namespace {
 
 using nlohmann::json;
-using Texts = std::vector<std::string>;
 
-const Texts vrfs{"default", "red", "blue"};
-const Texts intfs{"Et1", "Et2", "Vlan3"};
-const Texts addresses4{"10.0.0.1/24", "10.0.0.2/24", "10.0.0.9/30", "10.0.0.7/32"};
-const Texts addresses6{"2001:db8::1/64", "2001:db8::2/64", "2001:db8::7/128"};
-const Texts prefixes4{"10.0.0.0/24", "10.0.0.8/30"};
-const Texts prefixes6{"2001:db8::/64"};
+/// VRFs of which two may swap their ids; no two have the same.
+json vrfPatch(TestSupport::RandomPatches& random) {
+    std::vector<int> ids{1, 2, 3};
+    std::shuffle(ids.begin(), ids.end(), random.engine());
+    json patch;
+    for (const char* vrf : {"default", "red", "blue"}) {
+        const bool active = random.below(5) != 0;
+        const char* netns = random.below(3) == 0 ? "default" : "ns-red";
+        patch["vrfs"][vrf] =
+            random.below(5) == 0
+                ? json()
+                : json{{"id", ids.back()}, {"status", {{"active", active}, {"netns", netns}}}};
+        ids.pop_back();
+    }
+    return patch;
+}
 
-/// Scenarios in which now and then a line is held, of a part of the device that no other line
-/// touches before the state is shown.
-class RandomLines {
-  public:
-    explicit RandomLines(std::uint32_t seed) : random_(seed) {}
-
-    /// A row of lines up to the next look at the state.
-    void round(double at, std::vector<json>& lines) {
-        const std::uint32_t heldPart = below(parts);
-        const std::uint32_t heldAt = below(4);
-        for (std::uint32_t i = 0; i < 5; ++i) {
-            if (i == heldAt) {
-                lines.push_back({{"during", 1 + below(8)}, {"set", patch(heldPart)}});
-            }
-            lines.push_back({{"set", patch((heldPart + 1 + below(parts - 1)) % parts)}});
-            if (below(2) == 0) {
-                lines.back()["at"] = at + 0.02 * i;
-            }
+/// Adds a row of lines up to the next look at the state. One of them is held, of a section that no
+/// other touches before the state is shown.
+void addRound(TestSupport::RandomPatches& random, double at, std::vector<json>& lines) {
+    static const std::vector<std::string> sections{"vrfs",       "kernel", "ipv4",    "ipv6",
+                                                   "virtualIps", "leaks",  "ribWaits"};
+    // What an interface has depends on when these change, not on what they are alone.
+    const std::set<std::string> without{"unnumbered", "directedBroadcast"};
+    const auto patch = [&](std::size_t section) {
+        return section == 0 ? vrfPatch(random) : random.next(sections[section], without);
+    };
+    const std::size_t held = random.below(sections.size());
+    const std::size_t heldAt = random.below(4);
+    for (std::size_t i = 0; i < 5; ++i) {
+        if (i == heldAt) {
+            lines.push_back({{"during", 1 + random.below(8)}, {"set", patch(held)}});
         }
-        lines.push_back({{"at", at + 0.5}, {"show", "applied at the latest"}});
-        lines.push_back({{"at", at + 0.9}, {"show", "at rest"}});
-    }
-
-  private:
-    static constexpr std::uint32_t parts = 7;
-
-    std::uint32_t below(std::uint32_t n) { return static_cast<std::uint32_t>(random_() % n); }
-    const std::string& oneOf(const Texts& texts) {
-        return texts[below(static_cast<std::uint32_t>(texts.size()))];
-    }
-    json flag() { return below(4) == 0 ? json() : json(true); }
-
-    json patch(std::uint32_t part) {
-        switch (part) {
-        case 0:
-            return {{"vrfs", vrfPatch()}};
-        case 1:
-            return {{"kernel",
-                     {{below(2) == 0 ? "default" : "ns1",
-                       {{oneOf(intfs), below(4) == 0 ? json() : json::object()}}}}}};
-        case 2:
-            return {{"ipv4", {{oneOf(vrfs), {{oneOf(intfs), ipv4Patch()}}}}}};
-        case 3:
-            return {{"ipv6", {{oneOf(vrfs), {{oneOf(intfs), {{oneOf(addresses6), flag()}}}}}}}};
-        case 4:
-            return {{"virtualIps",
-                     {{"subnetRoutes", below(2) == 0},
-                      {"ipv4", {{oneOf(vrfs), {{oneOf(addresses4), {{oneOf(intfs), flag()}}}}}}}}}};
-        case 5:
-            return {{"leaks", leakPatch()}};
-        default:
-            return {{"ribWaits", {{oneOf(vrfs), flag()}}}};
+        const std::size_t other = held + 1 + random.below(sections.size() - 1);
+        lines.push_back({{"set", patch(other % sections.size())}});
+        if (random.below(2) == 0) {
+            lines.back()["at"] = at + 0.02 * static_cast<double>(i);
         }
     }
-
-    // The ids of two VRFs may be swapped; no two are ever the same.
-    json vrfPatch() {
-        std::shuffle(ids_.begin(), ids_.end(), random_);
-        json patch;
-        for (std::size_t i = 0; i < vrfs.size(); ++i) {
-            patch[vrfs[i]] =
-                below(5) == 0
-                    ? json()
-                    : json{{"id", ids_[i]},
-                           {"status",
-                            {{"active", below(5) != 0}, {"netns", i == 0 ? "default" : "ns1"}}}};
-        }
-        return patch;
-    }
-
-    json ipv4Patch() {
-        if (below(5) == 0) {
-            return {};
-        }
-        return {{"address", below(3) == 0 ? json() : json(oneOf(addresses4))},
-                {"secondary", {{oneOf(addresses4), flag()}}}};
-    }
-
-    json leakPatch() {
-        const bool ipv4 = below(3) != 0;
-        return {
-            {ipv4 ? "ipv4" : "ipv6",
-             {{oneOf(vrfs), {{oneOf(ipv4 ? prefixes4 : prefixes6), {{oneOf(vrfs), flag()}}}}}}}};
-    }
-
-    std::mt19937 random_;
-    std::vector<int> ids_{1, 2, 3};
-};
+    lines.push_back({{"at", at + 0.5}, {"show", "applied at the latest"}});
+    lines.push_back({{"at", at + 0.9}, {"show", "at rest"}});
+}
 
 /// What a scenario prints, without what tells when things happened: times, and vias at rest, which
 /// some interfaces keep or have not, by what was first.
@@ -120,8 +68,8 @@ std::vector<json> states(const std::vector<json>& lines) {
         scenario << line.dump() << '\n';
     }
     std::stringstream printed;
-    Agent::JsonPrinter printer(printed);
-    Agent::Replay("scenario", *scenario.rdbuf(), printer).run();
+    const auto printer = Agent::makeStateDocuments(printed);
+    Agent::Replay("scenario", *scenario.rdbuf(), *printer).run();
     std::vector<json> read;
     for (std::string line; std::getline(printed, line);) {
         json state = json::parse(line);
@@ -144,11 +92,11 @@ std::vector<json> states(const std::vector<json>& lines) {
 }
 
 TEST(HeldPatch, StatesAreThoseOfOrdinaryLines) {
-    for (std::uint32_t seed = 0; seed < 500; ++seed) {
-        RandomLines random(seed);
+    for (std::uint32_t seed = 0; seed < 120; ++seed) {
+        TestSupport::RandomPatches random(seed);
         std::vector<json> lines;
         for (int round = 0; round < 8; ++round) {
-            random.round(round, lines);
+            addRound(random, round, lines);
         }
         lines.push_back({{"set", {{"vrfs", nullptr}}}});
         std::vector<json> ordinary = lines;
@@ -169,7 +117,7 @@ TEST(HeldPatch, StatesAreThoseOfOrdinaryLines) {
     }
 }
 
-TEST(HeldPatch, IsAppliedInTheMiddleOfTheChangeAndNamesItsOwnLine) {
+TEST(HeldPatch, PatchIsAppliedInTheMiddleOfTheChangeAndNamesItsOwnLine) {
     const std::string begin =
         R"({"set":{"vrfs":{"default":{"id":0}},"kernel":{"default":{"e":{}}}}})"
         "\n";

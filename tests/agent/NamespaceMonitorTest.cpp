@@ -17,6 +17,8 @@
 namespace Agent::Linux {
 namespace {
 
+using namespace TestSupport;
+using NamespaceMonitorTest = LiveTest;
 using json = nlohmann::json;
 
 /// The document that a monitor's patches make up.
@@ -97,72 +99,21 @@ void expectFresh(Follower& follower, double patience, const std::string& after) 
     }
 }
 
-TEST(NamespaceMonitorTest, FollowsWhateverTheKernelDoesWithAddresses) {
-    static const std::vector<std::string> steps{
-        "link add e1 type ifb\nlink add e2 type ifb\nlink set e1 up",
-        "addr add 10.0.0.1/24 dev e1\naddr add 10.0.0.2/24 dev e1\naddr add 10.0.0.3/24 dev e1",
-        "addr add 10.1.0.1/24 dev e1\naddr add 10.2.0.1/24 scope host dev e1",
-        "addr add 10.1.0.2/24 dev e1\naddr add 10.2.0.2/24 scope host dev e1",
-        "addr del 10.0.0.1/24 dev e1",
-        "addr del 10.2.0.1/24 dev e1",
-        "addr del 10.1.0.1/24 dev e1",
-        "addr replace 10.1.0.2/24 metric 9 dev e1",
-        "addr add 10.3.0.1 peer 10.9.9.9/24 dev e2\naddr add 10.3.0.1/32 dev e2",
-        "addr add fd00:1::5/64 nodad dev e1\naddr add fd00:2::5 peer fd00:2::6 nodad dev e1",
-        "link set e1 down",
-        "link set e1 up",
-        "addr add fd00:3::5/64 nodad dev e1\naddr del fd00:3::5/64 dev e1",
-        "addr add fd00:3::5/72 nodad dev e1",
-        "link set e1 name tmp\nlink set e2 name e1\nlink set tmp name e2",
-        "link add v1 type veth peer name w1\nlink set v1 up\nlink set w1 up",
-        "addr add fd00:4::5/64 dev v1\naddr add fd00:4::6/64 optimistic dev v1",
-        "link set w1 down",
-        "link set w1 up",
-        "link set v1 mtu 1279",
-        "link set v1 mtu 1280\naddr add fd00:4::7/64 nodad dev v1",
-        "addr add fd00:5::1/128 dev lo",
-        "link set lo mtu 1000",
-        "link set lo mtu 1300",
-        "link set lo down\nlink set lo up\naddr flush dev lo to fd00:5::/64",
-        "link add br0 type bridge\nlink set br0 up\nlink set v1 master br0",
-        "link set v1 nomaster\nlink del br0",
-        "link add x1 index 77 type ifb\naddr add 10.7.0.1/24 dev x1",
-        "link del x1\nlink add x2 index 77 type ifb\naddr add 10.8.0.1/24 dev x2",
-        "netns add other\nlink set v1 netns other",
-        "addr flush dev e2",
-        "netns del other\nlink del e1"};
-    inPrivateNamespace([] {
-        Follower follower;
-        for (const char* keep : {"0", "1"}) {
-            setKernel("ipv6/conf/default/keep_addr_on_down", keep);
-            setKernel("ipv6/conf/lo/keep_addr_on_down", keep);
-            setKernel("ipv4/conf/default/promote_secondaries", keep);
-            for (const std::string& step : steps) {
-                ip(step);
-                expectFresh(follower, 5, step + " (keep " + keep + ")");
-            }
-            ip("link del e2\nlink del x2\nlink del w1");
-        }
-    });
-}
-
-TEST(NamespaceMonitorTest, SilentIpv6WithdrawalOnLinkDownIsSeen) {
-    inPrivateNamespace([] {
-        setKernel("ipv6/conf/default/keep_addr_on_down", "1");
-        ip("link add v1 type veth peer name w1\nlink set v1 up\nlink set w1 up\n"
-           "addr add fd00::5/64 dev v1");
-        setKernel("ipv6/conf/v1/accept_dad", "0");
-        ip("addr add fd00::6/64 dev v1");
-        Follower follower;
-        for (double deadline = steadySeconds() + 5;
-             follower.document["ipv6"]["default"]["v1"]["fd00::6/64"] != true;) {
-            ASSERT_LT(steadySeconds(), deadline);
-            follower.serveOnce(deadline);
-        }
-        ip("link set v1 down");
-        follower.settle();
-        EXPECT_FALSE(follower.document["ipv6"]["default"].contains("v1"));
-    });
+TEST_F(NamespaceMonitorTest, SilentIpv6WithdrawalOnLinkDownIsSeen) {
+    setKernel("ipv6/conf/default/keep_addr_on_down", "1");
+    ip("link add v1 type veth peer name w1\nlink set v1 up\nlink set w1 up\n"
+       "addr add fd00::5/64 dev v1");
+    setKernel("ipv6/conf/v1/accept_dad", "0");
+    ip("addr add fd00::6/64 dev v1");
+    Follower follower;
+    for (double deadline = steadySeconds() + 5;
+         follower.document["ipv6"]["default"]["v1"]["fd00::6/64"] != true;) {
+        ASSERT_LT(steadySeconds(), deadline);
+        follower.serveOnce(deadline);
+    }
+    ip("link set v1 down");
+    follower.settle();
+    EXPECT_FALSE(follower.document["ipv6"]["default"].contains("v1"));
 }
 
 /// A random line of the `ip` utility on few links and addresses, so that lines meet.
@@ -191,35 +142,33 @@ std::string randomLine(std::mt19937& random) {
     return line + '\n';
 }
 
-TEST(NamespaceMonitorTest, RandomChangesEndAsAFreshStartWould) {
-    inPrivateNamespace([] {
-        // The second reads while changes happen, the third overruns now and then.
-        NamespaceMonitor::Options small;
-        small.netlink.receiveBuffer = 1;
-        Follower late;
-        Follower prompt;
-        Follower overrunning(small);
-        for (unsigned seed = 0; seed < 25; ++seed) {
-            std::mt19937 random(seed);
-            setKernel("ipv4/conf/default/promote_secondaries", seed % 2 == 0 ? "1" : "0");
-            setKernel("ipv6/conf/default/keep_addr_on_down", seed % 3 == 0 ? "1" : "0");
-            std::string lines;
-            for (int i = 0; i < 60; ++i) {
-                lines += randomLine(random);
-                if (i % 20 == 0) {
-                    ip(lines);
-                    lines.clear();
-                    prompt.serveOnce(steadySeconds());
-                    overrunning.serveOnce(steadySeconds());
-                }
+TEST_F(NamespaceMonitorTest, RandomChangesEndAsAFreshStartWould) {
+    // The second reads while changes happen, the third overruns now and then.
+    NamespaceMonitor::Options small;
+    small.netlink.receiveBuffer = 1;
+    Follower late;
+    Follower prompt;
+    Follower overrunning(small);
+    for (unsigned seed = 0; seed < 25; ++seed) {
+        std::mt19937 random(seed);
+        setKernel("ipv4/conf/default/promote_secondaries", seed % 2 == 0 ? "1" : "0");
+        setKernel("ipv6/conf/default/keep_addr_on_down", seed % 3 == 0 ? "1" : "0");
+        std::string lines;
+        for (int i = 0; i < 60; ++i) {
+            lines += randomLine(random);
+            if (i % 20 == 0) {
+                ip(lines);
+                lines.clear();
+                prompt.serveOnce(steadySeconds());
+                overrunning.serveOnce(steadySeconds());
             }
-            ip(lines);
-            std::string seeds = "seed " + std::to_string(seed);
-            expectFresh(late, 3, seeds + " read late");
-            expectFresh(prompt, 3, seeds + " read promptly");
-            expectFresh(overrunning, 3, seeds + " with a small buffer");
         }
-    });
+        ip(lines);
+        std::string seeds = "seed " + std::to_string(seed);
+        expectFresh(late, 3, seeds + " read late");
+        expectFresh(prompt, 3, seeds + " read promptly");
+        expectFresh(overrunning, 3, seeds + " with a small buffer");
+    }
 }
 
 /// Sends `bytes` to every route netlink socket of the namespace.
@@ -246,50 +195,46 @@ void sendToAllSockets(std::span<const std::byte> bytes) {
     EXPECT_GE(reached, 2);
 }
 
-TEST(NamespaceMonitorTest, MessagesOfOthersThanTheKernelAreIgnored) {
-    inPrivateNamespace([] {
-        ip("link add e1 type ifb\nlink set e1 up");
-        struct {
-            nlmsghdr header{};
-            ifinfomsg info{};
-            nlattr attribute{sizeof(nlattr) + 8, IFLA_IFNAME};
-            std::array<char, 8> name{"forged"};
-        } forged;
-        forged.header.nlmsg_len = sizeof forged;
-        forged.header.nlmsg_type = RTM_NEWLINK;
-        forged.header.nlmsg_seq = 1; // of the first listing
-        forged.info.ifi_index = 99;
+TEST_F(NamespaceMonitorTest, MessagesOfOthersThanTheKernelAreIgnored) {
+    ip("link add e1 type ifb\nlink set e1 up");
+    struct {
+        nlmsghdr header{};
+        ifinfomsg info{};
+        nlattr attribute{sizeof(nlattr) + 8, IFLA_IFNAME};
+        std::array<char, 8> name{"forged"};
+    } forged;
+    forged.header.nlmsg_len = sizeof forged;
+    forged.header.nlmsg_type = RTM_NEWLINK;
+    forged.header.nlmsg_seq = 1; // of the first listing
+    forged.info.ifi_index = 99;
 
-        Follower follower;
-        sendToAllSockets(std::as_bytes(std::span(&forged, 1)));
-        for (const double deadline = steadySeconds() + 5; follower.document.empty();) {
-            ASSERT_LT(steadySeconds(), deadline);
-            follower.serveOnce(deadline);
-        }
-        EXPECT_FALSE(follower.document["kernel"]["default"].contains("forged")) << "as an answer";
-        follower.settle();
-        sendToAllSockets(std::as_bytes(std::span(&forged, 1)));
-        ip("addr add 10.0.0.1/24 dev e1");
-        expectFresh(follower, 3, "a forged announcement");
-        EXPECT_TRUE(follower.isIdle()) << "what nobody waits for keeps it busy";
-    });
+    Follower follower;
+    sendToAllSockets(std::as_bytes(std::span(&forged, 1)));
+    for (const double deadline = steadySeconds() + 5; follower.document.empty();) {
+        ASSERT_LT(steadySeconds(), deadline);
+        follower.serveOnce(deadline);
+    }
+    EXPECT_FALSE(follower.document["kernel"]["default"].contains("forged")) << "as an answer";
+    follower.settle();
+    sendToAllSockets(std::as_bytes(std::span(&forged, 1)));
+    ip("addr add 10.0.0.1/24 dev e1");
+    expectFresh(follower, 3, "a forged announcement");
+    EXPECT_TRUE(follower.isIdle()) << "what nobody waits for keeps it busy";
 }
 
-TEST(NamespaceMonitorTest, ChangesDuringAListingAreNeitherLostNorOverwritten) {
-    inPrivateNamespace([] {
-        constexpr int addresses = 8000; // of IPv6, which is listed last
-        std::string lines = "link add e1 type ifb\nlink set e1 up\naddr add 10.0.0.1/24 dev e1\n";
-        for (int i = 0; i < addresses; ++i) {
-            lines += "addr add fd00::" + std::to_string(i) + "/64 nodad dev e1\n";
-        }
-        ASSERT_TRUE(ip(lines));
-        Follower follower;
-        follower.serveOnce(steadySeconds() + 1);
-        ASSERT_TRUE(follower.document.empty()) << "all is listed at once";
-        ip("addr add 10.0.1.1/24 dev e1\naddr del 10.0.0.1/24 dev e1\nlink add e2 type ifb");
-        expectFresh(follower, 3, "changes between the parts of a listing");
-        EXPECT_EQ(follower.document["ipv4"]["default"]["e1"]["address"], "10.0.1.1/24");
-    });
+TEST_F(NamespaceMonitorTest, ChangesDuringAListingAreNeitherLostNorOverwritten) {
+    constexpr int addresses = 8000; // of IPv6, which is listed last
+    std::string lines = "link add e1 type ifb\nlink set e1 up\naddr add 10.0.0.1/24 dev e1\n";
+    for (int i = 0; i < addresses; ++i) {
+        lines += "addr add fd00::" + std::to_string(i) + "/64 nodad dev e1\n";
+    }
+    ASSERT_TRUE(ip(lines));
+    Follower follower;
+    follower.serveOnce(steadySeconds() + 1);
+    ASSERT_TRUE(follower.document.empty()) << "all is listed at once";
+    ip("addr add 10.0.1.1/24 dev e1\naddr del 10.0.0.1/24 dev e1\nlink add e2 type ifb");
+    expectFresh(follower, 3, "changes between the parts of a listing");
+    EXPECT_EQ(follower.document["ipv4"]["default"]["e1"]["address"], "10.0.1.1/24");
 }
 
 } // namespace

@@ -1,22 +1,26 @@
 #pragma once
 
-#include <functional>
+#include <gtest/gtest.h>
 #include <string>
 
-namespace Agent::Linux {
+namespace TestSupport {
 
-/// Runs `body` on a thread that has network and mounts of its own, with an empty /run. Nothing of
-/// it is left afterwards, and nothing outside is touched. Skips the test where that is not
-/// permitted.
-void inPrivateNamespace(const std::function<void()>& body);
+/// A test with network and mounts of its own, and with an empty /run: nothing outside is touched,
+/// and nothing of it is left once the next has begun or the process has ended. A process without
+/// the privilege for that becomes root of a user namespace first. Where not even that is permitted
+/// the test is skipped.
+class LiveTest : public testing::Test {
+  protected:
+    void SetUp() override;
+};
 
 /// Runs lines of the `ip` utility, going on after lines that fail. Returns whether all did well.
 bool ip(const std::string& lines);
 
-/// Lines that add so many /24 addresses to the link e1.
-std::string manyAddresses(int count);
+/// Lines that add the running link e1 with so many /24 addresses.
+std::string linkWithAddresses(int count);
 
 /// Writes a kernel setting of the namespace, such as "ipv6/conf/e1/keep_addr_on_down".
 void setKernel(const std::string& name, const std::string& value);
 
-} // namespace Agent::Linux
+} // namespace TestSupport

@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "agent/topics/Topics.h"
 #include "tests/agent/Program.h"
 
 namespace {
@@ -14,6 +15,7 @@ namespace {
 using TestSupport::ProgramRun;
 using TestSupport::readFile;
 using TestSupport::runProgram;
+using TestSupport::runShell;
 
 TEST(Replay, ScenariosEndInTheExpectedStates) {
     const std::filesystem::path folder(DIRECTNET_SOURCE_DIR "/tests/scenarios");
@@ -31,7 +33,7 @@ TEST(Replay, ScenariosEndInTheExpectedStates) {
     EXPECT_GT(scenarios, 0);
 }
 
-TEST(Replay, RefusesABadLineByFileLineAndPointerAndKeepsWhatWasPrinted) {
+TEST(Replay, BadLineIsRefusedByFileLineAndPointerAndWhatWasPrintedStands) {
     const std::string good = R"({"at":1,"set":{"vrfs":{"default":{"id":0}}}})"
                              "\n\n"
                              R"({"show":"before"})"
@@ -74,7 +76,7 @@ TEST(Replay, ManyLinesInOneMomentMakeOneState) {
     EXPECT_EQ(state["viaSets"], 4);
 }
 
-TEST(Replay, PrintsAlignedTablesForPeople) {
+TEST(Replay, TablesForPeopleAreAligned) {
     const ProgramRun run = runProgram(
         "replay -",
         R"({"set":{"vrfs":{"default":{"id":0}},"kernel":{"default":{"Ethernet1":{},"e\u001b":{}}},)"
@@ -96,7 +98,17 @@ vias 2 ipv4, 0 ipv6; via sets 8
 )");
 }
 
-TEST(CommandLine, AnswersWithTheRightExitStatus) {
+TEST(CommandLine, ColoursOnATerminalOnlyAndNotAgainstNoColor) {
+    const std::string file = DIRECTNET_SOURCE_DIR "/tests/scenarios/worked-example-24.jsonl";
+    const std::string onTerminal = "script -qec \"$D replay '" + file + "'\" /dev/null";
+    const std::string title = "\033[1mVRF default\033[0m  id 0";
+    EXPECT_NE(runShell("unset NO_COLOR; " + onTerminal).out.find(title), std::string::npos);
+    EXPECT_NE(runShell("export NO_COLOR=; " + onTerminal).out.find(title), std::string::npos);
+    EXPECT_EQ(runShell("export NO_COLOR=1; " + onTerminal).out.find('\033'), std::string::npos);
+    EXPECT_EQ(runProgram("replay '" + file + '\'').out.find('\033'), std::string::npos);
+}
+
+TEST(CommandLine, ErrorsHaveTheRightExitStatus) {
     const struct {
         const char* arguments;
         int status;
@@ -127,6 +139,19 @@ TEST(CommandLine, AnswersWithTheRightExitStatus) {
         EXPECT_EQ(run.status, expected.status) << expected.arguments << '\n' << run.err;
         EXPECT_NE(run.out.find(expected.out), std::string::npos) << run.out;
         EXPECT_NE(run.err.find(expected.err), std::string::npos) << run.err;
+    }
+}
+
+TEST(CommandLine, HelpAndManualNameEveryTopic) {
+    const std::string help = runProgram("show --help").out;
+    const std::string manual = readFile(DIRECTNET_SOURCE_DIR "/docs/agent.md");
+    for (const Agent::Topic* topic : Agent::topics()) {
+        const std::string name(topic->name);
+        EXPECT_NE(help.find(name + ": " + std::string(topic->help)), std::string::npos) << help;
+        const std::size_t row = manual.find("| `" + name + "` ");
+        ASSERT_NE(row, std::string::npos) << name;
+        const std::string line = manual.substr(row, manual.find('\n', row) - row);
+        EXPECT_NE(line.find("| " + std::string(topic->help) + ' '), std::string::npos) << line;
     }
 }
 

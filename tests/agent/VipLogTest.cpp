@@ -1,7 +1,6 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <unistd.h>
 
@@ -9,6 +8,8 @@
 
 namespace {
 
+using testing::HasSubstr;
+using testing::StartsWith;
 using TestSupport::ProgramRun;
 using TestSupport::runProgram;
 using TestSupport::runShell;
@@ -28,53 +29,52 @@ constexpr const char* tables =
     R"("red":{"subnetRoutes":false,"virtualIps":{}}}})"
     "\n";
 
-class VipLogTest : public testing::Test {
-  protected:
-    VipLogTest() { std::filesystem::create_directory(folder_); }
-    ~VipLogTest() override { std::filesystem::remove_all(folder_); }
+ProgramRun replay(const std::string& log, const std::string& scenario = someChanges) {
+    return runProgram("replay --vip-log " + log + " -", scenario);
+}
 
-    static ProgramRun replay(const std::string& log, const std::string& scenario = someChanges) {
-        return runProgram("replay --vip-log " + log + " -", scenario);
-    }
+/// What a reader in another process prints of the changes while they are written.
+ProgramRun readWith(const std::string& options) {
+    return runShell("\"$D\" replay --vip-log /dev/fd/3 - 3>&1 >/dev/null | \"$D\" vip-log "
+                        + options,
+                    someChanges);
+}
 
-    const std::filesystem::path folder_ =
-        std::filesystem::temp_directory_path() / ("vip-log-test-" + std::to_string(::getpid()));
-    const std::string log_ = folder_ / "log";
-};
-
-TEST_F(VipLogTest, readerInAnotherProcessEndsWithOtherTables) {
-    const ProgramRun run = runShell("\"$D\" replay --vip-log /dev/fd/3 - 3>&1 >/dev/null | "
-                                    "\"$D\" vip-log --json -",
-                                    someChanges);
+TEST(VipLog, ReaderInAnotherProcessEndsWithTheSameTables) {
+    const ProgramRun run = readWith("--json -");
     EXPECT_EQ(run.out, tables);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.status, 0);
 }
 
-TEST_F(VipLogTest, badLogIsFollowedOrCrashesTheReader) {
-    ASSERT_EQ(replay(log_).err, "");
-    const ProgramRun readable = runProgram("vip-log " + log_);
-    EXPECT_EQ(readable.status, 0);
-    EXPECT_NE(readable.out.find("10.1.1.1/24"), std::string::npos) << readable.out;
+TEST(VipLog, LogThatEndsEarlyIsRefusedAfterWhatItHad) {
+    const std::string log =
+        std::filesystem::temp_directory_path() / ("vip-log-test-" + std::to_string(::getpid()));
+    EXPECT_EQ(replay(log, std::string(someChanges) + "{").status, 2);
+    const ProgramRun failed = runProgram("vip-log " + log);
+    EXPECT_EQ(failed.status, 2);
+    EXPECT_THAT(failed.err, HasSubstr("the log ends early"));
 
-    const auto size = std::filesystem::file_size(log_);
+    ASSERT_EQ(replay(log).err, "");
+    const ProgramRun readable = runProgram("vip-log " + log);
+    EXPECT_EQ(readable.status, 0);
+    EXPECT_THAT(readable.out, HasSubstr("10.1.1.1/24"));
+    const auto size = std::filesystem::file_size(log);
     for (const std::uintmax_t kept : {size - 1, size / 2, std::uintmax_t{20}, std::uintmax_t{0}}) {
-        std::filesystem::resize_file(log_, kept);
-        const ProgramRun cut = runProgram("vip-log --json " + log_);
+        std::filesystem::resize_file(log, kept);
+        const ProgramRun cut = runProgram("vip-log --json " + log);
         EXPECT_EQ(cut.status, 2);
-        // What it had comes before the error.
         EXPECT_EQ(cut.out.empty(), kept <= 20) << cut.out;
         if (kept == size - 1) {
             EXPECT_EQ(cut.out, tables);
         }
-        EXPECT_EQ(cut.err.find(log_ + ": attribute log, byte "), 0U) << cut.err;
+        EXPECT_THAT(cut.err, StartsWith(log + ": attribute log, byte "));
     }
+    std::filesystem::remove(log);
 }
 
-TEST_F(VipLogTest, followerMissesAChange) {
-    const ProgramRun run = runShell("\"$D\" replay --vip-log /dev/fd/3 - 3>&1 >/dev/null | "
-                                    "\"$D\" vip-log --follow -",
-                                    someChanges);
+TEST(VipLog, FollowerPrintsEveryChange) {
+    const ProgramRun run = readWith("--follow -");
     std::size_t at = 0;
     for (const std::string line :
          {"+ red ipv4, subnet routes off\n", "~ red ipv4, subnet routes on\n",
@@ -88,14 +88,7 @@ TEST_F(VipLogTest, followerMissesAChange) {
     EXPECT_EQ(run.status, 0);
 }
 
-TEST_F(VipLogTest, scenarioThatFailsLeavesAWholeLookingLog) {
-    EXPECT_EQ(replay(log_, std::string(someChanges) + "{").status, 2);
-    const ProgramRun run = runProgram("vip-log " + log_);
-    EXPECT_EQ(run.status, 2);
-    EXPECT_NE(run.err.find("the log ends early"), std::string::npos) << run.err;
-}
-
-TEST_F(VipLogTest, readerThatGoesStopsTheAgent) {
+TEST(VipLog, ReaderThatGoesDoesNotStopTheReplay) {
     std::string many; // more than a pipe holds
     for (int number = 0; number < 3000; ++number) {
         many += (many.empty() ? "\"10." : ", \"10.") + std::to_string(number / 256) + "."
@@ -105,16 +98,16 @@ TEST_F(VipLogTest, readerThatGoesStopsTheAgent) {
         "exec 4>&1; { \"$D\" replay --json --vip-log /dev/fd/3 - 3>&1 >&4; echo status $? >&4; } | "
         "head -c 8 >/dev/null",
         someChanges + (R"({"set": {"virtualIps": {"ipv4": {"red": {)" + many) + "}}}}}\n");
-    EXPECT_NE(run.out.find("\"viaSets\":"), std::string::npos) << run.out;
-    EXPECT_NE(run.out.find("\nstatus 1\n"), std::string::npos) << run.out;
-    EXPECT_NE(run.err.find("/dev/fd/3: Broken pipe\n"), std::string::npos) << run.err;
+    EXPECT_THAT(run.out, HasSubstr("\"viaSets\":"));
+    EXPECT_THAT(run.out, HasSubstr("\nstatus 1\n"));
+    EXPECT_THAT(run.err, HasSubstr("/dev/fd/3: Broken pipe\n"));
 }
 
-TEST_F(VipLogTest, logThatCannotBeWrittenGoesUnnoticed) {
+TEST(VipLog, LogThatCannotBeWrittenIsAFailure) {
     for (const std::string file : {"/nonexistent/log", "/dev/full"}) {
         const ProgramRun run = replay(file);
         EXPECT_EQ(run.status, 1);
-        EXPECT_NE(run.err.find(file + ": "), std::string::npos) << run.err;
+        EXPECT_THAT(run.err, HasSubstr(file + ": "));
     }
 }
 

@@ -1,7 +1,7 @@
 #include "directnet/backlog/IntfIdAndAddr.h"
 #include "directnet/backlog/IntfIdAndPrefix.h"
-#include "directnet/backlog/IntfViaSetKey.h"
 #include "directnet/backlog/IpGenAddrWithMaskCompare.h"
+#include "directnet/backlog/RouteKinds.h"
 #include "tests/support/ValueProperties.h"
 
 namespace TestSupport {

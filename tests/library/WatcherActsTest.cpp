@@ -23,14 +23,6 @@ Orb::Ptr<Outsider> once(const Orb::Ptr<Orb::Entity>& watched, const std::functio
     });
 }
 
-/// A root of a harness's inputs that a test holds itself.
-Orb::Ptr<RootSm> makeRoot(LibraryHarness& h) {
-    return RootSm::RootSmIs(h.entityManager, h.scheduler, h.viaSetConfig, h.ipStatus, h.ip6Status,
-                            h.virtualIpStatus, h.virtualIp6Status, h.virtualIpAsReceiveRoute,
-                            h.nameToIdMapWrapper, h.allVrfStatusLocal, h.allIntfStatusDir,
-                            h.allIntfStatusLocalDir, h.allVrfRibReady, h.protoStatusDir, h.grState);
-}
-
 void addRed(LibraryHarness& h) {
     h.device("ns1", "Et1");
     h.vrf("red", 5, "ns1");
@@ -42,7 +34,7 @@ TEST(RootWatchers, MayStopTheRootAndLetGoOfItInTheMiddleOfAnything) {
     for (const How how : {How::stopped, How::stoppedAndLetGo, How::letGo, How::letGoAfterStop}) {
         for (const bool inADrain : {false, true}) {
             LibraryHarness h(false);
-            auto root = makeRoot(h);
+            auto root = RootSm::RootSmIs(h.inputs());
             const auto routes = root->ipv4AllVrfRouteConfig();
             const auto vias = root->ipv4AllVrfViaConfig();
             if (how == How::letGoAfterStop) {
@@ -76,7 +68,7 @@ TEST(RootStart, ThatIsRefusedLeavesNothingBehind) {
     LibraryHarness h(false);
     h.vrf("red", 5);
     h.vrf("blue", 5);
-    EXPECT_THROW(makeRoot(h), Orb::NameInUseError);
+    EXPECT_THROW(RootSm::RootSmIs(h.inputs()), Orb::NameInUseError);
     EXPECT_FALSE(h.virtualIpAsReceiveRoute->enabled());
     for (const char* path :
          {"routing/rib/viaConfig/ipv4/connected", "routing/rib/routeConfig/ipv6/connected",

@@ -32,10 +32,6 @@ VirtualIp::VrfIpPair key6(const std::string& vrf, const std::string& address) {
     return {L3::VrfName(vrf), Lanx::Ip6Addr::fromString(address)};
 }
 
-Orb::String kniPath(const std::string& netns) {
-    return Orb::format("kni/ns/%s/status", netns.c_str());
-}
-
 } // namespace
 
 std::string RouteRow::usualVia(unsigned type) {
@@ -66,12 +62,27 @@ LibraryHarness::~LibraryHarness() {
     }
 }
 
+RootInputs LibraryHarness::inputs() const {
+    return {.entityManager = entityManager,
+            .scheduler = scheduler,
+            .viaSetConfig = viaSetConfig,
+            .ipStatus = ipStatus,
+            .ip6Status = ip6Status,
+            .virtualIpStatus = virtualIpStatus,
+            .virtualIp6Status = virtualIp6Status,
+            .virtualIpAsReceiveRoute = virtualIpAsReceiveRoute,
+            .nameToIdMapWrapper = nameToIdMapWrapper,
+            .allVrfStatusLocal = allVrfStatusLocal,
+            .allIntfStatusDir = allIntfStatusDir,
+            .allIntfStatusLocalDir = allIntfStatusLocalDir,
+            .allVrfRibReady = allVrfRibReady,
+            .protoStatusDir = protoStatusDir,
+            .grState = grState};
+}
+
 void LibraryHarness::start() {
     livingAtStart_ = livingObjects();
-    root_ = RootSm::RootSmIs(entityManager, scheduler, viaSetConfig, ipStatus, ip6Status,
-                             virtualIpStatus, virtualIp6Status, virtualIpAsReceiveRoute,
-                             nameToIdMapWrapper, allVrfStatusLocal, allIntfStatusDir,
-                             allIntfStatusLocalDir, allVrfRibReady, protoStatusDir, grState);
+    root_ = RootSm::RootSmIs(inputs());
 }
 
 void LibraryHarness::stop() {
@@ -119,12 +130,12 @@ Orb::Ptr<T> LibraryHarness::table(const Orb::String& path) {
 }
 
 void LibraryHarness::device(const std::string& netns, const std::string& intf, bool running) {
-    table<KernelNetInfo::Status>(kniPath(netns))
+    table<KernelNetInfo::Status>(MountPaths::kernelDevices(netns))
         ->deviceIs(IntfId(intf), KernelNetInfo::Device(intf, running));
 }
 
 void LibraryHarness::deviceDel(const std::string& netns, const std::string& intf) {
-    table<KernelNetInfo::Status>(kniPath(netns))->deviceDel(IntfId(intf));
+    table<KernelNetInfo::Status>(MountPaths::kernelDevices(netns))->deviceDel(IntfId(intf));
 }
 
 Ip::IpIntfStatus& LibraryHarness::ipv4(const std::string& vrf, const std::string& intf) {
@@ -204,8 +215,7 @@ void LibraryHarness::virtualIpDel(const std::string& vrf, const std::string& add
 }
 
 RouteLeakedFromVrf* LibraryHarness::leaksFrom(unsigned source, const std::string& prefix) {
-    const char* path =
-        isIpv6(prefix) ? "routing6/directNetLeakStatus" : "routing/directNetLeakStatus";
+    const char* path = isIpv6(prefix) ? MountPaths::ipv6Leaks : MountPaths::ipv4Leaks;
     return table<DirectNetLeakStatus>(path)->leakedRouteBySourceVrfIs(VrfId(source));
 }
 
@@ -218,7 +228,7 @@ void LibraryHarness::leakDel(unsigned source, const std::string& prefix, unsigne
 }
 
 void LibraryHarness::leakDel(unsigned source) {
-    for (const char* path : {"routing/directNetLeakStatus", "routing6/directNetLeakStatus"}) {
+    for (const char* path : {MountPaths::ipv4Leaks, MountPaths::ipv6Leaks}) {
         table<DirectNetLeakStatus>(path)->leakedRouteBySourceVrfDel(VrfId(source));
     }
 }
@@ -319,15 +329,8 @@ std::string LibraryHarness::viaName(const Rib::Route& route, IntfId intfId) cons
                                        : container->vrfVirtualIp6StatusSm()->ivskStatus();
         for (const auto& status : {own, ofVirtualIps}) {
             const IntfViaSetKey keys = status->intfViaSetKey(intfId);
-            const std::pair<Rib::ViaSetKey, const char*> names[] = {
-                {keys.viaSetKey(), "connected"},
-                {keys.rxViaSetKey(), "receive"},
-                {keys.rxBcastViaSetKey(), "receive-broadcast"},
-                {keys.directedBcastViaSetKey(), "directed-broadcast"}};
-            for (const auto& [key, name] : names) {
-                if (route.viaSetKey() == key) {
-                    return status == own ? name : name + std::string("-virtual");
-                }
+            if (const std::string name(viaSetName(keys, route.viaSetKey())); !name.empty()) {
+                return status == own ? name : name + "-virtual";
             }
         }
     }
@@ -361,7 +364,7 @@ std::string LibraryHarness::leftovers() {
           root_->ipv4AllVrfRouteConfig()->size() + root_->ipv6AllVrfRouteConfig()->size());
     count("interface status managers", root_->intfStatusManagerRoot()->intfStatusManagers());
     for (const char* netns : {"default", "ns1", "ns2"}) {
-        count("kernel status mounts", entityManager->mounts(kniPath(netns)));
+        count("kernel status mounts", entityManager->mounts(MountPaths::kernelDevices(netns)));
     }
     // A table outlives its VRF only while it holds a virtual address.
     std::map<std::string, std::size_t> shared{

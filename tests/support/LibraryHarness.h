@@ -39,6 +39,7 @@ class LibraryHarness {
     void start();
     void stop();
     RootSm& root() const { return *root_; }
+    RootInputs inputs() const;
 
     // VRFs. One with an id and an active status has a container; "default" needs only the id.
     void vrf(const std::string& name, unsigned id, const std::string& netns = "default");

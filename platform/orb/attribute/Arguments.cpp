@@ -2,7 +2,8 @@
 
 namespace Orb {
 
-void throwNullInput(std::string_view attribute, std::string_view type) {
+void throwNullInput(std::string_view attribute, std::string_view constructor) {
+    const std::string_view type = constructor.substr(0, constructor.find("::Arguments::"));
     throw NullArgumentError("null _" + std::string(attribute) + " parameter to constructor of "
                             + std::string(type) + " not allowed");
 }

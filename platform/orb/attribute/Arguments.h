@@ -21,17 +21,18 @@ struct ConstructorArguments {
 /// Closes the parameter list of a constructor that a macro wrote.
 struct EndOfArguments {};
 
-[[noreturn]] void throwNullInput(std::string_view attribute, std::string_view type);
+/// `constructor` is the signature of that of the Arguments.
+[[noreturn]] void throwNullInput(std::string_view attribute, std::string_view constructor);
 [[noreturn]] void throwReinstantiation(std::string_view attribute, const std::string& wanted,
                                        const std::string& present);
 
 /// Objects that a class is made from are there: throws NullArgumentError for a null pointer.
 template <typename T>
-void checkInput(const T&, std::string_view, std::string_view) {}
+void checkInput(const T&, const char*, const char*) {}
 template <typename T>
-void checkInput(const Ptr<T>& object, std::string_view attribute, std::string_view type) {
+void checkInput(const Ptr<T>& object, const char* attribute, const char* constructor) {
     if (object == nullptr) {
-        throwNullInput(attribute, type);
+        throwNullInput(attribute, constructor);
     }
 }
 
@@ -68,7 +69,7 @@ concept MadeFrom = requires { (typename T::Arguments{std::declval<Args>()...}); 
 /// `arguments_`, which its constructor sets:
 ///     explicit Machine(Arguments arguments) : arguments_(std::move(arguments)) {}
 /// Arguments are given all together; one that is left out does not compile, and one that is a null
-/// pointer is refused with NullArgumentError. Must stand behind ORB_ENTITY or ORB_TYPE.
+/// pointer is refused with NullArgumentError.
 #define ORB_CONSTRUCTOR(...)                                                                       \
   public:                                                                                          \
     struct Arguments : Orb::ConstructorArguments {                                                 \
@@ -107,7 +108,7 @@ concept MadeFrom = requires { (typename T::Arguments{std::declval<Args>()...}); 
 
 #define ORB_ARGUMENT_PARAMETER(context, Type, name) Type name##Argument,
 #define ORB_ARGUMENT_INITIALIZER(context, Type, name) , name(std::move(name##Argument))
-#define ORB_ARGUMENT_CHECK(context, Type, name) Orb::checkInput(name, #name, OrbSelf::orbTypeName);
+#define ORB_ARGUMENT_CHECK(context, Type, name) Orb::checkInput(name, #name, __PRETTY_FUNCTION__);
 #define ORB_ARGUMENT_MEMBER(context, Type, name) Type name;
 #define ORB_ARGUMENT_FIELD(context, Type, name) visitor.template field<&context::name>(#name);
 #define ORB_ARGUMENT_COUNT(context, Type, name) +1

@@ -2,6 +2,7 @@
 
 #include <compare>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -54,6 +55,8 @@
         return out << Orb::valueToStrep(value);                                                    \
     }                                                                                              \
     static constexpr std::string_view valueTypeName() { return typeName; }                         \
+    static constexpr std::size_t valueFieldCount =                                                 \
+        0 ORB_FOR_EACH(ORB_VALUE_COUNT, Class, __VA_ARGS__);                                       \
     template <typename Visit>                                                                      \
     static constexpr void visitFields(Visit&& visit) {                                             \
         ORB_FOR_EACH(ORB_VALUE_FIELD, Class, __VA_ARGS__)                                          \
@@ -65,6 +68,7 @@
 #define ORB_VALUE_ASSIGNMENT(Class, Type, field, ...) field##_ = std::move(field);
 #define ORB_VALUE_GETTER(Class, Type, field, ...)                                                  \
     Orb::FieldResult<Type> field() const { return field##_; }
+#define ORB_VALUE_COUNT(Class, Type, field, ...) +1
 #define ORB_VALUE_MIX(Class, Type, field, ...) hasher.mixValue(field##_);
 #define ORB_VALUE_FIELD(Class, Type, field, ...) visit(std::string_view(#field), &Class::field##_);
 

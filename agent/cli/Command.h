@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace Agent {
+
+/// An argument of a command: one whose name begins with dashes is an option, any other goes by its
+/// place.
+struct Argument {
+    /// What makes the value a bad one; empty if it is good.
+    using Complaint = std::function<std::string(const std::string& value)>;
+
+    std::string name{};
+    std::string help{};
+    /// Where the value goes: of a flag, that it is given; of texts, all that are given. What it
+    /// points to is the default.
+    std::variant<bool*, std::string*, int*, std::vector<std::string>*> value{};
+    std::string placeholder{}; ///< what stands for the value in the help
+    bool isRequired = false;
+    std::vector<std::string> choices{};         ///< all that the value may be, unless empty
+    std::optional<std::pair<int, int>> range{}; ///< of a number, lowest and highest
+    std::string wordForLowest{};                ///< may stand for the lowest number
+    Complaint complaint{};
+    std::string excludes{}; ///< an option listed before, which cannot be given with this one
+};
+
+/// A command of the program.
+struct Command {
+    std::string name{};
+    std::string description{};
+    std::vector<Argument> arguments{}; ///< they point to what `run` keeps
+    /// Does the command's work with the arguments given. Throws BadInputError and FailureError.
+    std::function<void()> run{};
+};
+
+} // namespace Agent

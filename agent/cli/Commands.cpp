@@ -1,0 +1,52 @@
+#include "agent/cli/Commands.h"
+
+#include "agent/output/OutputFile.h"
+#include "platform/ringlog/Printable.h"
+
+namespace Agent {
+
+std::string complaintIfEmpty(const std::string& value) {
+    return value.empty() ? "must not be empty" : "";
+}
+
+Argument ringOption(std::string& path) {
+    return {.name = "--ring",
+            .help = "Write the ring trace to FILE; %d becomes the process id, and /dev/null stands "
+                    "for none",
+            .value = &path,
+            .placeholder = "FILE",
+            .complaint = complaintIfEmpty};
+}
+
+Argument socketOption(std::string& path) {
+    return {.name = "--socket",
+            .help = "Where the agent listens; by default /run/directnet.sock for root, else "
+                    "directnet.sock in the user's runtime folder",
+            .value = &path,
+            .placeholder = "PATH",
+            .complaint = complaintIfEmpty};
+}
+
+Argument traceOption(int& level) {
+    return {.name = "--trace",
+            .help = "Trace up to LEVEL on standard error, from 0 (readiness) to 9 (all)",
+            .value = &level,
+            .placeholder = "LEVEL",
+            .range = {{0, 9}}};
+}
+
+Argument vipLogOption(std::string& path) {
+    return {.name = "--vip-log",
+            .help = "Log every change of the tables of virtual addresses to FILE",
+            .value = &path,
+            .placeholder = "FILE",
+            .complaint = complaintIfEmpty};
+}
+
+void report(const std::string& message) {
+    std::string line = "directnet: ";
+    Ringlog::appendPrintable(line, message);
+    writeErrorLine(line + '\n');
+}
+
+} // namespace Agent

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+
+#include "agent/topics/RouteLookup.h"
+#include "agent/topics/RouteWalk.h"
+#include "agent/topics/StateRows.h"
+
+namespace Agent {
+
+/// Walks the state of the agent, a row a step, while the tables may change between two steps: each
+/// row is as it is at its step.
+class StateWalk {
+  public:
+    /// One VRF or all, with their routes or without. `label` becomes the state's.
+    StateWalk(const AgentView& view, const std::optional<L3::VrfName>& vrf, bool withRoutes,
+              std::optional<std::string> label = {})
+        : view_(view), label_(std::move(label)), lookup_(view), walk_(view, vrf),
+          withRoutes_(withRoutes) {}
+
+    /// Hands the next row to the sink, or none this time. Returns false behind the last.
+    bool step(StateSink& sink);
+
+  private:
+    enum class Next { time, vrf, routes, totals, end };
+
+    VrfRow vrfRow(const RouteWalk::ContainerSm& vrf) const;
+    TotalsRow totalsRow() const;
+
+    AgentView view_;
+    std::optional<std::string> label_;
+    RouteLookup lookup_;
+    RouteWalk walk_;
+    bool withRoutes_;
+    Next next_ = Next::time;
+};
+
+/// Hands the whole state to the sink, as it is now. The label, if any, is one that a scenario gives
+/// it.
+void printState(StateSink& sink, const AgentView& view,
+                const std::optional<std::string>& label = {});
+
+} // namespace Agent

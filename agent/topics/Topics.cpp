@@ -1,0 +1,25 @@
+#include "agent/topics/Topics.h"
+
+#include <algorithm>
+
+namespace Agent {
+
+// Each in a source of its own, which also says what it is about.
+extern const Topic routesTopic;
+extern const Topic vrfsTopic;
+extern const Topic vipsTopic;
+extern const Topic leaksTopic;
+extern const Topic backlogTopic;
+
+std::span<const Topic* const> topics() {
+    static constexpr const Topic* all[] = {&routesTopic, &vrfsTopic,    &vipsTopic,
+                                           &leaksTopic,  &backlogTopic, &traceTopic};
+    return all;
+}
+
+const Topic* findTopic(std::string_view name) {
+    const auto found = std::ranges::find(topics(), name, &Topic::name);
+    return found == topics().end() ? nullptr : *found;
+}
+
+} // namespace Agent

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <concepts>
+#include <type_traits>
+#include <utility>
+
+#include "platform/lanx/NamespaceName.h"
+#include "platform/orb/object/Ptr.h"
+
+namespace Arp {
+class VirtualIpAsReceiveRoute;
+}
+namespace Interface {
+class AllIntfStatusDir;
+class AllIntfStatusLocalDir;
+} // namespace Interface
+namespace Ip {
+class AllVrfStatusLocal;
+class Status;
+} // namespace Ip
+namespace Ip6 {
+class Status;
+}
+namespace Kiln {
+class TaskScheduler;
+}
+namespace Orb {
+class Dir;
+}
+namespace Routing::Rib {
+class AllVrfRibReady;
+class ViaSetConfig;
+} // namespace Routing::Rib
+namespace Vaultdb {
+class EntityManager;
+}
+namespace VirtualIp {
+class VirtualIp6Status;
+class VirtualIpStatus;
+} // namespace VirtualIp
+namespace Vrf::VrfIdMap {
+class NameToIdMapWrapper;
+}
+
+namespace Routing::DirectNet {
+
+class GrState;
+
+/// A member that has no default: an initializer that leaves it out does not compile.
+template <typename T>
+class Required {
+  public:
+    template <std::convertible_to<T> From>
+        requires(!std::same_as<std::remove_cvref_t<From>, Required>)
+    Required(From&& value) : value_(std::forward<From>(value)) {} // NOLINT(*-explicit-*)
+
+    operator const T&() const { return value_; } // NOLINT(*-explicit-*)
+
+  private:
+    T value_;
+};
+
+/// What a host gives to RootSm::RootSmIs. The host owns the inputs and changes them; the library
+/// watches them and writes those that are not const. They must outlive the root. `scheduler`,
+/// `virtualIpStatus`, `virtualIp6Status` and `nameToIdMapWrapper` may be null, which is said by
+/// giving nullptr: without a scheduler nothing is leaked.
+///
+///     RootSm::RootSmIs(RootInputs{.entityManager = tables, .scheduler = nullptr, ...})
+struct RootInputs {
+    Required<Orb::Ptr<Vaultdb::EntityManager>> entityManager; ///< holds the mounted tables
+    Required<Orb::Ptr<Kiln::TaskScheduler>> scheduler;
+    Required<Orb::Ptr<Rib::ViaSetConfig>> viaSetConfig;
+    Required<Orb::Ptr<const Ip::Status>> ipStatus;
+    Required<Orb::Ptr<const Ip6::Status>> ip6Status;
+    Required<Orb::Ptr<const VirtualIp::VirtualIpStatus>> virtualIpStatus;
+    Required<Orb::Ptr<const VirtualIp::VirtualIp6Status>> virtualIp6Status;
+    Required<Orb::Ptr<Arp::VirtualIpAsReceiveRoute>> virtualIpAsReceiveRoute;
+    Required<Orb::Ptr<const Vrf::VrfIdMap::NameToIdMapWrapper>> nameToIdMapWrapper;
+    Required<Orb::Ptr<const Ip::AllVrfStatusLocal>> allVrfStatusLocal;
+    Required<Orb::Ptr<const Interface::AllIntfStatusDir>> allIntfStatusDir;
+    Required<Orb::Ptr<const Interface::AllIntfStatusLocalDir>> allIntfStatusLocalDir;
+    Required<Orb::Ptr<const Rib::AllVrfRibReady>> allVrfRibReady;
+    Required<Orb::Ptr<Orb::Dir>> protoStatusDir;
+    Required<Orb::Ptr<const GrState>> grState;
+};
+
+/// Where the tables are mounted that the library shares with others.
+namespace MountPaths {
+
+// Written: the vias and routes of each family.
+inline constexpr const char* ipv4Vias = "routing/rib/viaConfig/ipv4/connected";
+inline constexpr const char* ipv6Vias = "routing/rib/viaConfig/ipv6/connected";
+inline constexpr const char* ipv4Routes = "routing/rib/routeConfig/ipv4/connected";
+inline constexpr const char* ipv6Routes = "routing/rib/routeConfig/ipv6/connected";
+
+// Read: what is leaked between VRFs, and the kernel's devices.
+inline constexpr const char* ipv4Leaks = "routing/directNetLeakStatus";
+inline constexpr const char* ipv6Leaks = "routing6/directNetLeakStatus";
+
+/// The devices of a network namespace, whatever bytes its name has.
+inline Orb::String kernelDevices(const Lanx::NamespaceName& netNs) {
+    return "kni/ns/" + netNs.value() + "/status";
+}
+
+} // namespace MountPaths
+
+} // namespace Routing::DirectNet
