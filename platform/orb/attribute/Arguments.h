@@ -26,6 +26,10 @@ struct EndOfArguments {};
 [[noreturn]] void throwReinstantiation(std::string_view attribute, const std::string& wanted,
                                        const std::string& present);
 
+/// Stands behind a constructor attribute that may be a null pointer.
+struct MayBeNull {};
+inline constexpr MayBeNull mayBeNull;
+
 /// Objects that a class is made from are there: throws NullArgumentError for a null pointer.
 template <typename T>
 void checkInput(const T&, const char*, const char*) {}
@@ -35,6 +39,9 @@ void checkInput(const Ptr<T>& object, const char* attribute, const char* constru
         throwNullInput(attribute, constructor);
     }
 }
+
+template <typename T>
+void checkInput(const Ptr<T>&, const char*, const char*, MayBeNull) {}
 
 template <typename Arguments>
 struct ReinstantiationCheck {
@@ -69,7 +76,7 @@ concept MadeFrom = requires { (typename T::Arguments{std::declval<Args>()...}); 
 /// `arguments_`, which its constructor sets:
 ///     explicit Machine(Arguments arguments) : arguments_(std::move(arguments)) {}
 /// Arguments are given all together; one that is left out does not compile, and one that is a null
-/// pointer is refused with NullArgumentError.
+/// pointer is refused with NullArgumentError, unless (Type, name, Orb::mayBeNull) declares it.
 #define ORB_CONSTRUCTOR(...)                                                                       \
   public:                                                                                          \
     struct Arguments : Orb::ConstructorArguments {                                                 \
@@ -106,13 +113,14 @@ concept MadeFrom = requires { (typename T::Arguments{std::declval<Args>()...}); 
     explicit Class(Arguments = {}) {}                                                              \
     Arguments arguments() const { return {}; }
 
-#define ORB_ARGUMENT_PARAMETER(context, Type, name) Type name##Argument,
-#define ORB_ARGUMENT_INITIALIZER(context, Type, name) , name(std::move(name##Argument))
-#define ORB_ARGUMENT_CHECK(context, Type, name) Orb::checkInput(name, #name, __PRETTY_FUNCTION__);
-#define ORB_ARGUMENT_MEMBER(context, Type, name) Type name;
-#define ORB_ARGUMENT_FIELD(context, Type, name) visitor.template field<&context::name>(#name);
-#define ORB_ARGUMENT_COUNT(context, Type, name) +1
-#define ORB_ARGUMENT_ACCESSOR(context, Type, name)                                                 \
+#define ORB_ARGUMENT_PARAMETER(context, Type, name, ...) Type name##Argument,
+#define ORB_ARGUMENT_INITIALIZER(context, Type, name, ...) , name(std::move(name##Argument))
+#define ORB_ARGUMENT_CHECK(context, Type, name, ...)                                               \
+    Orb::checkInput(name, #name, __PRETTY_FUNCTION__ __VA_OPT__(, ) __VA_ARGS__);
+#define ORB_ARGUMENT_MEMBER(context, Type, name, ...) Type name;
+#define ORB_ARGUMENT_FIELD(context, Type, name, ...) visitor.template field<&context::name>(#name);
+#define ORB_ARGUMENT_COUNT(context, Type, name, ...) +1
+#define ORB_ARGUMENT_ACCESSOR(context, Type, name, ...)                                            \
     const Type& name() const { return arguments_.name; }
 
 /// ORB_KEY(Type, name): the constructor attribute `name` is the key under which a parent keeps
