@@ -51,15 +51,15 @@ std::vector<std::string> JsonValue::strings() const {
     return strings;
 }
 
-JsonDocument::JsonDocument(std::string_view text) {
+ParsedJson::ParsedJson(std::string_view text) {
     json parsed = json::parse(text, nullptr, false);
     if (!parsed.is_discarded()) {
         json_ = std::make_unique<json>(std::move(parsed));
     }
 }
 
-JsonDocument::JsonDocument(JsonDocument&& other) noexcept = default;
-JsonDocument& JsonDocument::operator=(JsonDocument&& other) noexcept = default;
-JsonDocument::~JsonDocument() = default;
+ParsedJson::ParsedJson(ParsedJson&& other) noexcept = default;
+ParsedJson& ParsedJson::operator=(ParsedJson&& other) noexcept = default;
+ParsedJson::~ParsedJson() = default;
 
 } // namespace Agent

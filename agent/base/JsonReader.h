@@ -9,8 +9,8 @@
 
 namespace Agent {
 
-/// A value of a JsonDocument, or none: what is read of it must be of its type. Refers to the
-/// document. Reading throws FailureError for a value of another type and for none.
+/// A value in a ParsedJson, to which it refers, or no value. The functions that return its contents
+/// throw FailureError for a value of another type and for no value.
 class JsonValue {
   public:
     explicit JsonValue(const nlohmann::json* value) : value_(value) {}
@@ -19,7 +19,7 @@ class JsonValue {
     bool isNull() const;
     bool isObject() const;
 
-    /// The member of an object; none if there is none.
+    /// The member of an object; no value if the object has no such member.
     JsonValue member(std::string_view key) const;
 
     const std::string& string() const;
@@ -32,14 +32,14 @@ class JsonValue {
     const nlohmann::json* value_;
 };
 
-/// JSON that was received.
-class JsonDocument {
+/// A JSON text, parsed, for whoever does not include the JSON library.
+class ParsedJson {
   public:
-    /// Text that is no JSON makes a document with no value.
-    explicit JsonDocument(std::string_view text);
-    JsonDocument(JsonDocument&& other) noexcept;
-    JsonDocument& operator=(JsonDocument&& other) noexcept;
-    ~JsonDocument();
+    /// Has no value if the text is not valid JSON.
+    explicit ParsedJson(std::string_view text);
+    ParsedJson(ParsedJson&& other) noexcept;
+    ParsedJson& operator=(ParsedJson&& other) noexcept;
+    ~ParsedJson();
 
     JsonValue value() const { return JsonValue(json_.get()); }
 

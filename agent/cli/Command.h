@@ -12,17 +12,17 @@ namespace Agent {
 /// An argument of a command: one whose name begins with dashes is an option, any other goes by its
 /// place.
 struct Argument {
-    /// What makes the value a bad one; empty if it is good.
+    /// Returns what is wrong with a value; empty if nothing is.
     using Complaint = std::function<std::string(const std::string& value)>;
 
     std::string name{};
     std::string help{};
-    /// Where the value goes: of a flag, that it is given; of texts, all that are given. What it
-    /// points to is the default.
+    /// Where the value is stored: a bool is set to true by a flag, a vector takes the values of an
+    /// option that may be given many times. What is there before is the default.
     std::variant<bool*, std::string*, int*, std::vector<std::string>*> value{};
     std::string placeholder{}; ///< what stands for the value in the help
     bool isRequired = false;
-    std::vector<std::string> choices{};         ///< all that the value may be, unless empty
+    std::vector<std::string> choices{};         ///< the permitted values; empty for any
     std::optional<std::pair<int, int>> range{}; ///< of a number, lowest and highest
     std::string wordForLowest{};                ///< may stand for the lowest number
     Complaint complaint{};
@@ -33,7 +33,7 @@ struct Argument {
 struct Command {
     std::string name{};
     std::string description{};
-    std::vector<Argument> arguments{}; ///< they point to what `run` keeps
+    std::vector<Argument> arguments{}; ///< they point to objects that `run` keeps alive
     /// Does the command's work with the arguments given. Throws BadInputError and FailureError.
     std::function<void()> run{};
 };

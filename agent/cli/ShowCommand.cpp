@@ -29,11 +29,9 @@ std::vector<std::string> topicNames() {
 }
 
 std::string topicHelp() {
-    std::string help = "What to show";
-    const char* separator = " - ";
+    std::string help = "What to show, " + std::string(topics().front()->name) + " unless given:";
     for (const Topic* topic : topics()) {
-        help.append(separator).append(topic->name).append(": ").append(topic->help);
-        separator = "; ";
+        help.append("\n  ").append(topic->name).append(": ").append(topic->help);
     }
     return help;
 }

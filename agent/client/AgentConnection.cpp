@@ -35,7 +35,7 @@ std::optional<AgentConnection::Line> AgentConnection::next() {
         end = received_.find('\n', taken_);
     }
     const std::string_view text = std::string_view(received_).substr(taken_, end - taken_);
-    Line line{std::string(text), JsonDocument(text)};
+    Line line{std::string(text), ParsedJson(text)};
     taken_ = end + 1;
     const JsonValue object = line.json.value();
     if (!object.isObject()) {

@@ -15,7 +15,7 @@ class AgentConnection {
     /// A line of an answer, without its line end; always an object.
     struct Line {
         std::string text;
-        JsonDocument json;
+        ParsedJson json;
     };
 
     /// Connects to the agent that listens at `path`, or at defaultSocketPath() if that is empty,

@@ -11,7 +11,7 @@ namespace Agent {
 
 class DeviceInputs;
 
-/// The agent, as whoever shows its state sees it. Refers to things that outlive it.
+/// What the walks of a running agent read. Refers to objects that outlive it.
 struct AgentView {
     const Routing::DirectNet::RootSm& root;
     const DeviceInputs& inputs;

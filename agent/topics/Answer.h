@@ -4,8 +4,8 @@
 
 namespace Agent {
 
-/// What a client is told, made line by line while the agent goes on working: each line is a JSON
-/// object and tells what is so when it is made.
+/// An answer to a client, made line by line while the agent goes on working. Each line is a JSON
+/// object and shows the state at the moment when the line is made.
 class Answer {
   public:
     virtual ~Answer() = default;

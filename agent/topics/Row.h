@@ -91,7 +91,7 @@ class ReadColumns {
     JsonValue object_;
 };
 
-/// Throws FailureError when the object is none of such a row.
+/// Throws FailureError when the object lacks a member or has one of another type.
 template <typename Row>
 Row readRow(JsonValue object) {
     Row row;

@@ -117,8 +117,8 @@ struct TotalsRow {
     }
 };
 
-/// Takes a state row by row: its time, then each VRF followed by its routes, then the totals. A
-/// state that is walked while the agent works has its VRFs by name and their routes in no order.
+/// Takes a state row by row: its time, then each VRF, by name, followed by its routes in any order,
+/// then the totals.
 class StateSink {
   public:
     virtual ~StateSink() = default;

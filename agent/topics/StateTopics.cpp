@@ -88,7 +88,7 @@ extern const Topic routesTopic{"routes", "the routes of each VRF; as JSON the st
                                answerState<true>, printStateTables, printStateDocument};
 
 extern const Topic vrfsTopic{"vrfs",
-                             "the VRFs: whether they are ready, and how many routes each has",
+                             "the VRFs, whether they are ready and how many routes each has",
                              answerState<false>, printVrfTable, printLines};
 
 } // namespace Agent

@@ -22,7 +22,7 @@ struct Topic {
     std::string_view name;
     std::string_view help;
 
-    /// The agent's answer, of one VRF, which exists, or of all.
+    /// Makes the agent's answer, about one VRF, which must exist, or about all.
     std::unique_ptr<Answer> (*answer)(const AgentView& view, const std::optional<L3::VrfName>& vrf);
     std::unique_ptr<AnswerPrinter> (*tables)(std::ostream& out, Colour colour);
     std::unique_ptr<AnswerPrinter> (*json)(std::ostream& out);

@@ -8,9 +8,9 @@
 
 namespace Agent {
 
-/// Prints each change of a reader's tables, one line each, while it reads on: that a table or a
-/// virtual address comes (+), changes (~) or goes (-). What is there at first is not printed. The
-/// reader must outlive it.
+/// Prints a line for each change of a reader's tables while it reads on: a table or a virtual
+/// address comes (+), changes (~) or goes (-). What the tables hold at the start is not printed.
+/// The reader must outlive the printer.
 class VipChangePrinter {
   public:
     /// Prints JSON objects, or text for people in colour.

@@ -9,8 +9,8 @@
 namespace Agent {
 
 /// The bytes of a log of virtual addresses, from a file, a pipe or, for "-", standard input. An
-/// ordinary file can be followed while a VipLogWriter writes it: its end is the end then only once
-/// nobody holds the writer's lock any more.
+/// ordinary file can be followed while a VipLogWriter writes it: its end then counts as the end of
+/// the log only once the writer's lock is free.
 class VipLogFile {
   public:
     /// Throws BadInputError when the file cannot be opened. A named pipe is waited for.
@@ -18,8 +18,8 @@ class VipLogFile {
 
     const std::string& name() const { return name_; }
 
-    /// The next bytes, as fresh as they are there; valid until the next call. Waits for them. None
-    /// at the end. Throws FailureError where the system refuses to read.
+    /// Waits for the next bytes and returns them as soon as there are any; none at the end. They
+    /// are valid until the next call. Throws FailureError where the system refuses to read.
     std::string_view read();
 
   private:

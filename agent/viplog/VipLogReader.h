@@ -9,8 +9,8 @@
 
 namespace Agent {
 
-/// Follows the log of a VipLogWriter and holds the same tables. What it has read stays after an
-/// error.
+/// Follows the log of a VipLogWriter and holds the same tables. After an error it keeps what it has
+/// read.
 class VipLogReader {
   public:
     using Tables4 = Routing::DirectNet::Ipv4::AllVrfVirtualIpStatus;
@@ -22,16 +22,16 @@ class VipLogReader {
     const Tables4& tables4() const { return *tables4_; }
     const Tables6& tables6() const { return *tables6_; }
 
-    /// The next bytes of the log. Throws BadInputError for a log that is not good.
+    /// Reads the next bytes of the log. Throws BadInputError for bytes that no writer writes.
     void feed(std::string_view bytes);
     /// The same, but stops where the state at the start is complete and returns the bytes behind.
     std::string_view feedToState(std::string_view bytes);
-    /// There are no more bytes. Throws BadInputError when the log has no end.
+    /// Must be called after the last bytes. Throws BadInputError when the log ends early.
     void finish() const;
 
-    /// Whether the tables are as the writer's were at some moment.
+    /// Whether the log's first complete state has been read.
     bool hasState() const { return replay_.hasState(); }
-    /// Whether the log has told anything of the tables.
+    /// Whether any part of that state has been read.
     bool hasAnything() const;
 
   private:

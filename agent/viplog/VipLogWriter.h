@@ -22,10 +22,10 @@ class VipLogWriter {
     /// writes.
     explicit VipLogWriter(std::string file);
 
-    /// Logs the present state, and from now on every change. Once.
+    /// Logs the present state, and from now on every change. To be called once.
     void attach(const Orb::Ptr<Tables4>& tables4, const Orb::Ptr<Tables6>& tables6);
 
-    /// Why not all of the log will be written; empty while all is well.
+    /// Why the log will be incomplete; empty if nothing has failed.
     std::string failure() const;
 
     /// Ends the log and waits until it is written; a reader that takes nothing for a while is

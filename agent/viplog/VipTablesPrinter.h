@@ -7,7 +7,7 @@
 
 namespace Agent {
 
-/// Prints the tables as tables for people, one per VRF and family.
+/// Prints the tables for people, one per VRF and family.
 void printVipTables(std::ostream& out, const VipLogReader& tables, Colour colour);
 
 /// Prints them as one JSON document on one line.

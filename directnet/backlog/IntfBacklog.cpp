@@ -16,8 +16,6 @@ namespace {
 
 DIRECTNET_TRACE_UNIT("IntfBacklog");
 
-constexpr int maxAttempts = 8;
-
 bool isRoutable(const Lanx::IpGenPrefix& prefix) {
     return prefix.af() != Lanx::AddressFamily::unset && prefix.len() != 0;
 }
@@ -56,13 +54,9 @@ void IntfBacklog::addToIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPre
     DIRECTNET_TRACE(9, "[", *this, "] pfx=", prefix, " addr=", addrWithMask, " ", routeType,
                     " viaSetKey=", viaSetKey);
     Orb::Ptr<IntfIdSet> set(intfIdsByPrefix(prefix));
-    // Whoever is told of a new set may have it gone again, though not for ever.
-    for (int attempts = 0; set == nullptr && attempts < maxAttempts; ++attempts) {
-        intfIdsByPrefixIs(intfIdSetFactory(prefix));
-        set = Orb::Ptr<IntfIdSet>(intfIdsByPrefix(prefix));
-    }
     if (set == nullptr) {
-        return;
+        set = intfIdSetFactory(prefix);
+        intfIdsByPrefixIs(set);
     }
     set->intfIdAndAddrIs(IntfIdAndAddr(intfId, addrWithMask, sourceVrfId, isVirtual, routeType),
                          viaSetKey);
@@ -108,7 +102,7 @@ void IntfBacklog::delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenP
     set->intfIdAndAddrDel(contributor);
     // Queued before an emptied set leaves the index: the drain then finds no set and deletes.
     doAddBacklog(intfId, stable);
-    if (set->intfIdAndAddrs() == 0 && intfIdsByPrefix(stable) == set) {
+    if (set->intfIdAndAddrs() == 0) {
         intfIdsByPrefixDel(stable);
     }
 }
@@ -133,7 +127,7 @@ void IntfBacklog::waitForRoom() {
 void IntfBacklog::endWaitForRoom() {
     waitingForRoomIs(waitingForRoom() - 1);
     if (waitingForRoom() == 0 && backlog().empty()) {
-        backlogEmptyInc(1); // it went without a drain, which would have said so
+        backlogEmptyInc(1); // no drain was needed, which would have counted
     }
 }
 

@@ -14,18 +14,19 @@
 
 namespace Routing::DirectNet {
 
-/// Where what a VRF learns about prefixes meets the one machine that writes its routes. Producers
-/// record who contributes which address under which prefix (the prefix index) and by that mark the
-/// pair of interface and prefix as work (the backlog); they never write routes themselves.
+/// The pending work and the prefix index of one VRF. Producers (the interface and virtual address
+/// machines, the leak receiver) record which interface contributes which address to which prefix:
+/// the prefix index. Each change there queues the pair of interface and prefix: the backlog. They
+/// never write routes themselves; IntfBacklogSm does, which works through the backlog.
 ///
-/// The entity has the VRF's via sets per interface too, and counts how often the backlog was
+/// The entity also holds the VRF's via sets per interface, and counts how often the backlog was
 /// drained.
 class IntfBacklog : public Orb::Entity {
     ORB_ENTITY(IntfBacklog, "Routing::DirectNet::IntfBacklog")
     ORB_CONSTRUCTOR((L3::VrfName, vrfName), (Vrf::VrfIdMap::VrfId, vrfId))
     ORB_KEY(Vrf::VrfIdMap::VrfId, vrfId)
-    /// A member says: the prefix must be looked at again, the interface's part in it changed. One
-    /// that is false was looked at and waits for room in the route table.
+    /// The pairs to be worked through: the interface's contribution to the prefix changed. The
+    /// value is false while the pair was processed and waits for room in the route table.
     ORB_MAP(260, IntfIdAndPrefix, bool, backlog)
     ORB_ATTRIBUTE(261, std::uint32_t, backlogEmpty)
     ORB_REFERENCES(262, IntfIdSet, intfIdsByPrefix)
@@ -71,7 +72,7 @@ class IntfBacklog : public Orb::Entity {
     void delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenAddrWithMask& addrWithMask,
                                 Contributions contributions, bool isVirtual);
 
-    /// Lives while a member is looked at, and tells whether it was queued again meanwhile.
+    /// Made while one pair is processed; tells whether it was queued again meanwhile.
     class Processing {
       public:
         Processing(IntfBacklog& backlog, const IntfIdAndPrefix& member)

@@ -74,7 +74,7 @@ void IntfBacklogSm::scheduleBacklog() {
     DIRECTNET_TRACE(9, "timeMin=", orbBacklogClock_.timeMin());
 }
 
-// Who runs the clock from inside a notification does not have a drain in the middle of a decision.
+// Somebody may run the clock from inside a notification. The decision is finished first.
 void IntfBacklogSm::handleBacklog() {
     Orb::decideAfterwards(*this, [this] { doHandleBacklog(); });
 }
@@ -117,8 +117,8 @@ const IntfBacklogSm::Member* IntfBacklogSm::firstMember() {
     return members.contains(bookmark) ? members.atOrAfter(bookmark) : members.first();
 }
 
-// A large VRF's tables are not in the processor's caches, and no member lies near the next in any
-// of them. Fetched one after the other, they would take most of a drain's time.
+// The tables of a large VRF do not fit the processor's caches, and successive members lie far apart
+// in all of them. Without prefetching, a drain spends most of its time waiting for memory.
 std::vector<IntfIdAndPrefix> IntfBacklogSm::fetchAhead(const Member* start) const {
     std::vector<IntfIdAndPrefix> ahead;
     ahead.reserve(membersAhead);
@@ -166,7 +166,8 @@ const IntfBacklogSm::Member* IntfBacklogSm::drain(const Member* start) {
         if (passedOver_ >= members.size()) {
             return nullptr; // all that is left waits for room
         }
-        // Members that stay are visited for ever; a clock that stands still must end that too.
+        // In the test mode all members stay and are visited again and again. A simulated clock may
+        // stand still meanwhile, so one round is enough then.
         if (startTime + backlogQuantum() <= now || (wrapped && mode > 1 && now == startTime)) {
             return next;
         }
@@ -179,11 +180,7 @@ bool IntfBacklogSm::visit(const IntfIdAndPrefix& member, long mode) {
         return true;
     }
     if (mode == 0) {
-        const bool* fits = intfBacklog()->backlog().find(member);
-        if (fits == nullptr) {
-            return true;
-        }
-        if (!*fits && room(member.genPrefix().af()).waits()) {
+        if (!backlog(member) && room(member.genPrefix().af()).waits()) {
             return false;
         }
         const IntfBacklog::Processing processing(*intfBacklog(), member);

@@ -130,7 +130,7 @@ class IntfBacklogSm : public Orb::Entity {
     };
 
     void doHandleBacklog();
-    /// Looks at one member, which is its own decision; false when it goes on waiting for room.
+    /// Processes one member unless its route still waits for room, in which case it answers false.
     bool visit(const IntfIdAndPrefix& member, long mode);
     RoomWaiter<IntfBacklogSm>& room(Lanx::AddressFamily af);
 
@@ -146,10 +146,11 @@ class IntfBacklogSm : public Orb::Entity {
     /// end.
     const Member* drain(const Member* start);
     const Member* firstMember();
-    /// The next few members from `start` on, for which what processing them reads is being fetched.
+    /// The next few members from `start` on, with a prefetch of what processing them will read.
     std::vector<IntfIdAndPrefix> fetchAhead(const Member* start) const;
 
-    /// Members in a row that only go on waiting for room, since the last one that did not or came.
+    /// How many members were visited one after the other that wait for room. Once these are as many
+    /// as there are members, nothing is left to do. A new member or room begins the count anew.
     std::size_t passedOver_ = 0;
     RoomWaiter<IntfBacklogSm> room4_;
     RoomWaiter<IntfBacklogSm> room6_;

@@ -8,8 +8,8 @@
 
 namespace Routing::DirectNet {
 
-/// One contributor of a prefix: the address that yields it, on its interface. The order decides
-/// which contributor's route wins: the smallest.
+/// One contributor of a prefix: an address on an interface that yields a route of the prefix. The
+/// smallest contributor's route is the one that is installed.
 class IntfIdAndAddr {
     ORB_VALUE(IntfIdAndAddr, "Routing::DirectNet::IntfIdAndAddr", (Lanx::IntfId, intfId),
               (Lanx::IpGenAddrWithMask, addrWithMask),
@@ -18,7 +18,7 @@ class IntfIdAndAddr {
               (Routing::Fib::RouteType, routeType))
 };
 
-// Kept by the million.
+// There may be millions.
 static_assert(sizeof(IntfIdAndAddr) <= 40);
 
 } // namespace Routing::DirectNet

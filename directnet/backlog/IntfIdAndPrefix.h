@@ -6,13 +6,13 @@
 
 namespace Routing::DirectNet {
 
-/// One unit of backlog work: the prefix must be looked at again because of the interface.
+/// One unit of backlog work: the prefix is to be evaluated again because of the interface.
 class IntfIdAndPrefix {
     ORB_VALUE(IntfIdAndPrefix, "Routing::DirectNet::IntfIdAndPrefix", (Lanx::IntfId, intfId),
               (Lanx::IpGenPrefix, genPrefix))
 };
 
-// Kept by the million.
+// There may be millions.
 static_assert(sizeof(IntfIdAndPrefix) <= 32);
 
 } // namespace Routing::DirectNet

@@ -10,8 +10,8 @@
 namespace Routing::DirectNet {
 
 /// The contributors of one prefix, in the order of precedence: the first one is the prefix's route.
-/// The value of a contributor is the via set that a route through it must use. Lives exactly as
-/// long as the prefix has a contributor.
+/// The value of a contributor is the via set that its route uses. The set exists exactly as long as
+/// the prefix has a contributor.
 class IntfIdSet : public Orb::Entity {
     ORB_ENTITY(IntfIdSet, "Routing::DirectNet::IntfIdSet")
     ORB_CONSTRUCTOR((Lanx::IpGenPrefix, genPrefix))

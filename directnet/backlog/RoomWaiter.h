@@ -9,8 +9,9 @@
 
 namespace Routing::DirectNet {
 
-/// What a machine waits with for room in a table that was full; one word while it does not. The VRF
-/// counts it among those that wait. When there may be room the machine's handleRoom() is called.
+/// A machine's wait for room in a full table. While it waits, it is counted in the VRF's backlog.
+/// When a member of the table has gone, the wait ends and the machine's handleRoom() is called.
+/// Without a wait it costs one pointer.
 template <typename Owner>
 class RoomWaiter {
   public:

@@ -46,11 +46,6 @@ void CrLeakSm::handleInitialized() {
     }
 }
 
-CrLeakSm::~CrLeakSm() {
-    orbDoZombieReactors(true);
-    routeLeakedFromVrfDelAll();
-}
-
 // The copy's leaks go one by one, each to be withdrawn, before the copy itself.
 void CrLeakSm::handleSourceVrf(const DirectNetLeakStatus& status, VrfId sourceVrfId) {
     if (const auto* leaks = status.leakedRouteBySourceVrf(sourceVrfId)) {
@@ -78,10 +73,7 @@ void CrLeakSm::handleLeaks(const RouteLeakedFromVrf& leaks) {
 
 void CrLeakSm::handleLeakedPrefix(const RouteLeakedFromVrf& leaks, const LeakedPrefix& leaked) {
     const Orb::Ptr<RouteLeakedFromVrf> copy(
-        crLeakLocalStatus()->leakedRouteBySourceVrf(leaks.sourceVrfId()));
-    if (copy == nullptr) {
-        return;
-    }
+        crLeakLocalStatus()->leakedRouteBySourceVrfIs(leaks.sourceVrfId()));
     if (leaks.leaks(leaked.genPrefix(), leaked.destVrfId())) {
         copy->destVrfIdIs(leaked.genPrefix(), leaked.destVrfId());
     } else {

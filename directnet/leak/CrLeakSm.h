@@ -32,7 +32,6 @@ class CrLeakSm : public Orb::Entity {
     using VrfId = Vrf::VrfIdMap::VrfId;
 
     explicit CrLeakSm(Arguments arguments);
-    ~CrLeakSm() override;
 
     void handleInitialized();
 

@@ -117,10 +117,7 @@ void LeakSource::handleOwnAddresses(Lanx::IntfId intfId, const IntfViaSetKeyStat
         return;
     }
     for (const IntfIdAndAddr& contributor : Orb::keysOf(*virtuals)) {
-        if (contributor.addrWithMask().af() == status.af()) {
-            owner()->handleContributor(*notifier(), contributor.addrWithMask().subnet(),
-                                       contributor);
-        }
+        owner()->handleContributor(*notifier(), contributor.addrWithMask().subnet(), contributor);
     }
 }
 

@@ -48,13 +48,6 @@ void ReceiveRouteLeakSm::handleInitialized() {
     }
 }
 
-ReceiveRouteLeakSm::~ReceiveRouteLeakSm() {
-    orbDoZombieReactors(true);
-    leakedRoute4DelAll();
-    leakedRoute6DelAll();
-    intfBacklogDelAll();
-}
-
 // --- What changes.
 
 // A source VRF comes without leaks, and goes without: these are told of one by one.
@@ -181,10 +174,10 @@ void ReceiveRouteLeakSm::scheduleReview() {
     reviewTask()->scheduleTask();
 }
 
-// Who runs the clock from inside a notification does not have a review in the middle of a decision.
+// Somebody may run the clock from inside a notification. The decision is finished first.
 void ReceiveRouteLeakSm::doReview() {
     if (Orb::decisionUnderWay()) {
-        reviewTask()->scheduleTask();
+        Orb::decideAfterwards(*this, [this] { reviewTask()->scheduleTask(); });
     } else {
         Orb::decide([this] { review(); });
     }
@@ -217,15 +210,13 @@ bool ReceiveRouteLeakSm::doReviewCrLeakStatus(const LeakLocalStatus& leakLocalSt
             }
         }
         ++work;
-        Orb::pauseBetweenDecisions();
-        if (task->scheduled() || orbMarkedForDeletion()) {
-            task->taskWorkCountInc(work);
-            return false; // another review begins at the beginning
-        }
         next = leakAfter(leakLocalStatus, position);
         pause = task->taskShouldYield();
     }
     task->taskWorkCountInc(work);
+    if (task->scheduled()) {
+        return false; // another review was asked for, which begins at the beginning
+    }
     reviewBookmarkIs(next);
     const bool finished = isNowhere(next);
     if (!finished) {

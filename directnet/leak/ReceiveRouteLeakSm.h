@@ -65,7 +65,6 @@ class ReceiveRouteLeakSm : public Orb::Entity {
 
   public:
     explicit ReceiveRouteLeakSm(Arguments arguments);
-    ~ReceiveRouteLeakSm() override;
 
     void handleInitialized();
 

@@ -86,7 +86,7 @@ json contents(const DeviceInputs& inputs) {
 }
 
 TEST(DeviceInputs, PatchesLeadWhereTheMergedDocumentLeads) {
-    for (unsigned seed = 1; seed <= 60; ++seed) {
+    for (unsigned seed = 1; seed <= 30; ++seed) {
         TestSupport::RandomPatches random(seed);
         const auto inputs = makeInputs();
         json document = json::object();

@@ -92,7 +92,7 @@ std::vector<json> states(const std::vector<json>& lines) {
 }
 
 TEST(HeldPatch, StatesAreThoseOfOrdinaryLines) {
-    for (std::uint32_t seed = 0; seed < 120; ++seed) {
+    for (std::uint32_t seed = 0; seed < 60; ++seed) {
         TestSupport::RandomPatches random(seed);
         std::vector<json> lines;
         for (int round = 0; round < 8; ++round) {

@@ -62,7 +62,7 @@ TEST(Replay, BadLineIsRefusedByFileLineAndPointerAndWhatWasPrintedStands) {
 }
 
 TEST(Replay, ManyLinesInOneMomentMakeOneState) {
-    constexpr int count = 20000;
+    constexpr int count = 5000;
     std::ostringstream scenario;
     scenario << R"({"set":{"vrfs":{"default":{"id":0}},"kernel":{"default":{"e":{}}}}})" << '\n';
     for (int index = 0; index < count; ++index) {

@@ -108,7 +108,7 @@ TEST_F(Ring, FileThatCannotBeHadIsSaidOnceAndTheAgentRunsWithout) {
     }
     EXPECT_EQ(readFile("/run/precious"), "precious");
     for (const std::string taking : {"touch $F", "mkfifo $F", "ln -s /tmp $F",
-                                     "mkdir $F; chown 1 $F || mount --bind /usr $F"}) {
+                                     "mkdir $F; chown -f 1 $F || mount --bind /usr $F"}) {
         LiveProgram agent = started("F=/run/directnet; rm -rf $F; " + taking + "; exec \"$D\" run");
         ASSERT_TRUE(agent.learned()) << agent.err();
         EXPECT_EQ(agent.endedBy(SIGTERM), 0);

@@ -75,7 +75,7 @@ TEST_F(RunFailure, LackOfDescriptorsIsSaidOnceAndHoldsAVrfUpOnlyWhileItLasts) {
             << agent.err() << agent.out();
         EXPECT_EQ(countOf(comes, agent.out()), round);
         const long before = wakeUps(agent.pid());
-        ASSERT_TRUE(agent.until([&] { return wakeUps(agent.pid()) > before + 2; }));
+        ASSERT_TRUE(agent.until([&] { return wakeUps(agent.pid()) > before + 1; }));
         leaveDescriptors(agent.pid(), manyDescriptors);
         ASSERT_TRUE(agent.until([&] { return countOf(comes, agent.out()) > round; }))
             << agent.err();

@@ -32,7 +32,7 @@ auto reference(const IntfIdAndAddr& value) {
                       static_cast<int>(value.routeType()));
 }
 
-TEST(BacklogValues, ContributorOrderIsNotFieldByField) {
+TEST(BacklogValues, ContributorsAreOrderedFieldByField) {
     TestSupport::RandomValues random(1);
     for (int round = 0; round < 20000; ++round) {
         const IntfIdAndAddr left = random.make<IntfIdAndAddr>();
@@ -45,7 +45,7 @@ TEST(BacklogValues, ContributorOrderIsNotFieldByField) {
     }
 }
 
-TEST(BacklogValues, TextFormIsAnother) {
+TEST(BacklogValues, TextFormIsTheNamedOne) {
     EXPECT_EQ(Orb::valueToStrep(IntfIdAndAddr(
                   Lanx::IntfId("Ethernet1"), Lanx::IpAddrWithMask::fromString("10.1.1.5/24"),
                   Vrf::VrfIdMap::VrfId(5), true, Fib::RouteType::connected)),

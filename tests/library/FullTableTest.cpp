@@ -75,6 +75,46 @@ TEST_F(FullTableTest, RoutesThatDoNotFitWaitAndComeWhenThereIsRoom) {
     }
 }
 
+// More wait than are looked at in one go, or in one slice.
+TEST_F(FullTableTest, WaitingRoutesThatAreWithdrawnAreForgotten) {
+    h.root().ipv4AllVrfRouteConfig()->collectionCapacityIs("route", 1);
+    constexpr std::size_t hosts = 100;
+    const auto host = [](std::size_t i) { return "10.1." + std::to_string(i) + ".1/32"; };
+    for (const double slow : {0.0, 0.05}) {
+        for (std::size_t i = 0; i < hosts; ++i) {
+            h.secondary("default", intf(1), host(i));
+        }
+        h.settle();
+        h.clock->secondsPerRead = slow;
+        for (std::size_t gone = 0; gone < hosts; gone += 2) {
+            EXPECT_EQ(h.backlog("default").backlog().size(), hosts - gone - 1);
+            h.secondaryDel("default", intf(1), host(gone));
+            h.run(0.2);
+            h.secondaryDel("default", intf(1), host(gone + 1));
+            h.settle();
+        }
+        EXPECT_TRUE(h.backlog("default").backlog().empty());
+        h.clock->secondsPerRead = 0;
+    }
+}
+
+TEST_F(FullTableTest, InterfaceThatWaitsForAViaGoesOrGetsThatOfAnEarlierRun) {
+    const auto vias = h.root().ipv4AllVrfViaConfig();
+    vias->collectionCapacityIs("via", 1);
+    vias->viaIs(Rib::Via(Rib::ViaKey(1, 99, ::Vrf::VrfIdMap::VrfId(7), 1)));
+    h.vrfIdDel("default");
+    addresses("default", 1, 1);
+    h.vrfId("default", 0);
+    EXPECT_EQ(routes("default"), 0U);
+    EXPECT_FALSE(ready("default"));
+    h.ipv4Del("default", intf(1));
+    EXPECT_TRUE(ready("default"));
+    addresses("default", 1, 1);
+    EXPECT_EQ(routes("default"), 0U);
+    h.vrf("blue", 7);
+    EXPECT_EQ(routes("default"), 1U);
+}
+
 TEST_F(FullTableTest, InterfacesWithoutRoomForTheirViaGetOneLater) {
     h.root().ipv4AllVrfViaConfig()->collectionCapacityIs("via", 2);
     h.vrfIdDel("default"); // ready it was, and stays as long as it is there

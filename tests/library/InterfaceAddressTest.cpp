@@ -47,7 +47,7 @@ class InterfaceAddressTest : public testing::Test {
     LibraryHarness harness;
 };
 
-TEST_F(InterfaceAddressTest, AddressYieldsOtherRoutesThanItsLengthCallsFor) {
+TEST_F(InterfaceAddressTest, AddressYieldsTheRoutesThatItsLengthCallsFor) {
     const std::vector<std::pair<std::string, std::vector<RouteRow>>> cases{
         {"10.1.1.5/30",
          {{"10.1.1.4/30", 11, "Et1"},
@@ -76,7 +76,7 @@ TEST_F(InterfaceAddressTest, AddressYieldsOtherRoutesThanItsLengthCallsFor) {
     }
 }
 
-TEST_F(InterfaceAddressTest, Ipv6AddressInfoThatChangesTakesAnotherReference) {
+TEST_F(InterfaceAddressTest, Ipv6AddressInfoThatChangesTakesNoFurtherReference) {
     const auto address = Lanx::Ip6AddrWithMask::fromString("2001:db8::1/128");
     harness.address6("default", "Et1", "2001:db8::2/128", false); // the default info at first
     harness.address6("default", "Et1", "2001:db8::1/128");
@@ -92,7 +92,7 @@ TEST_F(InterfaceAddressTest, Ipv6AddressInfoThatChangesTakesAnotherReference) {
 }
 
 // Every sequence of four changes of one secondary, then the interface goes.
-TEST_F(InterfaceAddressTest, SecondaryFalseOrRemovedTakesWhatItNeverHeld) {
+TEST_F(InterfaceAddressTest, SecondaryThatWasNeverAddedGivesNothingBack) {
     for (int sequence = 0; sequence < 81; ++sequence) {
         primary(addressOf(1));
         bool used = false;
@@ -114,7 +114,7 @@ TEST_F(InterfaceAddressTest, SecondaryFalseOrRemovedTakesWhatItNeverHeld) {
     }
 }
 
-TEST_F(InterfaceAddressTest, UnnumberedInterfaceContributesItsPrimaryOrLosesItsSecondaries) {
+TEST_F(InterfaceAddressTest, UnnumberedInterfaceContributesItsSecondariesOnly) {
     et1().unnumberedIntfIdIs(Lanx::IntfId("Lo0"));
     primary(addressOf(1));
     secondary(addressOf(2));
@@ -133,7 +133,7 @@ TEST_F(InterfaceAddressTest, UnnumberedInterfaceContributesItsPrimaryOrLosesItsS
     expectNoneOfTheInterface();
 }
 
-TEST_F(InterfaceAddressTest, DirectedBroadcastChangesMoreThanTheTypeOrMissesASecondary) {
+TEST_F(InterfaceAddressTest, DirectedBroadcastChangesTheTypeOfEveryBroadcastRoute) {
     primary(addressOf(1));
     secondary(addressOf(2));
     et1().directedBroadcastIs(true);
@@ -150,7 +150,7 @@ TEST_F(InterfaceAddressTest, DirectedBroadcastChangesMoreThanTheTypeOrMissesASec
 
 // The flag is applied without a filter: to an unnumbered primary, and to a secondary not in use.
 // What comes of it has no reference and must go all the same.
-TEST_F(InterfaceAddressTest, UnfilteredDirectedBroadcastLeavesRoutesBehind) {
+TEST_F(InterfaceAddressTest, DirectedBroadcastLeavesNoRoutesBehind) {
     et1().unnumberedIntfIdIs(Lanx::IntfId("Lo0"));
     primary(addressOf(1));
     secondary(addressOf(2), false);
@@ -169,7 +169,7 @@ TEST_F(InterfaceAddressTest, UnfilteredDirectedBroadcastLeavesRoutesBehind) {
     expectRoutes({{"10.1.0.0/32", 3, "Et1"}, {"10.1.0.255/32", 4, "Et1"}});
 }
 
-TEST_F(InterfaceAddressTest, ViaSetsGoBeforeTheRoutesThatUseThem) {
+TEST_F(InterfaceAddressTest, ViaSetsOutliveTheRoutesThatUseThem) {
     primary("10.0.0.1/32");
     harness.settle();
     const auto before = harness.routes("default");

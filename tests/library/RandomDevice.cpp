@@ -91,6 +91,7 @@ void RandomDevice::interject() {
     }
     note("in the middle:");
     (this->*change->make)();
+    letTimePass();
 }
 
 void RandomDevice::changeVrfId() {

@@ -25,7 +25,7 @@ class RandomDevice {
     void step();
 
     /// One change from inside a notification: of something else than the change that is under way,
-    /// which may be in the middle of it.
+    /// which may be in the middle of it. Then, too, some time may pass.
     void interject();
 
     /// Called before the root is stopped and started again.

@@ -26,7 +26,7 @@ class ReadinessTest : public testing::Test {
     LibraryHarness harness;
 };
 
-TEST_F(ReadinessTest, VrfIsReadyBeforeItsFirstDrainHasEndedOrNeverWithoutInterfaces) {
+TEST_F(ReadinessTest, VrfIsReadyOnceItsFirstRoutesAreWritten) {
     harness.vrfId("default", 0);
     EXPECT_TRUE(ready()); // nothing to write
     harness.vrfIdDel("default");
@@ -42,7 +42,7 @@ TEST_F(ReadinessTest, VrfIsReadyBeforeItsFirstDrainHasEndedOrNeverWithoutInterfa
     EXPECT_TRUE(ready()); // there is no way back
 }
 
-TEST_F(ReadinessTest, GracefulRestartDoesNotHoldReadinessBackOrHoldsItForEver) {
+TEST_F(ReadinessTest, GracefulRestartHoldsReadinessBackUntilVerification) {
     addInterfaces();
     for (const bool drainedFirst : {true, false}) {
         harness.removeVrfs();
@@ -64,7 +64,7 @@ TEST_F(ReadinessTest, GracefulRestartDoesNotHoldReadinessBackOrHoldsItForEver) {
     }
 }
 
-TEST_F(ReadinessTest, RibHearsOfReadinessTooEarlyTwiceOrNever) {
+TEST_F(ReadinessTest, RibHearsOfReadinessOnceBothFamiliesAreReady) {
     harness.ribWaits("default");
     addInterfaces();
     ASSERT_NE(harness.ribStatus("default"), nullptr);
@@ -90,7 +90,7 @@ TEST_F(ReadinessTest, RibHearsOfReadinessTooEarlyTwiceOrNever) {
     EXPECT_EQ(harness.ribStatus("default")->readyTime(), harness.clock->now());
 }
 
-TEST_F(ReadinessTest, BrokenReadyTimeIsOverwritten) {
+TEST_F(ReadinessTest, ReadyTimeThatIsSetIsKept) {
     harness.ribWaits("default");
     harness.ribStatus("default")->readyTimeIs(std::numeric_limits<double>::quiet_NaN());
     harness.vrfId("default", 0);
@@ -101,7 +101,7 @@ TEST_F(ReadinessTest, BrokenReadyTimeIsOverwritten) {
 }
 
 // The directory is brought in line with what the RIB waits for.
-TEST_F(ReadinessTest, RecordsOfAnEarlierRunStay) {
+TEST_F(ReadinessTest, RecordsOfAnEarlierRunAreRemoved) {
     harness.ribWaits("red");
     harness.stop();
     harness.ribWaits("red", false);

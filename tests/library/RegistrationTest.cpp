@@ -10,7 +10,7 @@
 namespace Routing::DirectNet {
 namespace {
 
-TEST(RegistrationTest, OrderIsTheLinkers) {
+TEST(RegistrationTest, TypesAreRegisteredInTheStatedOrder) {
     ASSERT_NE(&RootSm::fwkType(), nullptr);
     std::string names;
     const std::string prefix = "Routing::DirectNet::";
@@ -33,7 +33,7 @@ TEST(RegistrationTest, OrderIsTheLinkers) {
 }
 
 // Constructor attributes take the first ids; ids that are stated are those of their attributes.
-TEST(RegistrationTest, AttributesAreMissingOrOutOfOrder) {
+TEST(RegistrationTest, AttributesAreDescribedInTheirOrder) {
     const auto& attributes = ContainerSm::fwkType().attributes();
     ASSERT_GT(attributes.size(), 21U);
     for (const auto& [at, name] : {std::pair(0U, "entityManager"), {20U, "vrfReadyStatus"}}) {

@@ -61,7 +61,7 @@ class TraceTest : public testing::Test {
 
 std::string at(int line) { return "TraceTest:" + std::to_string(line) + " [TraceTest_"; }
 
-TEST_F(TraceTest, disabledStatementsEvaluateNothing) {
+TEST_F(TraceTest, DisabledStatementsEvaluateNothing) {
     for (int level : {TraceHandle::off, 0, 7}) {
         TraceHandle::named("DirectNet").levelIs(level);
         // Another handle that prints the level must not make this one evaluate.
@@ -74,19 +74,19 @@ TEST_F(TraceTest, disabledStatementsEvaluateNothing) {
     EXPECT_TRUE(printed_.empty());
 }
 
-TEST_F(TraceTest, lineNamesHandleLevelAndPlace) {
+TEST_F(TraceTest, LineNamesHandleLevelAndPlace) {
     TraceHandle::levelOfAllIs(8);
     const int line = __LINE__ + 1;
     DIRECTNET_TRACE(8, "size=", 5, " af=", "ipv4\nDirectNet 0 forged");
     DIRECTNET_TRACE_TO(ribReadySmTraceHandle(), 0, "ready");
     ASSERT_EQ(printed_.size(), 2U);
     EXPECT_EQ(printed_[0], "DirectNet 8 " + at(line)
-                               + "lineNamesHandleLevelAndPlace_Test::TestBody] "
+                               + "LineNamesHandleLevelAndPlace_Test::TestBody] "
                                  "size=5 af=ipv4\\x0aDirectNet 0 forged");
     EXPECT_EQ(printed_[1].substr(0, 31), "DirectNetRibReadySm 0 TraceTest");
 }
 
-TEST_F(TraceTest, levelOfAllHoldsForHandlesMadeLater) {
+TEST_F(TraceTest, LevelOfAllHoldsForHandlesMadeLater) {
     TraceHandle::levelOfAllIs(3);
     TraceHandle::named("made before the other level").levelIs(TraceHandle::off);
     DIRECTNET_TRACE_TO(TraceHandle::named("made later"), 3, "printed");
@@ -94,7 +94,7 @@ TEST_F(TraceTest, levelOfAllHoldsForHandlesMadeLater) {
     EXPECT_EQ(printed_.size(), 1U);
 }
 
-TEST_F(TraceTest, duallogWritesTheSameTextToWhicheverIsOpen) {
+TEST_F(TraceTest, DuallogWritesTheSameTextToWhicheverIsOpen) {
     const std::string large(1000, 'x');
     for (const auto& [print, ring] :
          {std::pair(false, false), {false, true}, {true, false}, {true, true}}) {
@@ -108,7 +108,7 @@ TEST_F(TraceTest, duallogWritesTheSameTextToWhicheverIsOpen) {
         const int line = __LINE__ + 1;
         DIRECTNET_DUALLOG(8, "n=", count(), " size=", 5U, ' ', large);
         const std::string text =
-            at(line) + "duallogWritesTheSameTextToWhicheverIsOpen_Test::TestBody] n=1 size=5 ";
+            at(line) + "DuallogWritesTheSameTextToWhicheverIsOpen_Test::TestBody] n=1 size=5 ";
         EXPECT_EQ(evaluated_, print || ring ? 1 : 0);
         ASSERT_EQ(printed_.size(), print ? 1U : 0U);
         if (print) {
@@ -120,7 +120,7 @@ TEST_F(TraceTest, duallogWritesTheSameTextToWhicheverIsOpen) {
     }
 }
 
-TEST_F(TraceTest, failingSinkDoesNotFailTheCaller) {
+TEST_F(TraceTest, FailingSinkDoesNotFailTheCaller) {
     TraceHandle::levelOfAllIs(8);
     TraceHandle::sinkIs([](std::string_view) { throw std::runtime_error("full"); });
     EXPECT_NO_THROW(DIRECTNET_TRACE(8, "x"));

@@ -9,7 +9,7 @@
 namespace Routing::DirectNet {
 namespace {
 
-TEST(VirtualIpTest, ReplacedObjectLeavesInterfacesOfTheOldOne) {
+TEST(VirtualIpTest, InterfacesOfAReplacedObjectAreWithdrawn) {
     LibraryHarness harness;
     harness.virtualIp("red", "10.1.1.1/24", "et1");
     harness.virtualIp("red", "10.1.1.1/24", "et2");
@@ -32,7 +32,7 @@ TEST(VirtualIpTest, ReplacedObjectLeavesInterfacesOfTheOldOne) {
 }
 
 // A subnet setting that changes while via sets are written may leave some that nobody counts.
-TEST(VirtualIpTest, UncountedViaSetsOutliveTheVrf) {
+TEST(VirtualIpTest, UncountedViaSetsGoWithTheVrf) {
     LibraryHarness harness;
     harness.vrf("red", 5);
     const ContainerSm& red = harness.container("red");
@@ -55,7 +55,7 @@ std::string verdictOn(const L3::VrfName& vrf, Ipv4::VrfVirtualIpStatusHelper& he
     return traced;
 }
 
-TEST(VirtualIpTableTest, TableGoesWhileItIsNeededOrStaysWhenItIsNot) {
+TEST(VirtualIpTableTest, TableStaysExactlyWhileItIsNeeded) {
     LibraryHarness harness(false);
     const auto tables = Orb::makePtr<Ipv4::AllVrfVirtualIpStatus>();
     const auto helper =

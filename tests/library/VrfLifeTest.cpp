@@ -45,7 +45,7 @@ class VrfLifeTest : public testing::Test {
     const std::vector<RouteRow> oneRoute{{"10.0.0.1/32", 2, "Et1"}};
 };
 
-TEST_F(VrfLifeTest, ContainersOutliveTheMapOfIds) {
+TEST_F(VrfLifeTest, ContainersGoWithTheMapOfIds) {
     harness.vrfId("default", 0);
     harness.vrf("red", 5);
     harness.vrfStatus("default", false); // which needs no status
@@ -56,7 +56,7 @@ TEST_F(VrfLifeTest, ContainersOutliveTheMapOfIds) {
 }
 
 // The outsider is told of a VRF's state before or after the library, and takes the VRF away.
-TEST_F(VrfLifeTest, StatusThatGoesInTheMiddleOfItsOwnChange) {
+TEST_F(VrfLifeTest, StatusThatGoesInTheMiddleOfItsOwnChangeMakesNoContainer) {
     harness.stop();
     for (const bool outsiderFirst : {true, false}) {
         LibraryHarness h(!outsiderFirst);
@@ -74,7 +74,7 @@ TEST_F(VrfLifeTest, StatusThatGoesInTheMiddleOfItsOwnChange) {
 }
 
 /// The moments of a VRF's life at which the tables tell others.
-TEST_F(VrfLifeTest, OutsiderChangesTheVrfWhileItIsWritten) {
+TEST_F(VrfLifeTest, VrfFollowsAnOutsiderWhoChangesItWhileItIsWritten) {
     auto& h = harness;
     const std::vector<std::function<void()>> acts{
         [&] { h.vrfIdDel("red"); },
@@ -156,7 +156,7 @@ TEST_F(VrfLifeTest, HandlerThatThrowsDuringCreationLeavesAWholeVrf) {
 
 // What an earlier run left in the store for an id is gone before the first new write, and never
 // seen beside it.
-TEST_F(VrfLifeTest, StaleRoutesAndViasOfTheIdSurvive) {
+TEST_F(VrfLifeTest, StaleRoutesAndViasOfTheIdAreGoneBeforeTheFirstNewOne) {
     addRed();
     harness.settle();
     Rib::Route stale(Rib::RouteKey(VrfId(5), Lanx::IpGenPrefix::fromString("10.9.0.0/16")),
@@ -186,7 +186,7 @@ TEST_F(VrfLifeTest, StaleRoutesAndViasOfTheIdSurvive) {
     harness.store.doUnmount("routing/rib/viaConfig/ipv4/connected");
 }
 
-TEST_F(VrfLifeTest, StoppedRootFollowsItsInputs) {
+TEST_F(VrfLifeTest, StoppedRootReleasesItsTablesAndFollowsNothing) {
     addRed();
     harness.settle();
     EXPECT_TRUE(harness.virtualIpAsReceiveRoute->enabled());
@@ -204,7 +204,7 @@ TEST_F(VrfLifeTest, StoppedRootFollowsItsInputs) {
 }
 
 // The conditions name errors with fixed texts, and the agent goes on with everything else.
-TEST_F(VrfLifeTest, NameThatIsTooLongStopsMoreThanItsOwnChange) {
+TEST_F(VrfLifeTest, NameThatIsTooLongIsRefusedAndNothingElse) {
     addRed();
     EXPECT_EQ(textOf<Orb::RangeError>([&] { harness.vrf(std::string(101, 'x'), 9); }),
               "VrfName::bytes > VrfName::maxLength not allowed");
@@ -215,7 +215,7 @@ TEST_F(VrfLifeTest, NameThatIsTooLongStopsMoreThanItsOwnChange) {
     EXPECT_ROUTES(harness, "red", oneRoute);
 }
 
-TEST_F(VrfLifeTest, MisuseIsNamedOtherwise) {
+TEST_F(VrfLifeTest, MisuseIsRefusedByItsName) {
     addRed();
     IntfBacklogByVrf& backlogs = *harness.root().intfBacklogByVrf();
     EXPECT_EQ(textOf<Orb::NameInUseError>([&] { backlogs.intfBacklogIs("green", VrfId(5)); }),
