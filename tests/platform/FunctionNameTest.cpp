@@ -60,7 +60,7 @@ TEST(FunctionName, SpellingsOfBothCompilersAreCutDown) {
         {"A::~A()", "A::~A"},
         {"std::string A::f[abi:cxx11]()", "A::f"},
         {"bool A::operator<=(const A&) const", "A::operator<="},
-        {"std::ostream& Lanx::operator<<(std::ostream&, const T&) [T = int]", "operator<<"},
+        {"std::ostream& Lanx::operator<<(std::ostream&, const T&) [T = int]", "Lanx::operator<<"},
         {"A::operator bool() const", "A::operator bool"},
         {"std::function<void (int)> A::f()", "A::f"},
         {"", ""},
