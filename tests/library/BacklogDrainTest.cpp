@@ -169,9 +169,9 @@ TEST_F(BacklogDrainTest, PrefixIsQueuedBeforeItsEmptiedSetLeavesTheIndex) {
     std::vector<std::string> seen;
     const auto outsider =
         Orb::makePtr<Outsider>(Orb::Ptr<Orb::Entity>(&backlog()), [&](Orb::AttributeId id) {
-            if (id == IntfBacklog::backlogId) {
+            if (id == IntfBacklog::backlogAttribute) {
                 seen.emplace_back("queued");
-            } else if (id == IntfBacklog::intfIdsByPrefixId) {
+            } else if (id == IntfBacklog::intfIdsByPrefixAttribute) {
                 seen.emplace_back("index");
             }
         });

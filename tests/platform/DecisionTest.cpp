@@ -54,8 +54,9 @@ class Machine : public Entity {
       public:
         using InputReactor::InputReactor;
         void onAttribute(AttributeId id, const void* key) override {
-            owner()->handleValue(id == Input::memberId ? keyAs<std::string>(key)
-                                                       : std::to_string(notifier()->value()));
+            owner()->handleValue(id == Input::memberAttribute
+                                     ? keyAs<std::string>(key)
+                                     : std::to_string(notifier()->value()));
         }
         void onRemembered(AttributeId, const void*) override {
             owner()->log_.push_back("later, was " + std::to_string(notifier()->value()));

@@ -225,7 +225,7 @@ TEST(DeclaredAttributeTest, GenericInterfaceKnowsEveryAttributeAndRefusesBadText
     EXPECT_EQ(type.attribute("room")->set, nullptr);
     EXPECT_EQ(type.attribute("colour"), nullptr);
     const AttributeDescription& watts = *type.attribute("watts");
-    EXPECT_EQ(watts.id, Lamp::wattsId);
+    EXPECT_EQ(watts.id, Lamp::wattsAttribute);
     watts.set(*lamp, "75");
     EXPECT_THROW(watts.set(*lamp, "many"), ParseError);
     EXPECT_THROW(watts.set(*lamp, "75 "), ParseError);

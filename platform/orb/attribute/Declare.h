@@ -59,7 +59,7 @@
     ORB_DECLARED(number, Orb::Attribute<Type>, name, {__VA_ARGS__})                                \
     Orb::Read<Type> name() const { return name##_.value(); }                                       \
     ORB_WHERE_CALLED                                                                               \
-    void name##Is(Orb::Read<Type> value) { name##_.valueIs(*this, name##Id, value); }
+    void name##Is(Orb::Read<Type> value) { name##_.valueIs(*this, name##Attribute, value); }
 
 /// Values by key in a hash map: name(), name(key), nameIs(key, value), nameDel(key), nameDelAll().
 #define ORB_MAP(number, Key, Value, name) ORB_COLLECTION(HashCollection, number, Key, Value, name)
@@ -75,10 +75,10 @@
     template <typename... Args>                                                                    \
         requires Orb::MadeFrom<T, Args...>                                                         \
     Orb::Ptr<T> name##Is(Args&&... args) {                                                         \
-        return name##_.childIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});        \
+        return name##_.childIs(*this, name##Attribute, T::Arguments{std::forward<Args>(args)...}); \
     }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
-    void name##Del() { name##_.childDel(*this, name##Id); }
+    void name##Del() { name##_.childDel(*this, name##Attribute); }
 
 /// An owned object that is not replaced while it is there: nameIs() with other arguments throws
 /// NameInUseError.
@@ -88,10 +88,11 @@
     template <typename... Args>                                                                    \
         requires Orb::MadeFrom<T, Args...>                                                         \
     Orb::Ptr<T> name##Is(Args&&... args) {                                                         \
-        return name##_.soleChildIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});    \
+        return name##_.soleChildIs(*this, name##Attribute,                                         \
+                                   T::Arguments{std::forward<Args>(args)...});                     \
     }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
-    void name##Del() { name##_.childDel(*this, name##Id); }
+    void name##Del() { name##_.childDel(*this, name##Attribute); }
 
 /// Owned objects by key: name(), name(key), nameIs(constructor arguments of T), nameDel(key),
 /// nameDelAll(). name(key) is null where there is none.
@@ -103,12 +104,12 @@
     template <typename... Args>                                                                    \
         requires Orb::MadeFrom<T, Args...>                                                         \
     T* name##Is(Args&&... args) {                                                                  \
-        return name##_.childIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});        \
+        return name##_.childIs(*this, name##Attribute, T::Arguments{std::forward<Args>(args)...}); \
     }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
-    void name##Del(Orb::Read<T::Key> key) { name##_.childDel(*this, name##Id, key); }              \
+    void name##Del(Orb::Read<T::Key> key) { name##_.childDel(*this, name##Attribute, key); }       \
     ORB_WHERE_CALLED                                                                               \
-    void name##DelAll() { name##_.childDelAll(*this, name##Id); }
+    void name##DelAll() { name##_.childDelAll(*this, name##Attribute); }
 
 /// Objects made elsewhere, by key: name(), name(key), nameIs(object), nameDel(key), nameDelAll().
 #define ORB_REFERENCES(number, T, name)                                                            \
@@ -118,12 +119,12 @@
     T* name(Orb::Read<T::Key> key) const { return name##_.find(key); }                             \
     ORB_WHERE_CALLED                                                                               \
     void name##Is(Orb::Ptr<T> object) {                                                            \
-        name##_.memberIs(*this, name##Id, #name, std::move(object));                               \
+        name##_.memberIs(*this, name##Attribute, #name, std::move(object));                        \
     }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
-    void name##Del(Orb::Read<T::Key> key) { name##_.memberDel(*this, name##Id, key); }             \
+    void name##Del(Orb::Read<T::Key> key) { name##_.memberDel(*this, name##Attribute, key); }      \
     ORB_WHERE_CALLED                                                                               \
-    void name##DelAll() { name##_.memberDelAll(*this, name##Id); }
+    void name##DelAll() { name##_.memberDelAll(*this, name##Attribute); }
 
 /// Reactors R of this machine, one per member of a collection that it follows: name(), name(key),
 /// nameIs(member), nameDel(key), nameDelAll().
@@ -149,18 +150,18 @@
     ValueType name(Orb::Read<KeyType> key) const { return name##_.find(key); }                     \
     ORB_WHERE_CALLED                                                                               \
     void name##Is(Orb::Read<KeyType> key, Orb::Read<ValueType> value) {                            \
-        name##_.memberIs(*this, name##Id, key, value);                                             \
+        name##_.memberIs(*this, name##Attribute, key, value);                                      \
     }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
-    void name##Del(Orb::Read<KeyType> key) { name##_.memberDel(*this, name##Id, key); }            \
+    void name##Del(Orb::Read<KeyType> key) { name##_.memberDel(*this, name##Attribute, key); }     \
     ORB_WHERE_CALLED                                                                               \
-    void name##DelAll() { name##_.memberDelAll(*this, name##Id); }
+    void name##DelAll() { name##_.memberDelAll(*this, name##Attribute); }
 
-/// What every declaration has: the holder `name_`, the number `nameId`, and the entry by which the
-/// generic attribute interface finds it.
+/// What every declaration has: the holder `name_`, the number `nameAttribute`, and the entry by
+/// which the generic attribute interface finds it.
 #define ORB_DECLARED(number, Holder, name, ...)                                                    \
   public:                                                                                          \
-    static constexpr Orb::AttributeId name##Id{number};                                            \
+    static constexpr Orb::AttributeId name##Attribute{number};                                     \
     static_assert(number >= Orb::firstAttributeId && number <= Orb::lastAttributeId,               \
                   "attribute " #name ": the number is out of range");                              \
     enum { orbNumber##number##isGivenOnce };                                                       \
