@@ -53,7 +53,9 @@ class RandomDocument {
     }
 
   private:
-    std::uint32_t below(std::uint32_t bound) { return random_() % bound; }
+    std::uint32_t below(std::uint32_t bound) {
+        return static_cast<std::uint32_t>(random_() % bound);
+    }
 
     std::string text() {
         static const std::vector<std::string> parts{"a",          "\"",     "\\",  "/",    "\n",
