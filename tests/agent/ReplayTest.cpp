@@ -145,10 +145,12 @@ TEST(CommandLine, ErrorsHaveTheRightExitStatus) {
 TEST(CommandLine, HelpAndManualNameEveryTopic) {
     const std::string help = runProgram("show --help").out;
     const std::string manual = readFile(DIRECTNET_SOURCE_DIR "/docs/agent.md");
+    const std::size_t table = manual.find("| Topic ");
+    ASSERT_NE(table, std::string::npos);
     for (const Agent::Topic* topic : Agent::topics()) {
         const std::string name(topic->name);
         EXPECT_NE(help.find(name + ": " + std::string(topic->help)), std::string::npos) << help;
-        const std::size_t row = manual.find("| `" + name + "` ");
+        const std::size_t row = manual.find("| `" + name + "` ", table);
         ASSERT_NE(row, std::string::npos) << name;
         const std::string line = manual.substr(row, manual.find('\n', row) - row);
         EXPECT_NE(line.find("| " + std::string(topic->help) + ' '), std::string::npos) << line;
