@@ -58,29 +58,6 @@ void JsonWriter::value(std::string_view text) {
 
 void JsonWriter::seconds(double seconds) { plain(secondsText(seconds)); }
 
-void JsonWriter::begin(char bracket) {
-    separate();
-    *out_ += bracket;
-    isFirst_ = true;
-}
-
-void JsonWriter::end(char bracket) {
-    *out_ += bracket;
-    isFirst_ = false;
-}
-
-void JsonWriter::separate() {
-    if (!isFirst_) {
-        *out_ += ',';
-    }
-}
-
-void JsonWriter::plain(std::string_view text) {
-    separate();
-    *out_ += text;
-    isFirst_ = false;
-}
-
 std::string secondsText(double seconds) {
     std::array<char, 400> digits; // enough for the largest number
     const auto [end, error] =

@@ -21,6 +21,14 @@ class JsonWriter {
 
     /// The key of the object's next member.
     void key(std::string_view key);
+    /// The same for a key that holds nothing that needs escaping.
+    void plainKey(std::string_view key) {
+        separate();
+        *out_ += '"';
+        *out_ += key;
+        *out_ += "\":";
+        isFirst_ = true;
+    }
 
     void value(std::string_view text);
     void value(const char* text) { value(std::string_view(text)); }
@@ -50,10 +58,25 @@ class JsonWriter {
     }
 
   private:
-    void begin(char bracket);
-    void end(char bracket);
-    void separate();
-    void plain(std::string_view text);
+    void begin(char bracket) {
+        separate();
+        *out_ += bracket;
+        isFirst_ = true;
+    }
+    void end(char bracket) {
+        *out_ += bracket;
+        isFirst_ = false;
+    }
+    void separate() {
+        if (!isFirst_) {
+            *out_ += ',';
+        }
+    }
+    void plain(std::string_view text) {
+        separate();
+        *out_ += text;
+        isFirst_ = false;
+    }
 
     std::string* out_;
     bool isFirst_ = true; // of its object or array, or behind its key

@@ -30,7 +30,7 @@ namespace Agent {
 // columns that are an object of their own in JSON.
 
 struct Column {
-    std::string_view key;     // in JSON
+    std::string_view key;     // in JSON; needs no escaping
     std::string_view heading; // in a table
     std::string_view word{};  // before the value in a line of text
 };
@@ -43,13 +43,13 @@ class JsonColumns {
     template <typename T>
     void operator()(const Column& column, const T& value) {
         if (!isAbsent(value)) {
-            out_.key(column.key);
+            out_.plainKey(column.key);
             ValueForm<T>::write(out_, value);
         }
     }
     template <typename Describe>
     void group(std::string_view key, const Describe& describe) {
-        out_.key(key);
+        out_.plainKey(key);
         out_.beginObject();
         describe(*this);
         out_.endObject();
