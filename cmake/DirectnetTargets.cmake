@@ -16,6 +16,38 @@ macro(directnet_sanitize sanitizers)
   add_link_options(-fsanitize=${sanitizers})
 endmacro()
 
+# In a unity build (CMAKE_UNITY_BUILD, set by the release and test presets) the sources of a folder
+# are compiled together, at most eight at a time: they include the same headers. Sources in the
+# folders that are named behind the sources are compiled by themselves: their unnamed namespaces use
+# the same names, such as that of the trace unit.
+function(directnet_unity target sources)
+  list(JOIN ARGN "|" apart)
+  foreach(source IN LISTS sources)
+    cmake_path(GET source PARENT_PATH folder)
+    cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${PROJECT_SOURCE_DIR})
+    if(apart AND "${folder}/" MATCHES "^(${apart})/")
+      continue()
+    endif()
+    string(MAKE_C_IDENTIFIER ${folder} group)
+    list(LENGTH ${group} before)
+    list(APPEND ${group} ${source})
+    math(EXPR batch "${before} / 8")
+    set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group}_${batch})
+  endforeach()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
+  if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # The compiler takes a source that stands in another file for a header, and a name of a
+    # neighbour for one that may be shadowed by mistake.
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage -Wno-shadow)
+  endif()
+endfunction()
+
+# No path of this machine reaches what is built: assertions and debug information name sources by
+# their path in the project.
+macro(directnet_hide_paths)
+  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
+endmacro()
+
 # Drops from a list the project targets that do not exist because their folder holds no sources.
 function(directnet_existing out)
   set(kept "")
@@ -27,11 +59,12 @@ function(directnet_existing out)
   set(${out} ${kept} PARENT_SCOPE)
 endfunction()
 
-# directnet_library(NAME FOLDER folder [EXPORT name] [LINK targets...])
+# directnet_library(NAME FOLDER folder [EXPORT name] [LINK targets...] [APART folders...])
 # A static library of every source under FOLDER but main.cpp. One without sources is not made.
-# EXPORT makes it part of the installed package as directnet::name.
+# EXPORT makes it part of the installed package as directnet::name. A unity build compiles each
+# source of the folders APART by itself.
 function(directnet_library target)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER;EXPORT" "LINK")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER;EXPORT" "LINK;APART")
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${arg_FOLDER}/*.cpp)
   list(REMOVE_ITEM sources ${PROJECT_SOURCE_DIR}/${arg_FOLDER}/main.cpp)
   if(NOT sources)
@@ -47,6 +80,7 @@ function(directnet_library target)
                      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/directnet>)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   directnet_warnings(${target})
+  directnet_unity(${target} "${sources}" ${arg_APART})
 
   if(arg_EXPORT)
     add_library(directnet::${arg_EXPORT} ALIAS ${target})

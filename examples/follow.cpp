@@ -27,7 +27,7 @@ class RoutePrinter : public Orb::PtrInterface {
       public:
         using Reactor::Reactor;
         void onAttribute(Orb::AttributeId id, const void* key) override {
-            if (id == Rib::RouteConfig::routeId) {
+            if (id == Rib::RouteConfig::routeAttribute) {
                 owner()->print(*notifier(), Orb::keyAs<Rib::RouteKey>(key));
             }
         }

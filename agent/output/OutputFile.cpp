@@ -15,7 +15,7 @@ namespace Agent {
 namespace {
 
 /// Milliseconds that a line may wait for a reader.
-constexpr int patience = 500;
+constexpr int linePatience = 500;
 
 mode_t typeOf(int descriptor) {
     struct stat status {};
@@ -66,7 +66,7 @@ ssize_t OutputFile::tryWrite(std::string_view bytes) const {
 
 void writeErrorLine(std::string_view line) {
     const OutputFile file(STDERR_FILENO);
-    while (!line.empty() && file.isWritable(patience)) {
+    while (!line.empty() && file.isWritable(linePatience)) {
         const ssize_t size = file.write(line);
         if (size < 0) {
             return;

@@ -13,11 +13,11 @@ ChangeCounter::ChangeCounter(const Routing::DirectNet::RootSm& root,
     const auto watch = [this](const auto& table, Orb::AttributeId collection) {
         reactors_.push_back(Orb::makePtr<TableReactor>(*this, table, collection));
     };
-    watch(root.ipv4AllVrfRouteConfig(), RouteConfig::routeId);
-    watch(root.ipv6AllVrfRouteConfig(), RouteConfig::routeId);
-    watch(root.ipv4AllVrfViaConfig(), ViaConfig::viaId);
-    watch(root.ipv6AllVrfViaConfig(), ViaConfig::viaId);
-    watch(viaSets.viaSetCollection(), ViaSetCollection::viaSetId);
+    watch(root.ipv4AllVrfRouteConfig(), RouteConfig::routeAttribute);
+    watch(root.ipv6AllVrfRouteConfig(), RouteConfig::routeAttribute);
+    watch(root.ipv4AllVrfViaConfig(), ViaConfig::viaAttribute);
+    watch(root.ipv6AllVrfViaConfig(), ViaConfig::viaAttribute);
+    watch(viaSets.viaSetCollection(), ViaSetCollection::viaSetAttribute);
 }
 
 void ChangeCounter::callAt(std::uint64_t nth, std::function<void()> act) {

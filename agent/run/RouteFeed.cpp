@@ -11,7 +11,7 @@ RouteFeed::TableReactor::TableReactor(RouteFeed& owner, Orb::Ptr<const RouteConf
 }
 
 void RouteFeed::TableReactor::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == RouteConfig::routeId) {
+    if (id == RouteConfig::routeAttribute) {
         owner_.handle(*notifier(), Orb::keyAs<RouteKey>(key));
     }
 }

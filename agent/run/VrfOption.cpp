@@ -10,31 +10,31 @@ namespace Agent {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& text, const std::string& what) {
+[[noreturn]] void refuseOption(const std::string& text, const std::string& what) {
     throw BadInputError("--vrf " + text + ": " + what);
 }
 
 VrfOption readOne(const std::string& text) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
-        refuse(text, "must be NAME=NETNS");
+        refuseOption(text, "must be NAME=NETNS");
     }
     const std::string vrf = text.substr(0, equals);
     const std::string netns = text.substr(equals + 1);
     if (netns.find('/') != std::string::npos || netns == "." || netns == "..") {
-        refuse(text, "no name of a namespace");
+        refuseOption(text, "no name of a namespace");
     }
     if (!isUtf8(text)) {
-        refuse(text, "must be UTF-8");
+        refuseOption(text, "must be UTF-8");
     }
     if (vrf == L3::VrfName::defaultVrf().value()
         || netns == Lanx::NamespaceName::defaultNamespace().value()) {
-        refuse(text, "default is where the agent runs");
+        refuseOption(text, "default is where the agent runs");
     }
     try {
         return {L3::VrfName(vrf), Lanx::NamespaceName(netns)};
     } catch (const Orb::Error& error) {
-        refuse(text, error.what());
+        refuseOption(text, error.what());
     }
 }
 
@@ -46,10 +46,10 @@ std::vector<VrfOption> readVrfOptions(const std::vector<std::string>& texts) {
         const VrfOption option = readOne(text);
         for (const VrfOption& other : options) {
             if (other.vrf == option.vrf) {
-                refuse(text, "VRF " + option.vrf.value() + " is given twice");
+                refuseOption(text, "VRF " + option.vrf.value() + " is given twice");
             }
             if (other.netns == option.netns) {
-                refuse(text, "namespace " + option.netns.value() + " is given twice");
+                refuseOption(text, "namespace " + option.netns.value() + " is given twice");
             }
         }
         options.push_back(option);

@@ -92,7 +92,7 @@ class VipChangePrinter::Family {
             follow(table, *virtualIp);
         }
         followed.reactor = watch(table, [this, &table](Orb::AttributeId id, const void* key) {
-            if (id == Table::virtualIpId) {
+            if (id == Table::virtualIpAttribute) {
                 handleVirtualIp(table, Key(Orb::keyAs<Key>(key)));
             } else {
                 print(ChangeKind::changes, table.name(), &table);

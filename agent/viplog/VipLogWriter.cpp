@@ -22,7 +22,7 @@ constexpr double maxWait = 10; // seconds
     throw FailureError(file + ": " + std::strerror(error));
 }
 
-int openFile(const std::string& file) {
+int openLog(const std::string& file) {
     constexpr int flags = O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC;
     FileDescriptor opened(::open(file.c_str(), flags, 0666));
     if (!opened) {
@@ -43,7 +43,7 @@ int openFile(const std::string& file) {
 } // namespace
 
 VipLogWriter::VipLogWriter(std::string file)
-    : file_(std::move(file)), sink_(openFile(file_), maxPending) {}
+    : file_(std::move(file)), sink_(openLog(file_), maxPending) {}
 
 void VipLogWriter::attach(const Orb::Ptr<Tables4>& tables4, const Orb::Ptr<Tables6>& tables6) {
     writer_.emplace(sink_, tables4, tables6);

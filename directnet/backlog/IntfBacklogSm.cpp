@@ -36,7 +36,8 @@ long testMode() {
 
 // Only additions ask for a drain: the drain's own removals would ask for a drain of nothing.
 void IntfBacklogSm::OrbIntfBacklog::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == IntfBacklog::backlogId && (!owner()->drainPending() || owner()->passedOver_ != 0)
+    if (id == IntfBacklog::backlogAttribute
+        && (!owner()->drainPending() || owner()->passedOver_ != 0)
         && notifier()->backlog(Orb::keyAs<IntfIdAndPrefix>(key))) {
         owner()->passedOver_ = 0;
         owner()->scheduleBacklog();
@@ -45,7 +46,7 @@ void IntfBacklogSm::OrbIntfBacklog::onAttribute(Orb::AttributeId id, const void*
 
 IntfBacklogSm::IntfBacklogSm(Arguments arguments)
     : arguments_(std::move(arguments)), orbBacklogClock_(this),
-      orbIntfBacklog_(this, IntfBacklog::backlogId) {
+      orbIntfBacklog_(this, IntfBacklog::backlogAttribute) {
     orbBacklogClock_.notifierIs(backlogClock());
     orbIntfBacklog_.notifierIs(intfBacklog());
     handleInitialized();

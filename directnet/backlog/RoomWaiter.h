@@ -30,7 +30,7 @@ class RoomWaiter {
       public:
         Reactor(Owner& owner, RoomWaiter& waiter, const Orb::Ptr<const OrbMemtab::Table>& table,
                 Orb::Ptr<IntfBacklog> vrf)
-            : Orb::InputReactor<Owner, OrbMemtab::Table>(&owner, OrbMemtab::Table::roomId),
+            : Orb::InputReactor<Owner, OrbMemtab::Table>(&owner, OrbMemtab::Table::roomAttribute),
               waiter_(waiter), vrf_(std::move(vrf)) {
             this->notifierIs(table);
             vrf_->waitForRoom();

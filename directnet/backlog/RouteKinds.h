@@ -54,7 +54,7 @@ inline constexpr ViaSetKind directedBroadcast{"directed-broadcast",
 inline constexpr std::array all = {connected, receive, receiveBroadcast, directedBroadcast};
 } // namespace ViaSets
 
-static_assert(std::tuple_size_v<decltype(IntfViaSetKey::valueFields())> == 2 + ViaSets::all.size());
+static_assert(IntfViaSetKey::valueFieldCount == 2 + ViaSets::all.size());
 
 /// A kind of route.
 struct RouteKind {

@@ -17,7 +17,7 @@ class LeakStatusReactor : public Base {
     using Base::Base;
 
     void onAttribute(Orb::AttributeId id, const void* key) override {
-        if (id == Base::Watched::leakedRouteBySourceVrfId) {
+        if (id == Base::Watched::leakedRouteBySourceVrfAttribute) {
             this->owner()->handleSourceVrf(*this->notifier(),
                                            Orb::keyAs<RouteLeakedFromVrf::VrfId>(key));
         }
@@ -34,7 +34,7 @@ class SourceVrfReactor : public Base {
     }
 
     void onAttribute(Orb::AttributeId id, const void* key) override {
-        if (id == RouteLeakedFromVrf::destVrfIdId) {
+        if (id == RouteLeakedFromVrf::destVrfIdAttribute) {
             this->owner()->handleLeakedPrefix(*this->notifier(), Orb::keyAs<LeakedPrefix>(key));
         }
     }

@@ -12,11 +12,12 @@ ORB_DEFINE_TYPE(LeakSource)
 ORB_DEFINE_TYPE(LeakSource::OrbIntfIdsByPrefix)
 
 LeakSource::LeakSource(ReceiveRouteLeakSm* sm, Orb::Ptr<const IntfBacklog> backlog)
-    : MemberReactor(sm), orbOwnAddresses4_(this, IntfViaSetKeyStatus::ownAddressesByIntfIdId),
-      orbOwnAddresses6_(this, IntfViaSetKeyStatus::ownAddressesByIntfIdId) {
+    : MemberReactor(sm),
+      orbOwnAddresses4_(this, IntfViaSetKeyStatus::ownAddressesByIntfIdAttribute),
+      orbOwnAddresses6_(this, IntfViaSetKeyStatus::ownAddressesByIntfIdAttribute) {
     orbOwnAddresses4_.notifierIs(backlog->intfViaSetKeyStatus4());
     orbOwnAddresses6_.notifierIs(backlog->intfViaSetKeyStatus6());
-    interestIs(IntfBacklog::intfIdsByPrefixId);
+    interestIs(IntfBacklog::intfIdsByPrefixAttribute);
     attach(std::move(backlog));
 }
 
@@ -41,7 +42,7 @@ void LeakSource::orbDoZombieReactors(bool zombie) {
 // --- Contributors.
 
 void LeakSource::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == IntfBacklog::intfIdsByPrefixId) {
+    if (id == IntfBacklog::intfIdsByPrefixAttribute) {
         handlePrefix(Orb::keyAs<Lanx::IpGenPrefix>(key));
     }
 }
@@ -69,7 +70,7 @@ LeakSource::OrbIntfIdsByPrefix::OrbIntfIdsByPrefix(LeakSource* source,
 }
 
 void LeakSource::OrbIntfIdsByPrefix::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == IntfIdSet::intfIdAndAddrId) {
+    if (id == IntfIdSet::intfIdAndAddrAttribute) {
         const IntfIdAndAddr iiaa = Orb::keyAs<IntfIdAndAddr>(key);
         const bool added = notifier()->intfIdAndAddr().find(iiaa) != nullptr;
         owner()->handleIntfIdAndAddr(notifier()->genPrefix(), iiaa, added);
@@ -105,7 +106,7 @@ void LeakSource::noteVirtuals(const IntfIdSet& set, bool contribute) {
 }
 
 void LeakSource::OrbOwnAddresses::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == IntfViaSetKeyStatus::ownAddressesByIntfIdId) {
+    if (id == IntfViaSetKeyStatus::ownAddressesByIntfIdAttribute) {
         owner()->handleOwnAddresses(Orb::keyAs<Lanx::IntfId>(key), *notifier());
     }
 }

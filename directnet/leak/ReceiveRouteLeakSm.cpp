@@ -66,7 +66,7 @@ void ReceiveRouteLeakSm::handleSourceVrf(const LeakLocalStatus& status, VrfId so
 }
 
 void ReceiveRouteLeakSm::OrbIntfBacklogByVrf::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == IntfBacklogByVrf::intfBacklogId) {
+    if (id == IntfBacklogByVrf::intfBacklogAttribute) {
         owner()->handleBacklog(Orb::keyAs<VrfId>(key));
     }
 }

@@ -22,13 +22,13 @@ constexpr const char* deleting = ": Deleting protoVrfStatus entity for vrf:";
 } // namespace
 
 void AllVrfRibReadySm::OrbAllVrfRibReady::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == Rib::AllVrfRibReady::vrfId) {
+    if (id == Rib::AllVrfRibReady::vrfAttribute) {
         owner()->handleVrfRibReady(Orb::keyAs<L3::VrfName>(key));
     }
 }
 
 void AllVrfRibReadySm::OrbAllVrfReadyStatus::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == AllVrfReadyStatus::vrfReadyStatusId) {
+    if (id == AllVrfReadyStatus::vrfReadyStatusAttribute) {
         owner()->handleVrfReadyStatus(Orb::keyAs<L3::VrfName>(key));
     }
 }
@@ -52,9 +52,9 @@ void AllVrfRibReadySm::OrbVrfReadyStatus::handleInitialized() {
 }
 
 void AllVrfRibReadySm::OrbVrfReadyStatus::onAttribute(Orb::AttributeId id, const void*) {
-    if (id == VrfReadyStatus::v4DirectNetsReadyId) {
+    if (id == VrfReadyStatus::v4DirectNetsReadyAttribute) {
         orb_handleVrfReadyStatus_v4DirectNetsReady();
-    } else if (id == VrfReadyStatus::v6DirectNetsReadyId) {
+    } else if (id == VrfReadyStatus::v6DirectNetsReadyAttribute) {
         orb_handleVrfReadyStatus_v6DirectNetsReady();
     }
 }

@@ -25,24 +25,23 @@ namespace Routing::DirectNet {
 /// hold for the VRF's id, and on deletion removes all that it wrote there.
 class ContainerSm : public Orb::Entity {
     ORB_ENTITY(ContainerSm, "Routing::DirectNet::ContainerSm")
-    ORB_CONSTRUCTOR((Orb::Ptr<Vaultdb::EntityManager>, entityManager), (L3::VrfName, vrfName),
-                    (Vrf::VrfIdMap::VrfId, vrfId), (Orb::Ptr<Rib::ViaSetConfig>, viaSetConfig),
-                    (Orb::Ptr<const Ip::Status>, ipStatus),
-                    (Orb::Ptr<const Ip6::Status>, ip6Status),
-                    (Orb::Ptr<const Ipv4::VrfVirtualIpStatus>, vrfVirtualIpStatus),
-                    (Orb::Ptr<const Ipv6::VrfVirtualIpStatus>, vrfVirtualIp6Status),
-                    (Orb::Ptr<const Vrf::VrfIdMap::NameToIdMapWrapper>, nameToIdMapWrapper),
-                    (Orb::Ptr<const Ip::AllVrfStatusLocal>, allVrfStatusLocal),
-                    (Orb::Ptr<const Interface::AllIntfStatusDir>, allIntfStatusDir),
-                    (Orb::Ptr<const Interface::AllIntfStatusLocalDir>, allIntfStatusLocalDir),
-                    (Orb::Ptr<Interface::NetNsIntfStatusManagerRoot>, intfStatusManagerRoot),
-                    (Orb::Ptr<Rib::RouteConfig>, route4Config),
-                    (Orb::Ptr<Rib::RouteConfig>, route6Config),
-                    (Orb::Ptr<Rib::Ip::ViaConfig>, ipv4ViaConfig),
-                    (Orb::Ptr<Rib::Ip::ViaConfig>, ipv6ViaConfig),
-                    (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
-                    (Orb::Ptr<IntfBacklog>, intfBacklog), (Orb::Ptr<const GrState>, grState),
-                    (Orb::Ptr<VrfReadyStatus>, vrfReadyStatus))
+    ORB_CONSTRUCTOR(
+        (Orb::Ptr<Vaultdb::EntityManager>, entityManager), (L3::VrfName, vrfName),
+        (Vrf::VrfIdMap::VrfId, vrfId), (Orb::Ptr<Rib::ViaSetConfig>, viaSetConfig),
+        (Orb::Ptr<const Ip::Status>, ipStatus, Orb::mayBeNull),
+        (Orb::Ptr<const Ip6::Status>, ip6Status, Orb::mayBeNull),
+        (Orb::Ptr<const Ipv4::VrfVirtualIpStatus>, vrfVirtualIpStatus),
+        (Orb::Ptr<const Ipv6::VrfVirtualIpStatus>, vrfVirtualIp6Status),
+        (Orb::Ptr<const Vrf::VrfIdMap::NameToIdMapWrapper>, nameToIdMapWrapper, Orb::mayBeNull),
+        (Orb::Ptr<const Ip::AllVrfStatusLocal>, allVrfStatusLocal),
+        (Orb::Ptr<const Interface::AllIntfStatusDir>, allIntfStatusDir),
+        (Orb::Ptr<const Interface::AllIntfStatusLocalDir>, allIntfStatusLocalDir),
+        (Orb::Ptr<Interface::NetNsIntfStatusManagerRoot>, intfStatusManagerRoot),
+        (Orb::Ptr<Rib::RouteConfig>, route4Config), (Orb::Ptr<Rib::RouteConfig>, route6Config),
+        (Orb::Ptr<Rib::Ip::ViaConfig>, ipv4ViaConfig),
+        (Orb::Ptr<Rib::Ip::ViaConfig>, ipv6ViaConfig),
+        (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig), (Orb::Ptr<IntfBacklog>, intfBacklog),
+        (Orb::Ptr<const GrState>, grState), (Orb::Ptr<VrfReadyStatus>, vrfReadyStatus))
     ORB_KEY(L3::VrfName, vrfName)
     /// The VRF's network namespace.
     ORB_ATTRIBUTE(279, Lanx::NamespaceName, netNs)

@@ -17,14 +17,14 @@ DIRECTNET_TRACE_UNIT("DirectNet");
 
 template <typename Family>
 void IntfStatusSm<Family>::OrbVrfStatus::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == IntfStatusSm::intfStatusId) {
+    if (id == IntfStatusSm::intfStatusAttribute) {
         this->owner()->handleIntfId(Orb::keyAs<Lanx::IntfId>(key));
     }
 }
 
 template <typename Family>
 void IntfStatusSm<Family>::OrbKernelIntfDir::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == Interface::DeviceIntfStatusDir::intfStatusAndDeviceNameId) {
+    if (id == Interface::DeviceIntfStatusDir::intfStatusAndDeviceNameAttribute) {
         this->owner()->handleIntfId(Orb::keyAs<Lanx::IntfId>(key));
     }
 }

@@ -39,7 +39,7 @@ class IntfStatusDeclarations<Traits::IPv4> : public Orb::Entity {
     virtual void handleIntfStatus() = 0;
 
     using IntfStatus = Ip::IpIntfStatus;
-    static constexpr Orb::AttributeId intfStatusId = VrfStatus::ipIntfStatusId;
+    static constexpr Orb::AttributeId intfStatusAttribute = VrfStatus::ipIntfStatusAttribute;
     const auto& intfStatuses() const { return vrfIpIntfStatus()->ipIntfStatus(); }
     IntfStatus* intfStatus(Lanx::IntfId id) const { return vrfIpIntfStatus()->ipIntfStatus(id); }
 
@@ -78,7 +78,7 @@ class IntfStatusDeclarations<Traits::IPv6> : public Orb::Entity {
     virtual void handleIntfStatus() = 0;
 
     using IntfStatus = Ip6::IntfStatus;
-    static constexpr Orb::AttributeId intfStatusId = VrfStatus::intfStatusId;
+    static constexpr Orb::AttributeId intfStatusAttribute = VrfStatus::intfStatusAttribute;
     const auto& intfStatuses() const { return vrfIp6IntfStatus()->intfStatus(); }
     IntfStatus* intfStatus(Lanx::IntfId id) const { return vrfIp6IntfStatus()->intfStatus(id); }
 

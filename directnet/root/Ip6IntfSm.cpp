@@ -8,7 +8,7 @@ ORB_DEFINE_TYPE(Ip6IntfSm)
 ORB_REGISTER(Ip6IntfSm, Ip6IntfSm, unitDirectNet, 2)
 
 void Ip6IntfSm::OrbIp6IntfStatus::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == Ip6::IntfStatus::addrId) {
+    if (id == Ip6::IntfStatus::addrAttribute) {
         owner()->handleIp6Address(Orb::keyAs<Lanx::Ip6AddrWithMask>(key));
     }
 }

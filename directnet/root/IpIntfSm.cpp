@@ -18,11 +18,11 @@ bool hasBroadcasts(const Lanx::IpAddrWithMask& address) {
 
 void IpIntfSm::OrbIpIntfStatus::onAttribute(Orb::AttributeId id, const void* key) {
     using Status = Ip::IpIntfStatus;
-    if (id == Status::activeAddrWithMaskId) {
+    if (id == Status::activeAddrWithMaskAttribute) {
         owner()->handleActiveAddress(notifier()->activeAddrWithMask());
-    } else if (id == Status::directedBroadcastId) {
+    } else if (id == Status::directedBroadcastAttribute) {
         owner()->handleDirectedBroadcast();
-    } else if (id == Status::activeSecondaryWithMaskId) {
+    } else if (id == Status::activeSecondaryWithMaskAttribute) {
         owner()->handleSecondaryAddress(Orb::keyAs<Lanx::IpAddrWithMask>(key));
     }
 }

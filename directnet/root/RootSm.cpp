@@ -20,7 +20,7 @@ DIRECTNET_TRACE_UNIT("DirectNet");
 } // namespace
 
 void RootSm::OrbNameToIdMapWrapper::onAttribute(Orb::AttributeId id, const void*) {
-    if (id == NameToIdMapWrapper::generationId) {
+    if (id == NameToIdMapWrapper::generationAttribute) {
         owner()->handleRibVrfNameToIdMap();
     } else {
         owner()->orb_NameToIdMapInIs(notifier()->nameToIdMap());
@@ -28,19 +28,19 @@ void RootSm::OrbNameToIdMapWrapper::onAttribute(Orb::AttributeId id, const void*
 }
 
 void RootSm::OrbOrb_NameToIdMapIn::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == NameToIdMap::vrfIdId) {
+    if (id == NameToIdMap::vrfIdAttribute) {
         owner()->doCreateOrDeleteContainer(Orb::keyAs<L3::VrfName>(key));
     }
 }
 
 void RootSm::OrbOrb_NameToIdMapIn::onRemembered(Orb::AttributeId id, const void* key) {
-    if (id == NameToIdMap::vrfIdId) {
+    if (id == NameToIdMap::vrfIdAttribute) {
         owner()->noteWhatIsNotDue(Orb::keyAs<L3::VrfName>(key));
     }
 }
 
 void RootSm::OrbAllVrfStatusLocal::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id != Ip::AllVrfStatusLocal::vrfId) {
+    if (id != Ip::AllVrfStatusLocal::vrfAttribute) {
         return;
     }
     const L3::VrfName& name = Orb::keyAs<L3::VrfName>(key);
@@ -52,7 +52,7 @@ void RootSm::OrbAllVrfStatusLocal::onAttribute(Orb::AttributeId id, const void* 
 }
 
 void RootSm::OrbAllVrfStatusLocal::onRemembered(Orb::AttributeId id, const void* key) {
-    if (id == Ip::AllVrfStatusLocal::vrfId) {
+    if (id == Ip::AllVrfStatusLocal::vrfAttribute) {
         owner()->noteWhatIsNotDue(Orb::keyAs<L3::VrfName>(key));
     }
 }
@@ -63,13 +63,13 @@ RootSm::VrfStatusLocalSm::VrfStatusLocalSm(RootSm* root, Orb::Ptr<const Ip::VrfS
 }
 
 void RootSm::VrfStatusLocalSm::onAttribute(Orb::AttributeId id, const void*) {
-    if (id == Ip::VrfStatusLocal::stateId) {
+    if (id == Ip::VrfStatusLocal::stateAttribute) {
         handleVrfStatusLocal();
     }
 }
 
 void RootSm::VrfStatusLocalSm::onRemembered(Orb::AttributeId id, const void*) {
-    if (id == Ip::VrfStatusLocal::stateId) {
+    if (id == Ip::VrfStatusLocal::stateAttribute) {
         owner()->noteWhatIsNotDue(vrfName());
     }
 }

@@ -16,7 +16,7 @@ DIRECTNET_TRACE_UNIT("DirectNet");
 
 template <typename Family>
 void VrfIntfStatusSm<Family>::OrbStatus::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == VrfIntfStatusSm::vrfStatusId) {
+    if (id == VrfIntfStatusSm::vrfStatusAttribute) {
         this->owner()->handleVrfIntfStatus(Orb::keyAs<L3::VrfName>(key));
     }
 }

@@ -35,7 +35,7 @@ class VrfIntfStatusDeclarations<Traits::IPv4> : public Orb::Entity {
     virtual void handleVrfIntfStatus(const L3::VrfName& changed) = 0;
 
     using Status = Ip::Status;
-    static constexpr Orb::AttributeId vrfStatusId = Ip::Status::vrfIpIntfStatusId;
+    static constexpr Orb::AttributeId vrfStatusAttribute = Ip::Status::vrfIpIntfStatusAttribute;
     const Orb::Ptr<const Status>& status() const { return ipStatus(); }
     auto* vrfStatus() const { return ipStatus()->vrfIpIntfStatus(vrfName()); }
 
@@ -77,7 +77,7 @@ class VrfIntfStatusDeclarations<Traits::IPv6> : public Orb::Entity {
     virtual void handleVrfIntfStatus(const L3::VrfName& changed) = 0;
 
     using Status = Ip6::Status;
-    static constexpr Orb::AttributeId vrfStatusId = Ip6::Status::vrfIp6IntfStatusId;
+    static constexpr Orb::AttributeId vrfStatusAttribute = Ip6::Status::vrfIp6IntfStatusAttribute;
     const Orb::Ptr<const Status>& status() const { return ip6Status(); }
     auto* vrfStatus() const { return ip6Status()->vrfIp6IntfStatus(vrfName()); }
 
@@ -145,10 +145,10 @@ class VrfIntfStatusSm : public VrfIntfStatusDeclarations<Family> {
             this->owner()->maybeSetRoutesReady();
         }
     };
-    using OrbIntfBacklog =
-        OrbReadiness<Orb::Reactor<VrfIntfStatusSm, IntfBacklog>, IntfBacklog::backlogEmptyId>;
+    using OrbIntfBacklog = OrbReadiness<Orb::Reactor<VrfIntfStatusSm, IntfBacklog>,
+                                        IntfBacklog::backlogEmptyAttribute>;
     using OrbGrState = OrbReadiness<Orb::InputReactor<VrfIntfStatusSm, GrState>,
-                                    GrState::startReadyVerificationId>;
+                                    GrState::startReadyVerificationAttribute>;
 
     void handleVrfIntfStatus(const L3::VrfName& changed) override;
     void doCreateChild();

@@ -57,11 +57,11 @@ void handleSubnetRoutesT(VirtualIpStatusSm<Family>& sm, bool enabled) {
 template <typename Family>
 void VirtualIpStatusSm<Family>::OrbVirtualIpStatus::onAttribute(Orb::AttributeId id,
                                                                 const void* key) {
-    if (id == Virtual::collectionId) {
+    if (id == Virtual::collectionAttribute) {
         this->owner()->handleVirtualIpStatus(Orb::keyAs<Key>(key));
     }
     if constexpr (Virtual::hasSubnets) {
-        if (id == Virtual::Status::subnetRoutesId) {
+        if (id == Virtual::Status::subnetRoutesAttribute) {
             this->owner()->handleSubnetRoutes();
         }
     }

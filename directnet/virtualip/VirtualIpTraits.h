@@ -19,7 +19,7 @@ struct VirtualIpTraits<Traits::IPv4> {
     using IntfStatus = VirtualIp::VirtualIpIntfStatus;
     using Key = VirtualIp::VrfIpWithMaskPair;
     static constexpr bool hasSubnets = true;
-    static constexpr Orb::AttributeId collectionId = Status::virtualIpIntfStatusId;
+    static constexpr Orb::AttributeId collectionAttribute = Status::virtualIpIntfStatusAttribute;
 
     static constexpr std::string_view tableName = "Routing::DirectNet::Ipv4::VrfVirtualIpStatus";
     static constexpr std::string_view tablesName =
@@ -39,7 +39,7 @@ struct VirtualIpTraits<Traits::IPv6> {
     using IntfStatus = VirtualIp::VirtualIp6IntfStatus;
     using Key = VirtualIp::VrfIpPair;
     static constexpr bool hasSubnets = false;
-    static constexpr Orb::AttributeId collectionId = Status::virtualIp6IntfStatusId;
+    static constexpr Orb::AttributeId collectionAttribute = Status::virtualIp6IntfStatusAttribute;
 
     static constexpr std::string_view tableName = "Routing::DirectNet::Ipv6::VrfVirtualIpStatus";
     static constexpr std::string_view tablesName =

@@ -15,7 +15,8 @@ class VrfVirtualIpStatusHelper : public Orb::Entity {
     ORB_ENTITY(VrfVirtualIpStatusHelper, VirtualIpTraits<Family>::helperName)
     ORB_CONSTRUCTOR((Orb::Ptr<AllVrfVirtualIpStatus<Family>>, allVrfVirtualIpStatus),
                     (Orb::Ptr<const Ip::AllVrfStatusLocal>, allVrfStatusLocal),
-                    (Orb::Ptr<const Vrf::VrfIdMap::NameToIdMapWrapper>, nameToIdMapWrapper))
+                    (Orb::Ptr<const Vrf::VrfIdMap::NameToIdMapWrapper>, nameToIdMapWrapper,
+                     Orb::mayBeNull))
 
   public:
     explicit VrfVirtualIpStatusHelper(Arguments arguments) : arguments_(std::move(arguments)) {}

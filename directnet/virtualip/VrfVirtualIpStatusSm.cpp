@@ -82,7 +82,7 @@ template <typename Family>
 void VrfVirtualIpStatusSm<Family>::OrbVrfVirtualIpStatus::onAttribute(Orb::AttributeId id,
                                                                       const void* attributeKey) {
     VrfVirtualIpStatusSm& sm = *this->owner();
-    if (id == Table::virtualIpId) {
+    if (id == Table::virtualIpAttribute) {
         const Key& key = Orb::keyAs<Key>(attributeKey);
         if (const auto* virtualIp = this->notifier()->virtualIp(key)) {
             sm.virtualIpIntfStatusSmIs(Orb::Ptr(virtualIp));
@@ -90,7 +90,7 @@ void VrfVirtualIpStatusSm<Family>::OrbVrfVirtualIpStatus::onAttribute(Orb::Attri
             sm.virtualIpIntfStatusSmDel(key);
         }
         sm.handleVrfVirtualIpStatus(key);
-    } else if (id == Table::subnetRouteEnabledId) {
+    } else if (id == Table::subnetRouteEnabledAttribute) {
         sm.handleSubnetRouteEnabled();
     }
 }
@@ -137,7 +137,7 @@ VrfVirtualIpStatusSm<Family>::OrbVirtualIpIntfStatusSm::OrbVirtualIpIntfStatusSm
 template <typename Family>
 void VrfVirtualIpStatusSm<Family>::OrbVirtualIpIntfStatusSm::onAttribute(Orb::AttributeId id,
                                                                          const void* key) {
-    if (id == IntfStatus::intfIdId) {
+    if (id == IntfStatus::intfIdAttribute) {
         this->owner()->handleVirtualIpIntfStatus(this->fwkKey(), Orb::keyAs<Lanx::IntfId>(key));
     }
 }

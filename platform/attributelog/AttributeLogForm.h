@@ -2,7 +2,6 @@
 
 #include <concepts>
 #include <string>
-#include <tuple>
 #include <type_traits>
 
 #include "platform/attributelog/AttributeLogInput.h"
@@ -52,19 +51,17 @@ struct AttributeLogForm<T> {
 template <IsValue T>
 struct AttributeLogForm<T> {
     static void write(std::string& out, const T& value) {
-        const auto writeField = [&](const auto& field) {
-            AttributeLogForm<std::remove_cvref_t<decltype(value.*field.member)>>::write(
-                out, value.*field.member);
-        };
-        std::apply([&](const auto&... field) { (writeField(field), ...); }, T::valueFields());
+        T::visitFields([&](std::string_view, auto member) {
+            AttributeLogForm<std::remove_cvref_t<decltype(value.*member)>>::write(out,
+                                                                                  value.*member);
+        });
     }
     static T read(AttributeLogInput& in) {
         T value;
-        const auto readField = [&](const auto& field) {
-            value.*field.member =
-                AttributeLogForm<std::remove_cvref_t<decltype(value.*field.member)>>::read(in);
-        };
-        std::apply([&](const auto&... field) { (readField(field), ...); }, T::valueFields());
+        T::visitFields([&](std::string_view, auto member) {
+            value.*member =
+                AttributeLogForm<std::remove_cvref_t<decltype(value.*member)>>::read(in);
+        });
         return value;
     }
 };

@@ -91,7 +91,7 @@ class AttributeLogChange {
                     in.fail("a member that is there already");
                 }
                 expectEnd(in, alone);
-                holder.childIs(entity, id, {key});
+                holder.childIs(entity, id, typename Member::Arguments{key});
             } else {
                 const Ptr<Member> made = makePtr<Member>(typename Member::Arguments{key});
                 for (auto count = in.number<std::uint32_t>(); count > 0; --count) {

@@ -10,7 +10,7 @@ namespace Interface {
 ORB_DEFINE_TYPE(KniIntfStatusManager)
 
 void KniIntfStatusManager::OrbKniStatus::onAttribute(Orb::AttributeId id, const void* key) {
-    if (id == KernelNetInfo::Status::deviceId) {
+    if (id == KernelNetInfo::Status::deviceAttribute) {
         owner()->handleDevice(Orb::keyAs<Lanx::IntfId>(key));
     }
 }

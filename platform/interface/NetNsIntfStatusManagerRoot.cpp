@@ -13,7 +13,7 @@ Orb::Ptr<KniIntfStatusManager> NetNsIntfStatusManagerRoot::intfStatusManagerIs(
     const Orb::Ptr<const KernelNetInfo::Status>& kniStatus, const Lanx::NamespaceName& netNs) {
     const KniIntfStatusManager::Arguments arguments{dir, kniStatus, netNs};
     for (const Orb::Ptr<KniIntfStatusManager>& manager : managers_) {
-        if (Orb::sameArguments(manager->arguments(), arguments)) {
+        if (manager->arguments() == arguments) {
             return manager;
         }
     }

@@ -1,23 +1,14 @@
 #include "platform/ringlog/FunctionName.h"
 
-#include <algorithm>
-#include <array>
 #include <cctype>
 
 namespace Ringlog {
 namespace {
 
-/// The text of a signature does not tell a namespace from a class. These are the UpperCamel names
-/// that are namespaces; whatever starts in lower case is one too.
-constexpr std::array<std::string_view, 25> namespaces = {
-    "Agent", "Arp",     "DirectNet", "Duallog", "Fib",     "Interface", "Ip",
-    "Ip6",   "Ipv4",    "Ipv6",      "Kiln",    "L3",      "Lanx",      "Linux",
-    "Orb",   "Memtab",  "OrbMemtab", "Rib",     "Ringlog", "Routing",   "Traits",
-    "Vrf",   "Vaultdb", "VirtualIp", "VrfIdMap"};
-
+/// The text of a signature does not tell a namespace from a class; it only marks the unnamed
+/// namespace, which leaves no name. Classes start in upper case.
 bool isNamespace(std::string_view name) {
-    return name.empty() || std::islower(static_cast<unsigned char>(name.front())) != 0
-           || std::find(namespaces.begin(), namespaces.end(), name) != namespaces.end();
+    return name.empty() || std::islower(static_cast<unsigned char>(name.front())) != 0;
 }
 
 bool isIdentifier(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }

@@ -15,14 +15,14 @@ Route RouteConfig::route(const RouteKey& key) const {
 void RouteConfig::routeAdd(const Route& route) {
     if (table_.insertOrAssign(route)) {
         const RouteKey stable = route.key();
-        notify(routeId, &stable);
+        notify(routeAttribute, &stable);
     }
 }
 
 void RouteConfig::routeDel(const RouteKey& key) {
     const RouteKey stable = key;
     if (table_.erase(stable)) {
-        notify(routeId, &stable);
+        notify(routeAttribute, &stable);
         noteRoom();
     }
 }
@@ -34,7 +34,7 @@ void RouteConfig::doDeleteRoutesForVrf(Vrf::VrfIdMap::VrfId vrfId) {
     }
     const Orb::Ptr<const Orb::PtrInterface> kept = Orb::keep(*this);
     for (const Route& route : *taken) {
-        notify(routeId, &route.key());
+        notify(routeAttribute, &route.key());
     }
     noteRoom();
 }

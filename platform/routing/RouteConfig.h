@@ -12,7 +12,7 @@ class RouteConfig : public OrbMemtab::Table {
     ORB_ENTITY(RouteConfig, "Routing::Rib::RouteConfig")
 
   public:
-    static constexpr Orb::AttributeId routeId = Orb::firstAttributeId;
+    static constexpr Orb::AttributeId routeAttribute = Orb::firstAttributeId;
     using Routes = PerVrfTable<Route>::Records;
 
     /// The route of that key, or the default route.

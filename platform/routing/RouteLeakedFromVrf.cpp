@@ -15,7 +15,7 @@ void RouteLeakedFromVrf::destVrfIdIs(const Lanx::IpGenPrefix& prefix, VrfId dest
     DestVrfIds& destinations = *byPrefix_.tryInsert(prefix).first;
     if (destinations.insertOrAssign(destVrfId, true)) {
         const LeakedPrefix leaked(prefix, destVrfId);
-        notify(destVrfIdId, &leaked);
+        notify(destVrfIdAttribute, &leaked);
     }
 }
 
@@ -28,7 +28,7 @@ void RouteLeakedFromVrf::destVrfIdDel(const Lanx::IpGenPrefix& prefix, VrfId des
     if (destinations->empty()) {
         byPrefix_.erase(leaked.genPrefix());
     }
-    notify(destVrfIdId, &leaked);
+    notify(destVrfIdAttribute, &leaked);
 }
 
 } // namespace Routing

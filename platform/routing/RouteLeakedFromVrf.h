@@ -25,7 +25,7 @@ class RouteLeakedFromVrf : public Orb::Entity {
   public:
     using VrfId = Vrf::VrfIdMap::VrfId;
     using DestVrfIds = Orb::OrderedMap<VrfId, bool>;
-    static constexpr Orb::AttributeId destVrfIdId = Orb::firstAttributeId + 1;
+    static constexpr Orb::AttributeId destVrfIdAttribute = Orb::firstAttributeId + 1;
 
     explicit RouteLeakedFromVrf(Arguments arguments) : arguments_(std::move(arguments)) {}
 

@@ -15,14 +15,14 @@ Via ViaConfig::via(const ViaKey& key) const {
 void ViaConfig::viaIs(const Via& via) {
     if (table_.insertOrAssign(via)) {
         const ViaKey stable = via.key();
-        notify(viaId, &stable);
+        notify(viaAttribute, &stable);
     }
 }
 
 void ViaConfig::viaDel(const ViaKey& key) {
     const ViaKey stable = key;
     if (table_.erase(stable)) {
-        notify(viaId, &stable);
+        notify(viaAttribute, &stable);
         noteRoom();
     }
 }
@@ -34,7 +34,7 @@ void ViaConfig::doDeleteViasForVrf(Vrf::VrfIdMap::VrfId vrfId) {
     }
     const Orb::Ptr<const Orb::PtrInterface> kept = Orb::keep(*this);
     for (const Via& via : *taken) {
-        notify(viaId, &via.key());
+        notify(viaAttribute, &via.key());
     }
     noteRoom();
 }

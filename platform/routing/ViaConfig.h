@@ -16,7 +16,7 @@ class ViaConfig : public OrbMemtab::Table {
     ORB_ATTRIBUTE(260, std::uint8_t, rp)
 
   public:
-    static constexpr Orb::AttributeId viaId = Orb::firstAttributeId;
+    static constexpr Orb::AttributeId viaAttribute = Orb::firstAttributeId;
 
     std::uint8_t routingProtocol() const { return rp(); }
 

@@ -11,13 +11,13 @@ void ViaSetCollection::viaSetIs(const ViaSet& viaSet) {
     const ViaSet* present = sets_.find(key);
     if (present == nullptr || !(*present == viaSet)) {
         sets_.insertOrAssign(viaSet);
-        notify(viaSetId, &key);
+        notify(viaSetAttribute, &key);
     }
 }
 
 void ViaSetCollection::viaSetDel(ViaSetKey key) {
     if (sets_.erase(key)) {
-        notify(viaSetId, &key);
+        notify(viaSetAttribute, &key);
     }
 }
 

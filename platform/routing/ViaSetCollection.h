@@ -10,7 +10,7 @@ class ViaSetCollection : public Orb::Entity {
     ORB_ENTITY(ViaSetCollection, "Routing::Rib::Memtab::ViaSetCollection")
 
   public:
-    static constexpr Orb::AttributeId viaSetId = Orb::firstAttributeId;
+    static constexpr Orb::AttributeId viaSetAttribute = Orb::firstAttributeId;
 
     /// The via set, or null. Valid until the next change.
     const ViaSet* viaSet(ViaSetKey key) const { return sets_.find(key); }

@@ -40,10 +40,10 @@ TEST(RegistrationTest, AttributesAreDescribedInTheirOrder) {
         EXPECT_EQ(attributes[at].id, 258 + at);
         EXPECT_EQ(attributes[at].name, name);
     }
-    EXPECT_EQ(Vrf::VrfIdMap::NameToIdMapWrapper::generationId, 258U);
-    EXPECT_EQ(Vrf::VrfIdMap::NameToIdMap::vrfIdId, 258U);
-    EXPECT_EQ(Ip::AllVrfStatusLocal::vrfId, 258U);
-    EXPECT_EQ(Ip::VrfStatusLocal::stateId, 259U);
+    EXPECT_EQ(Vrf::VrfIdMap::NameToIdMapWrapper::generationAttribute, 258U);
+    EXPECT_EQ(Vrf::VrfIdMap::NameToIdMap::vrfIdAttribute, 258U);
+    EXPECT_EQ(Ip::AllVrfStatusLocal::vrfAttribute, 258U);
+    EXPECT_EQ(Ip::VrfStatusLocal::stateAttribute, 259U);
 }
 
 } // namespace

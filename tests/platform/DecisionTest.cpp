@@ -54,8 +54,9 @@ class Machine : public Entity {
       public:
         using InputReactor::InputReactor;
         void onAttribute(AttributeId id, const void* key) override {
-            owner()->handleValue(id == Input::memberId ? keyAs<std::string>(key)
-                                                       : std::to_string(notifier()->value()));
+            owner()->handleValue(id == Input::memberAttribute
+                                     ? keyAs<std::string>(key)
+                                     : std::to_string(notifier()->value()));
         }
         void onRemembered(AttributeId, const void*) override {
             owner()->log_.push_back("later, was " + std::to_string(notifier()->value()));
@@ -207,14 +208,14 @@ class FanTest : public testing::Test {
     Ptr<Cooling::FanSm> sm = makePtr<Cooling::FanSm>(Cooling::FanSm::Arguments{sensors, fan, 60});
 };
 
-TEST_F(FanTest, RunsWhileASensorIsTooHot) {
+TEST_F(FanTest, FanRunsWhileASensorIsTooHot) {
     sensors->sensorIs(name("cpu"))->celsiusIs(75);
     EXPECT_TRUE(fan->on());
     sensors->sensorDel(name("cpu"));
     EXPECT_FALSE(fan->on());
 }
 
-TEST_F(FanTest, ItsWatchersMayLetGoOfItAndOfItsInputs) {
+TEST_F(FanTest, WatchersOfTheFanMayLetGoOfItAndOfItsInputs) {
     const std::vector<std::function<void()>> acts{
         [this] { sm = nullptr; },
         [this] { sensors->sensorDelAll(); },
@@ -273,7 +274,7 @@ class Branch : public Entity {
 };
 ORB_DEFINE_TYPE(Branch)
 
-TEST(Mutators, KeepTheirParentWhoeverLetsGoOfIt) {
+TEST(Mutators, ParentStaysDuringItsMutatorWhoeverLetsGoOfIt) {
     const auto stone = makePtr<Leaf>(Leaf::Arguments{"stone"});
     const std::vector<std::function<void(Branch&)>> mutators{
         [](Branch& b) { EXPECT_EQ(b.leafIs("new"), nullptr); },

@@ -29,7 +29,7 @@ std::string handleStatusT(const T& /*machine*/) {
     return __PRETTY_FUNCTION__;
 }
 
-TEST(FunctionName, cutsWhatThisCompilerWrites) {
+TEST(FunctionName, NamesOfThisCompilerAreCutDown) {
     const Machine<std::vector<int>> machine;
     const std::vector<std::pair<std::string, std::string>> cases = {
         {machine.method<int>({}), "Machine::method"},
@@ -43,7 +43,7 @@ TEST(FunctionName, cutsWhatThisCompilerWrites) {
     }
 }
 
-TEST(FunctionName, cutsTheSpellingsOfBothCompilers) {
+TEST(FunctionName, SpellingsOfBothCompilersAreCutDown) {
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"void Routing::DirectNet::RootSm::doCreateOrDeleteContainer(const L3::VrfName&)",
          "RootSm::doCreateOrDeleteContainer"},
@@ -60,7 +60,7 @@ TEST(FunctionName, cutsTheSpellingsOfBothCompilers) {
         {"A::~A()", "A::~A"},
         {"std::string A::f[abi:cxx11]()", "A::f"},
         {"bool A::operator<=(const A&) const", "A::operator<="},
-        {"std::ostream& Lanx::operator<<(std::ostream&, const T&) [T = int]", "operator<<"},
+        {"std::ostream& Lanx::operator<<(std::ostream&, const T&) [T = int]", "Lanx::operator<<"},
         {"A::operator bool() const", "A::operator bool"},
         {"std::function<void (int)> A::f()", "A::f"},
         {"", ""},

@@ -101,8 +101,7 @@ class RandomValues {
     template <typename T>
     T composite() {
         T value;
-        std::apply([&](const auto&... field) { (makeField(value.*field.member), ...); },
-                   T::valueFields());
+        T::visitFields([&](std::string_view, auto member) { makeField(value.*member); });
         return value;
     }
 

@@ -35,7 +35,7 @@ class Child {
 
     /// Keeps a child that was made from equal arguments, else makes a new one in its place.
     Ptr<T> childIs(const Entity& owner, AttributeId id, typename T::Arguments arguments) {
-        if (child_ != nullptr && sameArguments(arguments, child_->arguments())) {
+        if (child_ != nullptr && arguments == child_->arguments()) {
             return child_;
         }
         const Ptr<const PtrInterface> kept = keep(owner);

@@ -34,18 +34,32 @@
     using OrbSelf = Class;                                                                         \
     static constexpr std::string_view orbTypeName = qualifiedName;                                 \
     static const Orb::TypeNode& fwkType();                                                         \
-    const Orb::TypeNode* fwkTypeNode() const override;
+    const Orb::TypeNode* fwkTypeNode() const override;                                             \
+    friend void orbNamedType(const Class*) {}
 
 /// A class with attributes that others may watch.
 #define ORB_ENTITY(Class, qualifiedName)                                                           \
     ORB_TYPE(Class, qualifiedName)                                                                 \
     using NotifieeConst = Orb::NotifieeOf<Class>;
 
+/// A class with attributes that derives from another one: it has the base's attributes and
+/// constructor attributes too, and its own numbers follow on those. ORB_ENTITY on such a class does
+/// not compile.
+#define ORB_DERIVED_ENTITY(Class, Base, qualifiedName)                                             \
+    ORB_ENTITY(Class, qualifiedName)                                                               \
+    using OrbBase = Base;                                                                          \
+    using Base::orbAttribute;
+
+/// Before a method that is compiled in those sources only that call it: a header that declares many
+/// attributes costs whoever includes it little.
+#define ORB_WHERE_CALLED template <typename = void>
+
 /// A value: name(), nameIs(value). A default other than the type's own may follow the name.
 #define ORB_ATTRIBUTE(number, Type, name, ...)                                                     \
     ORB_DECLARED(number, Orb::Attribute<Type>, name, {__VA_ARGS__})                                \
     Orb::Read<Type> name() const { return name##_.value(); }                                       \
-    void name##Is(Orb::Read<Type> value) { name##_.valueIs(*this, name##Id, value); }
+    ORB_WHERE_CALLED                                                                               \
+    void name##Is(Orb::Read<Type> value) { name##_.valueIs(*this, name##Attribute, value); }
 
 /// Values by key in a hash map: name(), name(key), nameIs(key, value), nameDel(key), nameDelAll().
 #define ORB_MAP(number, Key, Value, name) ORB_COLLECTION(HashCollection, number, Key, Value, name)
@@ -59,10 +73,12 @@
     ORB_DECLARED(number, Orb::Child<T>, name)                                                      \
     const Orb::Ptr<T>& name() const { return name##_.value(); }                                    \
     template <typename... Args>                                                                    \
+        requires Orb::MadeFrom<T, Args...>                                                         \
     Orb::Ptr<T> name##Is(Args&&... args) {                                                         \
-        return name##_.childIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});        \
+        return name##_.childIs(*this, name##Attribute, T::Arguments{std::forward<Args>(args)...}); \
     }                                                                                              \
-    void name##Del() { name##_.childDel(*this, name##Id); }
+    ORB_WHERE_CALLED                                                                               \
+    void name##Del() { name##_.childDel(*this, name##Attribute); }
 
 /// An owned object that is not replaced while it is there: nameIs() with other arguments throws
 /// NameInUseError.
@@ -70,65 +86,88 @@
     ORB_DECLARED(number, Orb::Child<T>, name)                                                      \
     const Orb::Ptr<T>& name() const { return name##_.value(); }                                    \
     template <typename... Args>                                                                    \
+        requires Orb::MadeFrom<T, Args...>                                                         \
     Orb::Ptr<T> name##Is(Args&&... args) {                                                         \
-        return name##_.soleChildIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});    \
+        return name##_.soleChildIs(*this, name##Attribute,                                         \
+                                   T::Arguments{std::forward<Args>(args)...});                     \
     }                                                                                              \
-    void name##Del() { name##_.childDel(*this, name##Id); }
+    ORB_WHERE_CALLED                                                                               \
+    void name##Del() { name##_.childDel(*this, name##Attribute); }
 
 /// Owned objects by key: name(), name(key), nameIs(constructor arguments of T), nameDel(key),
 /// nameDelAll(). name(key) is null where there is none.
 #define ORB_CHILDREN(number, T, name)                                                              \
     ORB_DECLARED(number, Orb::Children<T>, name)                                                   \
     const auto& name() const { return name##_.all(); }                                             \
+    ORB_WHERE_CALLED                                                                               \
     T* name(Orb::Read<T::Key> key) const { return name##_.find(key); }                             \
     template <typename... Args>                                                                    \
+        requires Orb::MadeFrom<T, Args...>                                                         \
     T* name##Is(Args&&... args) {                                                                  \
-        return name##_.childIs(*this, name##Id, T::Arguments{std::forward<Args>(args)...});        \
+        return name##_.childIs(*this, name##Attribute, T::Arguments{std::forward<Args>(args)...}); \
     }                                                                                              \
-    void name##Del(Orb::Read<T::Key> key) { name##_.childDel(*this, name##Id, key); }              \
-    void name##DelAll() { name##_.childDelAll(*this, name##Id); }
+    ORB_WHERE_CALLED                                                                               \
+    void name##Del(Orb::Read<T::Key> key) { name##_.childDel(*this, name##Attribute, key); }       \
+    ORB_WHERE_CALLED                                                                               \
+    void name##DelAll() { name##_.childDelAll(*this, name##Attribute); }
 
 /// Objects made elsewhere, by key: name(), name(key), nameIs(object), nameDel(key), nameDelAll().
 #define ORB_REFERENCES(number, T, name)                                                            \
     ORB_DECLARED(number, Orb::References<T>, name)                                                 \
     const auto& name() const { return name##_.all(); }                                             \
+    ORB_WHERE_CALLED                                                                               \
     T* name(Orb::Read<T::Key> key) const { return name##_.find(key); }                             \
+    ORB_WHERE_CALLED                                                                               \
     void name##Is(Orb::Ptr<T> object) {                                                            \
-        name##_.memberIs(*this, name##Id, #name, std::move(object));                               \
+        name##_.memberIs(*this, name##Attribute, #name, std::move(object));                        \
     }                                                                                              \
-    void name##Del(Orb::Read<T::Key> key) { name##_.memberDel(*this, name##Id, key); }             \
-    void name##DelAll() { name##_.memberDelAll(*this, name##Id); }
+    ORB_WHERE_CALLED                                                                               \
+    void name##Del(Orb::Read<T::Key> key) { name##_.memberDel(*this, name##Attribute, key); }      \
+    ORB_WHERE_CALLED                                                                               \
+    void name##DelAll() { name##_.memberDelAll(*this, name##Attribute); }
 
 /// Reactors R of this machine, one per member of a collection that it follows: name(), name(key),
 /// nameIs(member), nameDel(key), nameDelAll().
 #define ORB_REACTORS(number, R, name)                                                              \
     ORB_DECLARED(number, Orb::MemberReactors<R>, name)                                             \
     const auto& name() const { return name##_.all(); }                                             \
+    ORB_WHERE_CALLED                                                                               \
     R* name(Orb::Read<R::Watched::Key> key) const { return name##_.find(key); }                    \
+    ORB_WHERE_CALLED                                                                               \
     R* name##Is(Orb::Ptr<const R::Watched> member) {                                               \
         return name##_.memberIs(this, #name, orbTypeName, std::move(member));                      \
     }                                                                                              \
+    ORB_WHERE_CALLED                                                                               \
     void name##Del(Orb::Read<R::Watched::Key> key) { name##_.memberDel(*this, key); }              \
+    ORB_WHERE_CALLED                                                                               \
     void name##DelAll() { name##_.memberDelAll(*this); }
 
 #define ORB_COLLECTION(Kind, number, KeyType, ValueType, name)                                     \
     using name##Collection = Orb::Kind<KeyType, ValueType>;                                        \
     ORB_DECLARED(number, name##Collection, name)                                                   \
     const auto& name() const { return name##_.all(); }                                             \
+    ORB_WHERE_CALLED                                                                               \
     ValueType name(Orb::Read<KeyType> key) const { return name##_.find(key); }                     \
+    ORB_WHERE_CALLED                                                                               \
     void name##Is(Orb::Read<KeyType> key, Orb::Read<ValueType> value) {                            \
-        name##_.memberIs(*this, name##Id, key, value);                                             \
+        name##_.memberIs(*this, name##Attribute, key, value);                                      \
     }                                                                                              \
-    void name##Del(Orb::Read<KeyType> key) { name##_.memberDel(*this, name##Id, key); }            \
-    void name##DelAll() { name##_.memberDelAll(*this, name##Id); }
+    ORB_WHERE_CALLED                                                                               \
+    void name##Del(Orb::Read<KeyType> key) { name##_.memberDel(*this, name##Attribute, key); }     \
+    ORB_WHERE_CALLED                                                                               \
+    void name##DelAll() { name##_.memberDelAll(*this, name##Attribute); }
 
-/// What every declaration has: the holder `name_`, the number `nameId`, and the entry by which the
-/// generic attribute interface finds it.
+/// What every declaration has: the holder `name_`, the number `nameAttribute`, and the entry by
+/// which the generic attribute interface finds it.
 #define ORB_DECLARED(number, Holder, name, ...)                                                    \
   public:                                                                                          \
-    static constexpr Orb::AttributeId name##Id{number};                                            \
+    static constexpr Orb::AttributeId name##Attribute{number};                                     \
+    static_assert(number >= Orb::firstAttributeId && number <= Orb::lastAttributeId,               \
+                  "attribute " #name ": the number is out of range");                              \
+    enum { orbNumber##number##isGivenOnce };                                                       \
+    template <typename Self = OrbSelf>                                                             \
     static constexpr auto orbAttribute(Orb::AttributeTag<number>) {                                \
-        return Orb::AttributeAt{#name, &OrbSelf::name##_};                                         \
+        return Orb::AttributeAt{#name, &Self::name##_};                                            \
     }                                                                                              \
                                                                                                    \
   private:                                                                                         \

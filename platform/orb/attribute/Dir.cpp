@@ -28,7 +28,7 @@ Ptr<Entity> Dir::createEntity(std::string_view typeName, const Name& name) {
     Ptr<Entity> made = createEntityOfType(typeName, name);
     entities_.insertOrAssign(name, made);
     const Name stable = name;
-    notify(entityId, &stable);
+    notify(entityAttribute, &stable);
     return made;
 }
 
@@ -42,7 +42,7 @@ void Dir::entityDel(const Name& name) {
     if (Ptr<Entity>* found = entities_.find(stable)) {
         const Ptr<Entity> released = *found;
         entities_.erase(stable);
-        notify(entityId, &stable);
+        notify(entityAttribute, &stable);
     }
 }
 

@@ -13,7 +13,7 @@ class Dir : public Entity {
     ORB_ENTITY(Dir, "Orb::Dir")
 
   public:
-    static constexpr AttributeId entityId = firstAttributeId;
+    static constexpr AttributeId entityAttribute = firstAttributeId;
 
     /// The entity of that name, made if there is none. Throws Error for a type that is not known
     /// or can't be made from a name, and NameInUseError for a name of another type.

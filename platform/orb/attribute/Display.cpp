@@ -1,8 +1,17 @@
 #include "platform/orb/attribute/Display.h"
 
+#include <sstream>
+
 #include "platform/orb/object/TypeNode.h"
 
 namespace Orb {
+
+std::string printed(const void* value, void (*print)(std::ostream& out, const void* value)) {
+    std::ostringstream out;
+    out << std::boolalpha;
+    print(out, value);
+    return out.str();
+}
 
 std::string displayObject(const PtrInterface* object) {
     if (object == nullptr) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <sstream>
+#include <ostream>
 #include <string>
 
 #include "platform/orb/object/Ptr.h"
@@ -11,15 +11,18 @@ namespace Orb {
 template <typename T>
 concept Streamable = requires(std::ostream& out, const T& value) { out << value; };
 
+/// What `print` writes of the value, flags as words.
+std::string printed(const void* value, void (*print)(std::ostream& out, const void* value));
+
 /// How messages show a value: as it streams, else by its text form.
 template <typename T>
 std::string display(const T& value) {
     if constexpr (HasTextForm<T> && !Streamable<T>) {
         return valueToStrep(value);
     } else {
-        std::ostringstream out;
-        out << std::boolalpha << value;
-        return out.str();
+        return printed(&value, [](std::ostream& out, const void* shown) {
+            out << *static_cast<const T*>(shown);
+        });
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <span>
 #include <type_traits>
 #include <utility>
@@ -17,20 +18,61 @@ template <typename T, AttributeId id>
 concept Declares = requires { T::orbAttribute(AttributeTag<id>{}); };
 
 template <typename T>
-concept HasArguments = requires { T::Arguments::fields(); };
+concept HasArguments = requires { typename T::Arguments; };
 
 template <typename T>
-constexpr std::size_t argumentCount() {
+constexpr AttributeId argumentCount() {
     if constexpr (HasArguments<T>) {
-        return std::tuple_size_v<decltype(T::Arguments::fields())>;
+        return T::Arguments::orbCount;
     } else {
         return 0;
     }
 }
 
+/// The entity that T derives from; T itself where that is none but Entity.
+template <typename T>
+struct EntityBase {
+    using Type = T;
+};
+template <typename T>
+    requires requires { typename T::OrbBase; }
+struct EntityBase<T> {
+    using Type = typename T::OrbBase;
+};
+
+namespace Detail {
+
+/// Converts to a pointer to any class that T derives from, but not by way of its declared base.
+template <typename T>
+struct UndeclaredBase {
+    template <typename Base>
+        requires(std::derived_from<T, Base> && !std::same_as<T, Base>
+                 && (std::same_as<typename EntityBase<T>::Type, T>
+                     || !std::derived_from<typename EntityBase<T>::Type, Base>))
+    operator const Base*() const;
+};
+
+struct NoBase {};
+NoBase orbNamedType(...);
+
+/// Every class with a name is found by an overload of orbNamedType() beside it.
+template <typename T>
+concept NamesItsBase = requires {
+    { orbNamedType(UndeclaredBase<T>()) } -> std::same_as<NoBase>;
+};
+
+} // namespace Detail
+
 template <typename T, AttributeId id>
 AttributeDescription describeAttribute() {
+    static_assert(id >= firstAttributeId + argumentCount<T>(),
+                  "the constructor attributes take the first numbers");
     constexpr auto at = T::orbAttribute(AttributeTag<id>{});
+    if constexpr (Declares<typename EntityBase<T>::Type, id>) {
+        constexpr auto inherited = EntityBase<T>::Type::orbAttribute(AttributeTag<id>{});
+        static_assert(std::same_as<decltype(at), decltype(inherited)>,
+                      "the number is that of an attribute of the base");
+    }
     AttributeDescription description{at.name, id, nullptr, nullptr};
     description.get = [](const Entity& entity) {
         constexpr auto where = T::orbAttribute(AttributeTag<id>{});
@@ -45,25 +87,35 @@ AttributeDescription describeAttribute() {
     return description;
 }
 
-template <typename T, std::size_t index>
-AttributeDescription describeArgument() {
-    constexpr AttributeId id = firstAttributeId + index;
-    static_assert(!Declares<T, id>, "the constructor attributes take the first numbers");
-    constexpr auto field = std::get<index>(T::Arguments::fields());
-    return {field.name, id,
-            [](const Entity& entity) {
-                constexpr auto where = std::get<index>(T::Arguments::fields());
-                return display(static_cast<const T&>(entity).arguments().*where.member);
-            },
-            nullptr};
-}
+/// Lists the constructor attributes of T, which take the first numbers.
+template <typename T>
+struct ArgumentList {
+    std::vector<AttributeDescription>& attributes;
+
+    template <auto member>
+    void field(const char* name) {
+        const auto id = static_cast<AttributeId>(firstAttributeId + attributes.size());
+        attributes.push_back({name, id,
+                              [](const Entity& entity) {
+                                  return display(static_cast<const T&>(entity).arguments().*member);
+                              },
+                              nullptr});
+    }
+};
 
 template <typename T>
 std::vector<AttributeDescription> listAttributes() {
+    static_assert(Detail::NamesItsBase<T>,
+                  "an entity that derives from another is declared with ORB_DERIVED_ENTITY");
+    if constexpr (HasArguments<typename EntityBase<T>::Type>) {
+        static_assert(std::same_as<typename T::Arguments, typename EntityBase<T>::Type::Arguments>,
+                      "a derived entity is made from the constructor attributes of its base");
+    }
     std::vector<AttributeDescription> attributes;
-    [&]<std::size_t... index>(std::index_sequence<index...>) {
-        (attributes.push_back(describeArgument<T, index>()), ...);
-    }(std::make_index_sequence<argumentCount<T>()>());
+    if constexpr (HasArguments<T>) {
+        ArgumentList<T> arguments{attributes};
+        T::Arguments::visitFields(arguments);
+    }
     const auto declared = [&]<std::size_t offset>(std::integral_constant<std::size_t, offset>) {
         constexpr AttributeId id = firstAttributeId + offset;
         if constexpr (Declares<T, id>) {

@@ -2,11 +2,11 @@
 
 #include <compare>
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
-#include <ostream>
+#include <iosfwd>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -42,15 +42,24 @@
     }                                                                                              \
     ORB_FOR_EACH(ORB_VALUE_GETTER, Class, __VA_ARGS__)                                             \
     bool operator!() const { return *this == Class(); }                                            \
-    std::uint64_t hash(std::uint64_t seed) const { return Orb::hashFields(*this, seed); }          \
+    std::uint64_t hash(std::uint64_t seed) const {                                                 \
+        Orb::Hasher hasher(seed);                                                                  \
+        ORB_FOR_EACH(ORB_VALUE_MIX, Class, __VA_ARGS__)                                            \
+        return hasher.result();                                                                    \
+    }                                                                                              \
     [[maybe_unused]] friend bool operator==(const Class&, const Class&) = default;                 \
     [[maybe_unused]] friend auto operator<=>(const Class&, const Class&) = default;                \
-    [[maybe_unused]] friend std::ostream& operator<<(std::ostream& out, const Class& value) {      \
+    template <typename Char>                                                                       \
+    [[maybe_unused]] friend std::basic_ostream<Char>& operator<<(std::basic_ostream<Char>& out,    \
+                                                                 const Class& value) {             \
         return out << Orb::valueToStrep(value);                                                    \
     }                                                                                              \
     static constexpr std::string_view valueTypeName() { return typeName; }                         \
-    static constexpr auto valueFields() {                                                          \
-        return std::tuple_cat(ORB_FOR_EACH(ORB_VALUE_FIELD, Class, __VA_ARGS__) std::tuple<>());   \
+    static constexpr std::size_t valueFieldCount =                                                 \
+        0 ORB_FOR_EACH(ORB_VALUE_COUNT, Class, __VA_ARGS__);                                       \
+    template <typename Visit>                                                                      \
+    static constexpr void visitFields(Visit&& visit) {                                             \
+        ORB_FOR_EACH(ORB_VALUE_FIELD, Class, __VA_ARGS__)                                          \
     }
 // clang-format on
 
@@ -59,8 +68,9 @@
 #define ORB_VALUE_ASSIGNMENT(Class, Type, field, ...) field##_ = std::move(field);
 #define ORB_VALUE_GETTER(Class, Type, field, ...)                                                  \
     Orb::FieldResult<Type> field() const { return field##_; }
-#define ORB_VALUE_FIELD(Class, Type, field, ...)                                                   \
-    std::tuple(Orb::ValueField<Class, Type>{#field, &Class::field##_}),
+#define ORB_VALUE_COUNT(Class, Type, field, ...) +1
+#define ORB_VALUE_MIX(Class, Type, field, ...) hasher.mixValue(field##_);
+#define ORB_VALUE_FIELD(Class, Type, field, ...) visit(std::string_view(#field), &Class::field##_);
 
 namespace Orb {
 
@@ -72,12 +82,6 @@ template <typename T>
 using FieldResult =
     std::conditional_t<std::is_trivially_copyable_v<T> && sizeof(T) <= 4 * sizeof(void*), T,
                        const T&>;
-
-template <typename Class, typename T>
-struct ValueField {
-    std::string_view name;
-    T Class::*member;
-};
 
 /// A class that was declared with ORB_VALUE. (Does not ask for the fields, whose type is not known
 /// yet while the class itself is being compiled.)
@@ -101,22 +105,14 @@ T readAttribute(TextReader& in, std::string_view attribute) {
     }
 }
 
-/// The hash of all fields in declaration order.
-template <typename Class>
-std::uint64_t hashFields(const Class& value, std::uint64_t seed) {
-    Hasher hasher(seed);
-    std::apply([&](const auto&... field) { (hasher.mixValue(value.*field.member), ...); },
-               Class::valueFields());
-    return hasher.result();
-}
-
 template <IsValue T>
 struct TextForm<T> {
     static void write(std::string& out, const T& value) {
         out.append(head).append(T::valueTypeName()).append(headEnd);
-        forEachField([&](const auto& field, std::string_view separator) {
-            out.append(separator).append(field.name).append(nameEnd);
-            TextForm<FieldType<decltype(field)>>::write(out, value.*field.member);
+        std::string_view separator = firstSeparator;
+        T::visitFields([&](std::string_view name, auto member) {
+            out.append(std::exchange(separator, nextSeparator)).append(name).append(nameEnd);
+            TextForm<FieldType<decltype(member)>>::write(out, value.*member);
         });
         out.append(tail);
     }
@@ -126,11 +122,12 @@ struct TextForm<T> {
         in.literal(head);
         in.literal(T::valueTypeName());
         in.literal(headEnd);
-        forEachField([&](const auto& field, std::string_view separator) {
-            in.literal(separator);
-            in.literal(field.name);
+        std::string_view separator = firstSeparator;
+        T::visitFields([&](std::string_view name, auto member) {
+            in.literal(std::exchange(separator, nextSeparator));
+            in.literal(name);
             in.literal(nameEnd);
-            value.*field.member = readAttribute<FieldType<decltype(field)>>(in, field.name);
+            value.*member = readAttribute<FieldType<decltype(member)>>(in, name);
         });
         in.literal(tail);
         return value;
@@ -142,20 +139,11 @@ struct TextForm<T> {
     static constexpr std::string_view nameEnd = "': ";
     static constexpr std::string_view tail = "})";
 
-    template <typename Field>
-    using FieldType =
-        std::remove_cvref_t<decltype(std::declval<T&>().*std::declval<const Field&>().member)>;
+    static constexpr std::string_view firstSeparator = "'";
+    static constexpr std::string_view nextSeparator = ", '";
 
-    /// Calls visit(field, what stands before its name) for every field.
-    template <typename Visit>
-    static void forEachField(Visit visit) {
-        std::string_view separator = "'";
-        const auto visitOne = [&](const auto& field) {
-            visit(field, separator);
-            separator = ", '";
-        };
-        std::apply([&](const auto&... field) { (visitOne(field), ...); }, T::valueFields());
-    }
+    template <typename Member>
+    using FieldType = std::remove_cvref_t<decltype(std::declval<T&>().*std::declval<Member>())>;
 };
 
 } // namespace Orb

@@ -1,18 +1,15 @@
 #pragma once
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
 #include <memory>
-#include <new>
 #include <optional>
 #include <type_traits>
 #include <utility>
 
-#include "platform/orb/value/Assert.h"
+#include "platform/orb/container/HashTableBlock.h"
 #include "platform/orb/value/Hash.h"
 
 namespace Orb {
@@ -46,47 +43,8 @@ class HashTable {
 
     static_assert(std::is_nothrow_move_constructible_v<T>);
 
-    /// Walks in hash order. Any insertion or erasure invalidates it.
-    template <typename Element>
-    class BasicIterator {
-      public:
-        using iterator_category = std::forward_iterator_tag;
-        using value_type = T;
-        using difference_type = std::ptrdiff_t;
-        using pointer = Element*;
-        using reference = Element&;
-
-        BasicIterator() = default;
-
-        reference operator*() const { return *element_; }
-        pointer operator->() const { return element_; }
-        BasicIterator& operator++() {
-            const std::uint32_t* from = tag_ + 1;
-            const std::uint32_t* to = from;
-            while (*to == 0) {
-                ++to;
-            }
-            element_ += to - tag_;
-            tag_ = to;
-            return *this;
-        }
-        BasicIterator operator++(int) {
-            BasicIterator before = *this;
-            ++*this;
-            return before;
-        }
-        bool operator==(const BasicIterator& other) const { return element_ == other.element_; }
-
-      private:
-        friend class HashTable;
-        BasicIterator(const std::uint32_t* tag, Element* element) : tag_(tag), element_(element) {}
-
-        const std::uint32_t* tag_ = nullptr;
-        Element* element_ = nullptr;
-    };
-
-    using iterator = BasicIterator<T>;
-    using const_iterator = BasicIterator<const T>;
+    using iterator = HashTableIterator<T>;
+    using const_iterator = HashTableIterator<const T>;
 
     HashTable() = default;
     HashTable(HashTable&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
@@ -98,7 +56,7 @@ class HashTable {
         }
         const Block& source = *other.block_;
         HashTable copy;
-        copy.block_ = allocate(Shape{source.homes, source.slots, source.maxSize});
+        copy.block_ = Block::allocate(Shape{source.homes, source.slots, source.maxSize});
         for (std::uint32_t slot = other.firstSlot(), left = source.size; left > 0; ++slot, --left) {
             slot = other.occupiedFrom(slot);
             std::construct_at(copy.block_->entries() + slot, other.block_->entries()[slot]);
@@ -115,7 +73,7 @@ class HashTable {
     }
     ~HashTable() {
         while (block_ != nullptr) {
-            destroy(std::exchange(block_, nullptr));
+            Block::destroy(std::exchange(block_, nullptr));
         }
     }
 
@@ -156,7 +114,7 @@ class HashTable {
     /// Fetches what a search for the key will read first, for a caller that has work until then.
     void prefetch(const Key& key) const {
         if (block_ != nullptr) {
-            const std::uint32_t slot = home(*block_, tagOf(key));
+            const std::uint32_t slot = block_->home(tagOf(key));
             __builtin_prefetch(block_->tags() + slot);
             __builtin_prefetch(block_->entries() + slot);
         }
@@ -192,7 +150,9 @@ class HashTable {
     void clear() { HashTable().swap(*this); }
 
     /// Bytes allocated, for accounting.
-    std::size_t allocatedBytes() const { return block_ == nullptr ? 0 : bytesFor(block_->slots); }
+    std::size_t allocatedBytes() const {
+        return block_ == nullptr ? 0 : Block::bytesFor(block_->slots);
+    }
 
   protected:
     /// Where a key is or belongs, found once for finding and then adding. Valid until the next
@@ -228,7 +188,7 @@ class HashTable {
         }
         Block& block = *block_;
         const auto [tag, slot] = place;
-        const std::uint64_t distance = block.distance + (gap - home(block, tag));
+        const std::uint64_t distance = block.distance + (gap - block.home(tag));
         if (distance > crowdedMean * (block.size + 8U) && block.size >= block.retryCrowdedAt
             && spread(distance)) {
             place.slot = lowerBound(place.tag, key);
@@ -247,93 +207,13 @@ class HashTable {
     static constexpr std::uint64_t crowdedMean = 8;
     static constexpr std::uint64_t roomyMean = 4;
     static constexpr std::uint32_t maxHomesPerEntry = 128;
-    static constexpr std::uint32_t denseSize = 8;
-    static constexpr std::uint32_t endTag = 0xFFFFFFFF;
+    static constexpr std::uint32_t endTag = HashTableShape::endTag;
 
-    struct Shape {
-        std::uint32_t homes;
-        std::uint32_t slots;
-        std::uint32_t maxSize;
-    };
-
-    /// Header of the allocation. Behind it lie slots + 1 tags (0: empty; the last one is endTag and
-    /// stops every scan) and slots entries.
-    struct Block {
-        std::uint32_t homes;
-        std::uint32_t slots;
-        std::uint32_t maxSize;
-        std::uint32_t size;
-        std::uint32_t first;          ///< no entry lies before this slot
-        std::uint32_t shrinkBelow;    ///< size under which shrinking is tried
-        std::uint32_t retryCrowdedAt; ///< size from which growing may help against crowding again
-        std::uint64_t distance;       ///< sum of all entries' slot minus home
-
-        std::uint32_t* tags() { return reinterpret_cast<std::uint32_t*>(this + 1); }
-        T* entries() {
-            return reinterpret_cast<T*>(reinterpret_cast<std::byte*>(this) + entriesOffset(slots));
-        }
-    };
-
-    static constexpr std::size_t alignment = std::max(alignof(Block), alignof(T));
-
-    static constexpr std::size_t entriesOffset(std::size_t slots) {
-        const std::size_t end = sizeof(Block) + (slots + 1) * sizeof(std::uint32_t);
-        return (end + alignof(T) - 1) / alignof(T) * alignof(T);
-    }
-    static constexpr std::size_t bytesFor(std::size_t slots) {
-        return entriesOffset(slots) + slots * sizeof(T);
-    }
-
-    static std::uint32_t home(const Block& block, std::uint32_t tag) {
-        return static_cast<std::uint32_t>((std::uint64_t{tag} * block.homes) >> 32);
-    }
-
-    /// A table for at least `size` entries. Small ones are plain sorted arrays, packed full.
-    static Shape shapeFor(std::uint64_t size) {
-        if (size <= denseSize) {
-            const auto slots = std::bit_ceil(std::max(static_cast<std::uint32_t>(size), 2U));
-            return Shape{1, slots, slots};
-        }
-        const std::uint64_t homes = size + size / 4 + 1;
-        const std::uint64_t slack = std::clamp<std::uint64_t>(homes / 16, 4, 128);
-        ORB_ASSERT(homes + slack < endTag, "HashTable::slots < 2^32 - 1");
-        return Shape{static_cast<std::uint32_t>(homes), static_cast<std::uint32_t>(homes + slack),
-                     static_cast<std::uint32_t>(size)};
-    }
-
-    static Block* allocate(const Shape& shape) {
-        return format(::operator new(bytesFor(shape.slots), std::align_val_t(alignment)), shape);
-    }
-
-    static Block* format(void* memory, const Shape& shape) {
-        auto* block = std::construct_at(static_cast<Block*>(memory));
-        *block = Block{shape.homes, shape.slots, shape.maxSize, 0, shape.slots, 0, 0, 0};
-        block->shrinkBelow = shape.maxSize > denseSize ? shape.maxSize / 8 : 0;
-        std::memset(block->tags(), 0, std::size_t{shape.slots} * sizeof(std::uint32_t));
-        block->tags()[shape.slots] = endTag;
-        return block;
-    }
-
-    static void release(Block* block) noexcept {
-        ::operator delete(static_cast<void*>(block), std::align_val_t(alignment));
-    }
-
-    static void destroy(Block* block) noexcept {
-        if (block == nullptr) {
-            return;
-        }
-        if constexpr (!std::is_trivially_destructible_v<T>) {
-            for (std::uint32_t slot = block->first; slot < block->slots; ++slot) {
-                if (block->tags()[slot] != 0) {
-                    std::destroy_at(block->entries() + slot);
-                }
-            }
-        }
-        release(block);
-    }
+    using Shape = HashTableShape;
+    using Block = HashTableBlock<T>;
 
     template <typename Element>
-    BasicIterator<Element> iteratorAt(std::uint32_t slot) const {
+    HashTableIterator<Element> iteratorAt(std::uint32_t slot) const {
         if (block_ == nullptr) {
             return {};
         }
@@ -366,7 +246,7 @@ class HashTable {
     /// First slot at or behind the tag's home that is empty or holds a tag not below it.
     std::uint32_t tagBound(std::uint32_t tag) const {
         const std::uint32_t* tags = block_->tags();
-        std::uint32_t slot = home(*block_, tag);
+        std::uint32_t slot = block_->home(tag);
         while (tags[slot] - 1 < tag - 1) { // an empty slot's 0 becomes the largest value
             ++slot;
         }
@@ -444,9 +324,9 @@ class HashTable {
         Block& block = *block_;
         T* entries = block.entries();
         std::uint32_t* tags = block.tags();
-        block.distance -= slot - home(block, tags[slot]);
+        block.distance -= slot - block.home(tags[slot]);
         std::uint32_t end = slot + 1;
-        while (tags[end] != 0 && tags[end] != endTag && home(block, tags[end]) < end) {
+        while (tags[end] != 0 && tags[end] != endTag && block.home(tags[end]) < end) {
             ++end;
         }
         const std::uint32_t moved = end - slot - 1;
@@ -462,7 +342,7 @@ class HashTable {
         block.distance -= moved;
         --block.size;
         if (block.size == 0) {
-            release(std::exchange(block_, nullptr));
+            Block::release(std::exchange(block_, nullptr));
         } else if (block.size < block.shrinkBelow) {
             shrink();
         }
@@ -470,7 +350,7 @@ class HashTable {
 
     void grow() {
         const std::uint64_t size = block_ == nullptr ? 0 : block_->maxSize;
-        relayout(shapeFor(size < denseSize ? size * 2 : size + size / 2));
+        relayout(Shape::forSize(size < Shape::denseSize ? size * 2 : size + size / 2));
     }
 
     /// Sum of distances that the present entries would have with that many homes.
@@ -497,7 +377,7 @@ class HashTable {
         const std::uint64_t limit =
             std::min<std::uint64_t>(std::uint64_t{block_->size} * maxHomesPerEntry, endTag / 2);
         for (std::uint64_t size = std::uint64_t{block_->maxSize} * 2; size <= limit; size *= 2) {
-            const Shape shape = shapeFor(size);
+            const Shape shape = Shape::forSize(size);
             if (distanceWith(shape.homes) < std::min(distance, roomyMean * block_->size)) {
                 relayout(shape);
                 return true;
@@ -508,26 +388,25 @@ class HashTable {
     }
 
     void shrink() noexcept {
-        const Shape shape = shapeFor(std::uint64_t{block_->size} * 2);
-        void* memory = nullptr;
+        const Shape shape = Shape::forSize(std::uint64_t{block_->size} * 2);
+        Block* target = nullptr;
         if (shape.slots < block_->slots && distanceWith(shape.homes) <= roomyMean * block_->size) {
-            memory =
-                ::operator new(bytesFor(shape.slots), std::align_val_t(alignment), std::nothrow);
+            target = Block::tryAllocate(shape);
         }
-        if (memory == nullptr || !moveInto(format(memory, shape))) {
+        if (target == nullptr || !moveInto(target)) {
             block_->shrinkBelow = block_->size / 4;
         }
     }
 
     void relayout(Shape shape) {
-        Block* target = allocate(shape);
+        Block* target = Block::allocate(shape);
         if (block_ == nullptr) {
             block_ = target;
             return;
         }
         while (!moveInto(target)) {
             shape.slots += shape.slots - shape.homes + 8;
-            target = allocate(shape);
+            target = Block::allocate(shape);
         }
     }
 
@@ -540,10 +419,10 @@ class HashTable {
         std::uint32_t next = 0;
         for (std::uint32_t slot = firstSlot(), left = block_->size; left > 0; ++slot) {
             if (from[slot] != 0) {
-                const std::uint32_t at = home(*target, from[slot]);
+                const std::uint32_t at = target->home(from[slot]);
                 next = std::max(next, at);
                 if (next >= target->slots) {
-                    release(target);
+                    Block::release(target);
                     return false;
                 }
                 to[next] = from[slot];
@@ -554,7 +433,7 @@ class HashTable {
         }
         moveEntries(target);
         target->size = block_->size;
-        release(std::exchange(block_, target));
+        Block::release(std::exchange(block_, target));
         return true;
     }
 

@@ -24,7 +24,9 @@ thread_local ActivityManager* installed = nullptr;
 } // namespace
 
 ActivityManager* activityManager() {
-    ORB_ASSERT(installed != nullptr, "activityManager() != 0");
+    if (installed == nullptr) {
+        throw NoActivityManagerError("there is no Orb::ActivityManager on this thread");
+    }
     return installed;
 }
 

@@ -49,7 +49,7 @@ class ActivityManager {
     std::uint64_t nextDescriptor_ = 0;
 };
 
-/// The activity manager of this thread; there must be one.
+/// The activity manager of this thread. Throws NoActivityManagerError where there is none.
 ActivityManager* activityManager();
 
 } // namespace Orb

@@ -8,16 +8,12 @@ namespace Orb {
 
 namespace Detail {
 
-namespace {
-
-struct Remembered {
-    const void* owner;
-    std::function<void()> work;
-};
-
-} // namespace
-
 struct Turn::Memory {
+    struct Remembered {
+        const void* owner;
+        std::function<void()> work;
+    };
+
     std::deque<Remembered> remembered;
     FirstError errors;
 };
@@ -36,12 +32,12 @@ void Turn::remember(const void* owner, std::function<void()> work) {
 
 void Turn::forget(const void* owner) {
     std::erase_if(memory().remembered,
-                  [owner](const Remembered& waiting) { return waiting.owner == owner; });
+                  [owner](const auto& waiting) { return waiting.owner == owner; });
 }
 
 void Turn::takeRemembered() {
     while (memory_ != nullptr && !memory_->remembered.empty()) {
-        const Remembered next = std::move(memory_->remembered.front());
+        const Memory::Remembered next = std::move(memory_->remembered.front());
         memory_->remembered.pop_front();
         memory_->errors.attempt(next.work);
     }

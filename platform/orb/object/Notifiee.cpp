@@ -4,6 +4,7 @@
 
 #include "platform/orb/object/Decision.h"
 #include "platform/orb/object/Entity.h"
+#include "platform/orb/value/Error.h"
 #include "platform/orb/value/FirstError.h"
 
 namespace Orb {
@@ -61,7 +62,24 @@ void Notifiee::unlink() {
     previous_ = next_ = nullptr;
 }
 
+void Detail::throwKeyType(const void* key) {
+    throw KeyTypeError(key == nullptr ? "a reactor asked for the key of an attribute that has none"
+                                      : "a reactor took a key for one of another type");
+}
+
 namespace {
+
+/// What keyAs() checks its type against, for as long as a reactor is called.
+class PresentKey {
+  public:
+    explicit PresentKey(const NotifiedKey& key) : outer_(std::exchange(Detail::presentKey, key)) {}
+    PresentKey(const PresentKey&) = delete;
+    PresentKey& operator=(const PresentKey&) = delete;
+    ~PresentKey() { Detail::presentKey = outer_; }
+
+  private:
+    const NotifiedKey outer_;
+};
 
 /// Calls with a reference held on the object and on all that it is a part of.
 template <typename Call>
@@ -99,19 +117,20 @@ bool Notifiee::isGoing() const {
     return going;
 }
 
-void Notifiee::call(AttributeId id, const void* key) {
+void Notifiee::call(AttributeId id, const NotifiedKey& key) {
     if (!isGoing()) {
-        keeping(&keeper(), [&] { onAttribute(id, key); });
+        const PresentKey present(key);
+        keeping(&keeper(), [&] { onAttribute(id, key.get()); });
     }
 }
 
 void Notifiee::deliver(AttributeId id, const NotifiedKey& key) {
     if (!input_) {
-        call(id, key.get());
+        call(id, key);
     } else if (decisionUnderWay()) {
         remember(id, key);
     } else {
-        decide([&] { call(id, key.get()); });
+        decide([&] { call(id, key); });
     }
 }
 
@@ -120,11 +139,14 @@ void Notifiee::remember(AttributeId id, const NotifiedKey& key) {
     if (isGoing()) {
         return;
     }
-    onRemembered(id, key.get());
+    {
+        const PresentKey present(key);
+        onRemembered(id, key.get());
+    }
     remembered_ = true;
-    Detail::Turn::current().remember(this, [this, id, of = notifier_, copy = key.copy()] {
+    Detail::Turn::current().remember(this, [this, id, of = notifier_, key, copy = key.copy()] {
         if (notifier_ == of) {
-            call(id, copy.get());
+            call(id, key.copiedTo(copy.get()));
         }
     });
 }

@@ -62,7 +62,7 @@ class Notifiee : public PtrInterface {
     void deliver(AttributeId id, const NotifiedKey& key);
     void remember(AttributeId id, const NotifiedKey& key);
     bool isGoing() const;
-    void call(AttributeId id, const void* key);
+    void call(AttributeId id, const NotifiedKey& key);
     void unlink();
     void linkBefore(Notifiee& next);
 
@@ -85,9 +85,23 @@ class NotifieeOf : public Notifiee {
     virtual void notifierIs(Ptr<const T> notifier) { attach(std::move(notifier)); }
 };
 
-/// Reads the key of a collection's notification.
+namespace Detail {
+
+/// The key of the notification that is being delivered on this thread.
+inline constinit thread_local NotifiedKey presentKey;
+
+[[noreturn]] void throwKeyType(const void* key);
+
+} // namespace Detail
+
+/// Reads the key of a collection's notification. Throws KeyTypeError where there is none, because
+/// the attribute is no collection, and where it is of another type.
 template <typename Key>
 const Key& keyAs(const void* key) {
+    const NotifiedKey& present = Detail::presentKey;
+    if (key == nullptr || (key == present.get() && present.type() != NotifiedKey::typeOf<Key>())) {
+        Detail::throwKeyType(key);
+    }
     return *static_cast<const Key*>(key);
 }
 

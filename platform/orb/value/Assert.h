@@ -2,7 +2,8 @@
 
 namespace Orb {
 
-/// Prints "assertion failed: TEXT (FILE:LINE)" to standard error and aborts.
+/// Prints "assertion failed: TEXT (FILE:LINE)" to standard error, if that takes it at once, and
+/// aborts.
 [[noreturn]] void assertionFailed(const char* text, const char* file, int line) noexcept;
 
 } // namespace Orb

@@ -23,6 +23,18 @@ class NullArgumentError : public Error {
     using Error::Error;
 };
 
+/// A reactor read a key as what it is not.
+class KeyTypeError : public Error {
+  public:
+    using Error::Error;
+};
+
+/// Something that needs the activity manager of its thread was done where there is none.
+class NoActivityManagerError : public Error {
+  public:
+    using Error::Error;
+};
+
 /// A value lies outside its type's range.
 class RangeError : public Error {
   public:
