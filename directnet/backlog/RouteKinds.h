@@ -56,6 +56,7 @@ inline constexpr std::array all = {connected, receive, receiveBroadcast, directe
 
 static_assert(IntfViaSetKey::valueFieldCount == 2 + ViaSets::all.size());
 
+/// A kind of route.
 struct RouteKind {
     Fib::RouteType type;
     const ViaSetKind& viaSet;
@@ -65,9 +66,12 @@ namespace RouteKinds {
 using Fib::RouteType;
 
 inline constexpr RouteKind subnet{RouteType::connected, ViaSets::connected};
+/// An own address inside a subnet; a virtual or leaked address.
 inline constexpr RouteKind address{RouteType::receive, ViaSets::receive};
+/// An own address that is a subnet by itself.
 inline constexpr RouteKind loneAddress{RouteType::attachedHost, ViaSets::receive};
 inline constexpr RouteKind network{RouteType::receiveBroadcast, ViaSets::receiveBroadcast};
+/// A broadcast address, by whether it is forwarded to. Both go through one via set.
 inline constexpr RouteKind broadcast{RouteType::dropDirectedBroadcast, ViaSets::directedBroadcast};
 inline constexpr RouteKind forwardedBroadcast{RouteType::receiveBroadcast,
                                               ViaSets::directedBroadcast};
