@@ -1,6 +1,5 @@
 #include "agent/base/Utf8.h"
-#include "agent/linux/AddressMessage.h"
-#include "agent/linux/LinkMessage.h"
+#include "agent/linux/RouteMessage.h"
 #include "platform/orb/value/Assert.h"
 
 #include <algorithm>
@@ -16,13 +15,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto length = static_cast<std::uint32_t>(bytes.size());
     std::memcpy(bytes.data(), &length, sizeof length);
     const auto& header = *reinterpret_cast<const nlmsghdr*>(bytes.data());
-    if (auto link = Agent::Linux::LinkMessage::parse(header)) {
-        ORB_ASSERT(Agent::isUtf8(link->name), "a link's name fits a document");
+    const auto message = Agent::Linux::parseRouteMessage(header);
+    if (!message) {
+        return 0;
     }
-    if (auto address = Agent::Linux::AddressMessage::parse(header)) {
-        ORB_ASSERT(address->own().subnet().length <= address->local.hostLength(),
-                   "a prefix is no longer than its address");
-        static_cast<void>(address->own().text());
+    if (const auto* link = std::get_if<Agent::Linux::LinkMessage>(&*message)) {
+        ORB_ASSERT(Agent::isUtf8(link->name.name()), "a link's name fits a document");
     }
     return 0;
 }

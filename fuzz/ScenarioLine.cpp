@@ -6,9 +6,9 @@
 #include <string_view>
 
 #include "agent/device/DeviceInputs.h"
-#include "agent/document/DocumentError.h"
+#include "agent/document/ScenarioLine.h"
+#include "agent/patch/DocumentError.h"
 #include "agent/replay/LineReader.h"
-#include "agent/replay/ScenarioLine.h"
 #include "platform/orb/loop/SimulatedClock.h"
 
 namespace {

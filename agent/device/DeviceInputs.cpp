@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "agent/document/DocumentError.h"
+#include "agent/patch/DocumentError.h"
 #include "directnet/root/RootInputs.h"
 #include "platform/memtab/Mount.h"
 #include "platform/orb/object/Decision.h"
@@ -21,15 +21,6 @@ Orb::Ptr<DirectNetLeakStatus> mountLeakStatus(const Orb::Ptr<Vaultdb::EntityMana
     mount.doMount(path, DirectNetLeakStatus::orbTypeName,
                   OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
     return mount.getEntity<DirectNetLeakStatus>(path);
-}
-
-/// What a patch on an object says of one of its members: what goes with the object goes too.
-template <typename Object, typename T>
-Change<T> memberOf(const Change<Object>& object, Change<T> Object::*member) {
-    if (object.isRemoval()) {
-        return Change<T>::removal();
-    }
-    return object.value() == nullptr ? Change<T>() : object.value()->*member;
 }
 
 /// The walks of the leaks bear no other patch in the middle, which the answer to some notification
@@ -54,7 +45,7 @@ DeviceInputs::DeviceInputs(Orb::Ptr<Kiln::TaskScheduler> scheduler, bool gracefu
       leaks6_(mountLeakStatus(entityManager_, MountPaths::ipv6Leaks)) {}
 
 void DeviceInputs::apply(const DevicePatch& patch) {
-    checkGracefulRestart(patch.gracefulRestart);
+    checkGracefulRestart(patch);
     const VrfInputs::Plan plan = vrfs_.plan(patch.vrfs);
 
     vrfs_.withdraw(plan);
@@ -78,38 +69,38 @@ void DeviceInputs::apply(const DevicePatch& patch) {
     });
     applyRibWaits(patch.ribWaits);
     grState_->startReadyVerificationIs(
-        patch.startReadyVerification.after(grState_->startReadyVerification(), false));
+        after<&DevicePatch::startReadyVerification>(patch, grState_->startReadyVerification()));
 }
 
-void DeviceInputs::checkGracefulRestart(const Change<bool>& change) const {
-    if (change.after(grState_->gracefulRestart(), false) != grState_->gracefulRestart()) {
+void DeviceInputs::checkGracefulRestart(const DevicePatch& patch) const {
+    const bool present = grState_->gracefulRestart();
+    if (after<&DevicePatch::gracefulRestart>(patch, present) != present) {
         throw DocumentError("/gracefulRestart", "cannot change once the agent has started");
     }
 }
 
-void DeviceInputs::apply(const Change<VirtualIpsPatch>& patch) {
+void DeviceInputs::apply(const Edit<VirtualIpsPatch>& patch) {
     VirtualIp::VirtualIpStatus& status = *virtualIps4_.status();
-    status.subnetRoutesIs(
-        memberOf(patch, &VirtualIpsPatch::subnetRoutes).after(status.subnetRoutes(), false));
-    virtualIps4_.apply(memberOf(patch, &VirtualIpsPatch::ipv4));
-    virtualIps6_.apply(memberOf(patch, &VirtualIpsPatch::ipv6));
+    status.subnetRoutesIs(after<&VirtualIpsPatch::subnetRoutes>(patch, status.subnetRoutes()));
+    virtualIps4_.apply(memberOf<&VirtualIpsPatch::ipv4>(patch));
+    virtualIps6_.apply(memberOf<&VirtualIpsPatch::ipv6>(patch));
 }
 
-void DeviceInputs::apply(const Change<LeaksPatch>& patch) {
-    leaks4_.apply(memberOf(patch, &LeaksPatch::ipv4));
-    leaks6_.apply(memberOf(patch, &LeaksPatch::ipv6));
+void DeviceInputs::apply(const Edit<LeaksPatch>& patch) {
+    leaks4_.apply(memberOf<&LeaksPatch::ipv4>(patch));
+    leaks6_.apply(memberOf<&LeaksPatch::ipv6>(patch));
 }
 
-void DeviceInputs::applyRibWaits(const Change<VrfSetPatch>& patch) {
+void DeviceInputs::applyRibWaits(const Edit<VrfSetPatch>& patch) {
     if (patch.isRemoval()) {
         ribWaits_->vrfDelAll();
     }
     if (const VrfSetPatch* vrfs = patch.value()) {
-        for (const auto& [name, change] : *vrfs) {
-            const bool* waits = change.value();
+        for (const auto& [name, edit] : *vrfs) {
+            const bool* waits = edit.value();
             if (waits != nullptr && *waits) {
                 ribWaits_->vrfIs(name, true);
-            } else if (change.isGiven()) {
+            } else if (edit.isGiven()) {
                 ribWaits_->vrfDel(name);
             }
         }

@@ -6,7 +6,7 @@
 #include "agent/device/LeakInputs.h"
 #include "agent/device/VirtualIpInputs.h"
 #include "agent/device/VrfInputs.h"
-#include "agent/document/DevicePatch.h"
+#include "agent/patch/DevicePatch.h"
 #include "directnet/ready/GrState.h"
 #include "platform/arp/VirtualIpAsReceiveRoute.h"
 #include "platform/interface/AllIntfStatusDir.h"
@@ -68,10 +68,10 @@ class DeviceInputs {
     const Orb::Ptr<Routing::DirectNet::GrState>& grState() const { return grState_; }
 
   private:
-    void checkGracefulRestart(const Change<bool>& change) const;
-    void apply(const Change<VirtualIpsPatch>& patch);
-    void apply(const Change<LeaksPatch>& patch);
-    void applyRibWaits(const Change<VrfSetPatch>& patch);
+    void checkGracefulRestart(const DevicePatch& patch) const;
+    void apply(const Edit<VirtualIpsPatch>& patch);
+    void apply(const Edit<LeaksPatch>& patch);
+    void applyRibWaits(const Edit<VrfSetPatch>& patch);
 
     Orb::Ptr<Vaultdb::EntityManager> entityManager_;
     Orb::Ptr<Kiln::TaskScheduler> scheduler_;

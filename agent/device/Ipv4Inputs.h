@@ -3,7 +3,7 @@
 #include <map>
 
 #include "agent/device/Ipv4Interface.h"
-#include "agent/document/DevicePatch.h"
+#include "agent/patch/DevicePatch.h"
 #include "platform/ip/Status.h"
 #include "platform/orb/container/HashMap.h"
 
@@ -14,7 +14,7 @@ class Ipv4Inputs {
   public:
     const Orb::Ptr<Ip::Status>& status() const { return status_; }
 
-    void apply(const Change<Ipv4Patch>& patch);
+    void apply(const Edit<Ipv4Patch>& patch);
 
   private:
     using VrfPatch = MapPatch<Lanx::IntfId, Ipv4InterfacePatch>;

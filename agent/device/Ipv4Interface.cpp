@@ -1,30 +1,29 @@
 #include "agent/device/Ipv4Interface.h"
 
-#include <algorithm>
-
 namespace Agent {
 
 void Ipv4Interface::apply(const Ipv4InterfacePatch& patch, Ip::IpIntfStatus& status) {
-    const Address newAddress = patch.address.after(address_, {});
-    const Lanx::IntfId unnumbered = patch.unnumbered.after(status.unnumberedIntfId(), {});
-    const Listing newOwn =
-        !newAddress ? Listing() : listingAfter(newAddress, patch.secondary, status);
-    const bool secondaryWins = !!unnumbered && newOwn == true;
+    using Patch = Ipv4InterfacePatch;
+    const Address newAddress = after<&Patch::address>(patch, address_);
+    const Lanx::IntfId unnumbered = after<&Patch::unnumbered>(patch, status.unnumberedIntfId());
+    const SecondaryUse newOwnUse =
+        !newAddress ? SecondaryUse() : useAfter(newAddress, patch.secondary, status);
+    const bool secondaryWins = !!unnumbered && newOwnUse == true;
 
-    Listings listings;
+    SecondaryUses uses;
     for (const Address& address : touched(patch.secondary, newAddress, status)) {
         const bool hidden = !!address && address == newAddress && !secondaryWins;
-        listings.emplace_back(address,
-                              hidden ? Listing() : listingAfter(address, patch.secondary, status));
+        uses.emplace_back(address,
+                          hidden ? SecondaryUse() : useAfter(address, patch.secondary, status));
     }
     address_ = newAddress;
-    ownListing_ = newOwn;
+    ownUse_ = newOwnUse;
 
     // From here on whoever is told may have this interface go; only the status is held.
 
     status.unnumberedIntfIdIs(unnumbered);
-    status.directedBroadcastIs(patch.directedBroadcast.after(status.directedBroadcast(), false));
-    for (const auto& [address, listed] : listings) {
+    status.directedBroadcastIs(after<&Patch::directedBroadcast>(patch, status.directedBroadcast()));
+    for (const auto& [address, listed] : uses) {
         if (!listed) {
             status.activeSecondaryWithMaskDel(address);
         } else if (!*listed) {
@@ -32,49 +31,46 @@ void Ipv4Interface::apply(const Ipv4InterfacePatch& patch, Ip::IpIntfStatus& sta
         }
     }
     status.activeAddrWithMaskIs(secondaryWins ? Address() : newAddress);
-    for (const auto& [address, listed] : listings) {
+    for (const auto& [address, listed] : uses) {
         if (listed == true) {
             status.activeSecondaryWithMaskIs(address, true);
         }
     }
 }
 
-Ipv4Interface::Listing Ipv4Interface::listing(const Address& address,
-                                              const Ip::IpIntfStatus& status) const {
+Ipv4Interface::SecondaryUse Ipv4Interface::use(const Address& address,
+                                               const Ip::IpIntfStatus& status) const {
     if (isAddress(address)) {
-        return ownListing_;
+        return ownUse_;
     }
     const bool* published = status.activeSecondaryWithMask().find(address);
-    return published == nullptr ? Listing() : *published;
+    return published == nullptr ? SecondaryUse() : *published;
 }
 
-Ipv4Interface::Listing Ipv4Interface::listingAfter(const Address& address,
-                                                   const SecondaryChange& change,
-                                                   const Ip::IpIntfStatus& status) const {
-    if (change.isRemoval()) {
+Ipv4Interface::SecondaryUse Ipv4Interface::useAfter(const Address& address,
+                                                    const SecondaryEdit& edit,
+                                                    const Ip::IpIntfStatus& status) const {
+    if (edit.isRemoval()) {
         return {};
     }
-    if (const auto* members = change.value()) {
-        const auto member = std::lower_bound(
-            members->begin(), members->end(), address,
-            [](const auto& entry, const Address& wanted) { return entry.first < wanted; });
-        if (member != members->end() && member->first == address) {
-            const bool* listed = member->second.value();
-            return listed == nullptr ? Listing() : *listed;
+    if (const auto* members = edit.value()) {
+        if (const Edit<bool>* member = members->find(address)) {
+            const bool* inUse = member->value();
+            return inUse == nullptr ? SecondaryUse() : *inUse;
         }
     }
-    return listing(address, status);
+    return use(address, status);
 }
 
-std::vector<Ipv4Interface::Address> Ipv4Interface::touched(const SecondaryChange& change,
+std::vector<Ipv4Interface::Address> Ipv4Interface::touched(const SecondaryEdit& edit,
                                                            const Address& newAddress,
                                                            const Ip::IpIntfStatus& status) const {
     std::vector<Address> addresses{address_, newAddress};
-    if (change.isRemoval()) {
+    if (edit.isRemoval()) {
         for (const auto& entry : status.activeSecondaryWithMask()) {
             addresses.push_back(entry.key());
         }
-    } else if (const auto* members = change.value()) {
+    } else if (const auto* members = edit.value()) {
         for (const auto& member : *members) {
             addresses.push_back(member.first);
         }

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "agent/document/DevicePatch.h"
+#include "agent/patch/DevicePatch.h"
 #include "platform/ip/Status.h"
 
 namespace Agent {
@@ -26,20 +26,20 @@ class Ipv4Interface {
 
   private:
     using Address = Lanx::IpAddrWithMask;
-    using SecondaryChange = Change<MapPatch<Address, bool>>;
+    using SecondaryEdit = Edit<Ipv4InterfacePatch::Secondaries>;
     /// Whether an address is a secondary, and in use; nothing if it is none.
-    using Listing = std::optional<bool>;
-    using Listings = std::vector<std::pair<Address, Listing>>;
+    using SecondaryUse = std::optional<bool>;
+    using SecondaryUses = std::vector<std::pair<Address, SecondaryUse>>;
 
     bool isAddress(const Address& address) const { return !!address && address == address_; }
-    Listing listing(const Address& address, const Ip::IpIntfStatus& status) const;
-    Listing listingAfter(const Address& address, const SecondaryChange& change,
-                         const Ip::IpIntfStatus& status) const;
-    std::vector<Address> touched(const SecondaryChange& change, const Address& newAddress,
+    SecondaryUse use(const Address& address, const Ip::IpIntfStatus& status) const;
+    SecondaryUse useAfter(const Address& address, const SecondaryEdit& edit,
+                          const Ip::IpIntfStatus& status) const;
+    std::vector<Address> touched(const SecondaryEdit& edit, const Address& newAddress,
                                  const Ip::IpIntfStatus& status) const;
 
-    Address address_;    // the primary as the document has it
-    Listing ownListing_; // of address_
+    Address address_;     // the primary as the document has it
+    SecondaryUse ownUse_; // of address_
 };
 
 } // namespace Agent

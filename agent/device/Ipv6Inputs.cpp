@@ -2,18 +2,18 @@
 
 namespace Agent {
 
-void Ipv6Inputs::apply(const Change<Ipv6Patch>& patch) {
+void Ipv6Inputs::apply(const Edit<Ipv6Patch>& patch) {
     if (patch.isRemoval()) {
         status_->vrfIp6IntfStatusDelAll();
     }
     if (const Ipv6Patch* vrfs = patch.value()) {
-        for (const auto& [vrfName, change] : *vrfs) {
-            if (change.isRemoval()) {
+        for (const auto& [vrfName, edit] : *vrfs) {
+            if (edit.isRemoval()) {
                 status_->vrfIp6IntfStatusDel(vrfName);
-            } else if (change.value() != nullptr) {
+            } else if (edit.value() != nullptr) {
                 const Orb::Ptr<Ip6::VrfIp6IntfStatus> vrf(status_->vrfIp6IntfStatusIs(vrfName));
                 if (vrf != nullptr) {
-                    applyTo(*vrf, *change.value());
+                    applyTo(*vrf, *edit.value());
                 }
             }
         }
@@ -21,24 +21,24 @@ void Ipv6Inputs::apply(const Change<Ipv6Patch>& patch) {
 }
 
 void Ipv6Inputs::applyTo(Ip6::VrfIp6IntfStatus& vrf,
-                         const MapPatch<Lanx::IntfId, AddressPatch>& patch) {
-    for (const auto& [intfId, change] : patch) {
-        if (change.isRemoval()) {
+                         const MapPatch<Lanx::IntfId, Ipv6InterfacePatch>& patch) {
+    for (const auto& [intfId, edit] : patch) {
+        if (edit.isRemoval()) {
             vrf.intfStatusDel(intfId);
-        } else if (change.value() != nullptr) {
+        } else if (edit.value() != nullptr) {
             const Orb::Ptr<Ip6::IntfStatus> status(vrf.intfStatusIs(intfId));
             if (status != nullptr) {
-                applyTo(*status, *change.value());
+                applyTo(*status, *edit.value());
             }
         }
     }
 }
 
-void Ipv6Inputs::applyTo(Ip6::IntfStatus& interface, const AddressPatch& patch) {
-    for (const auto& [address, change] : patch) {
-        if (change.isRemoval()) {
+void Ipv6Inputs::applyTo(Ip6::IntfStatus& interface, const Ipv6InterfacePatch& patch) {
+    for (const auto& [address, edit] : patch) {
+        if (edit.isRemoval()) {
             interface.addrDel(address);
-        } else if (const bool* active = change.value()) {
+        } else if (const bool* active = edit.value()) {
             interface.addrIs(address, Ip6::AddressInfo{*active});
         }
     }

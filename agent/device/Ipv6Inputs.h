@@ -1,6 +1,6 @@
 #pragma once
 
-#include "agent/document/DevicePatch.h"
+#include "agent/patch/DevicePatch.h"
 #include "platform/ip/Ip6Status.h"
 
 namespace Agent {
@@ -10,14 +10,12 @@ class Ipv6Inputs {
   public:
     const Orb::Ptr<Ip6::Status>& status() const { return status_; }
 
-    void apply(const Change<Ipv6Patch>& patch);
+    void apply(const Edit<Ipv6Patch>& patch);
 
   private:
-    using AddressPatch = MapPatch<Lanx::Ip6AddrWithMask, bool>;
-
     static void applyTo(Ip6::VrfIp6IntfStatus& vrf,
-                        const MapPatch<Lanx::IntfId, AddressPatch>& patch);
-    static void applyTo(Ip6::IntfStatus& interface, const AddressPatch& patch);
+                        const MapPatch<Lanx::IntfId, Ipv6InterfacePatch>& patch);
+    static void applyTo(Ip6::IntfStatus& interface, const Ipv6InterfacePatch& patch);
 
     Orb::Ptr<Ip6::Status> status_ = Orb::makePtr<Ip6::Status>();
 };

@@ -1,5 +1,6 @@
 #include "agent/device/KernelInputs.h"
 
+#include <optional>
 #include <string>
 
 #include "directnet/root/RootInputs.h"
@@ -13,18 +14,18 @@ using Routing::DirectNet::MountPaths::kernelDevices;
 KernelInputs::KernelInputs(const Orb::Ptr<Vaultdb::EntityManager>& entityManager)
     : mount_(entityManager) {}
 
-void KernelInputs::apply(const Change<KernelPatch>& patch) {
+void KernelInputs::apply(const Edit<KernelPatch>& patch) {
     if (patch.isRemoval()) {
         while (!mounted_.empty()) {
             clear(Lanx::NamespaceName(*mounted_.begin()));
         }
     }
     if (const KernelPatch* namespaces = patch.value()) {
-        for (const auto& [netns, change] : *namespaces) {
-            if (change.isRemoval()) {
+        for (const auto& [netns, edit] : *namespaces) {
+            if (edit.isRemoval()) {
                 clear(netns);
-            } else if (change.value() != nullptr) {
-                applyTo(netns, *change.value());
+            } else if (edit.value() != nullptr) {
+                applyTo(netns, *edit.value());
             }
         }
     }
@@ -32,17 +33,20 @@ void KernelInputs::apply(const Change<KernelPatch>& patch) {
 
 void KernelInputs::applyTo(const Lanx::NamespaceName& netns, const NamespacePatch& patch) {
     const Orb::Ptr<Status> status = table(netns);
-    for (const auto& [intfId, change] : patch) {
-        if (change.isRemoval()) {
+    for (const auto& [intfId, edit] : patch) {
+        if (edit.isRemoval()) {
             status->deviceDel(intfId);
-        } else if (const KernelDevicePatch* device = change.value()) {
+        } else if (const KernelDevicePatch* device = edit.value()) {
+            std::optional<std::string> name;
+            std::optional<bool> running;
+            if (const Device* present = status->device().find(intfId)) {
+                name = present->name();
+                running = present->running();
+            }
             const std::string ownName(intfId.name());
-            const Device* present = status->device().find(intfId);
-            const std::string name =
-                device->device.after(present == nullptr ? ownName : present->name(), ownName);
-            const bool running =
-                device->running.after(present == nullptr || present->running(), true);
-            status->deviceIs(intfId, Device(name, running));
+            status->deviceIs(intfId,
+                             Device(after<&KernelDevicePatch::device>(*device, name, ownName),
+                                    after<&KernelDevicePatch::running>(*device, running)));
         }
     }
 }

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "agent/document/DevicePatch.h"
+#include "agent/patch/DevicePatch.h"
 #include "platform/interface/KernelNetInfo.h"
 #include "platform/memtab/Mount.h"
 
@@ -13,7 +13,7 @@ class KernelInputs {
   public:
     explicit KernelInputs(const Orb::Ptr<Vaultdb::EntityManager>& entityManager);
 
-    void apply(const Change<KernelPatch>& patch);
+    void apply(const Edit<KernelPatch>& patch);
 
   private:
     using NamespacePatch = MapPatch<Lanx::IntfId, KernelDevicePatch>;

@@ -21,7 +21,7 @@ LeakInputs<Prefix>::LeakInputs(Orb::Ptr<Routing::DirectNetLeakStatus> status)
     : status_(std::move(status)) {}
 
 template <typename Prefix>
-void LeakInputs<Prefix>::apply(const Change<LeakPatch<Prefix>>& patch) {
+void LeakInputs<Prefix>::apply(const Edit<LeakPatch<Prefix>>& patch) {
     const auto removeAllOf = [this](Vrf& source) {
         Leaks& leaks = source.second.to;
         removeRange(source, leaks.begin(), leaks.end());
@@ -33,12 +33,12 @@ void LeakInputs<Prefix>::apply(const Change<LeakPatch<Prefix>>& patch) {
         std::erase_if(vrfs_, [](const Vrf& vrf) { return vrf.second.id == VrfId::invalid(); });
     }
     if (const auto* sources = patch.value()) {
-        for (const auto& [name, change] : *sources) {
+        for (const auto& [name, edit] : *sources) {
             Vrf& source = vrf(name);
-            if (change.isRemoval()) {
+            if (edit.isRemoval()) {
                 removeAllOf(source);
-            } else if (change.value() != nullptr) {
-                applyTo(source, *change.value());
+            } else if (edit.value() != nullptr) {
+                applyTo(source, *edit.value());
             }
             dropIfUnused(source);
         }
@@ -48,15 +48,15 @@ void LeakInputs<Prefix>::apply(const Change<LeakPatch<Prefix>>& patch) {
 template <typename Prefix>
 void LeakInputs<Prefix>::applyTo(Vrf& source, const MapPatch<Prefix, VrfSetPatch>& patch) {
     Leaks& leaks = source.second.to;
-    for (const auto& [prefix, change] : patch) {
-        if (change.isRemoval()) {
+    for (const auto& [prefix, edit] : patch) {
+        if (edit.isRemoval()) {
             auto end = leaks.lower_bound({prefix, nullptr});
             const auto begin = end;
             while (end != leaks.end() && end->prefix == prefix) {
                 ++end;
             }
             removeRange(source, begin, end);
-        } else if (const VrfSetPatch* destinations = change.value()) {
+        } else if (const VrfSetPatch* destinations = edit.value()) {
             for (const auto& [name, leak] : *destinations) {
                 const bool* leaked = leak.value();
                 if (leaked != nullptr && *leaked) {

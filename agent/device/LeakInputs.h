@@ -3,7 +3,7 @@
 #include <map>
 #include <set>
 
-#include "agent/document/DevicePatch.h"
+#include "agent/patch/DevicePatch.h"
 #include "platform/lanx/IpGenPrefix.h"
 #include "platform/routing/DirectNetLeakStatus.h"
 
@@ -21,7 +21,7 @@ class LeakInputs {
 
     explicit LeakInputs(Orb::Ptr<Routing::DirectNetLeakStatus> status);
 
-    void apply(const Change<LeakPatch<Prefix>>& patch);
+    void apply(const Edit<LeakPatch<Prefix>>& patch);
 
     /// A VRF that had no id has got one.
     void vrfIdIs(const L3::VrfName& name, VrfId id);

@@ -6,11 +6,11 @@ namespace {
 
 template <typename IntfStatus>
 void applyInterfaces(IntfStatus& virtualIp, const InterfaceSetPatch& patch) {
-    for (const auto& [intfId, change] : patch) {
-        const bool* carries = change.value();
+    for (const auto& [intfId, edit] : patch) {
+        const bool* carries = edit.value();
         if (carries != nullptr && *carries) {
             virtualIp.intfIdIs(intfId, true);
-        } else if (change.isGiven()) {
+        } else if (edit.isGiven()) {
             virtualIp.intfIdDel(intfId);
         }
     }
@@ -19,18 +19,18 @@ void applyInterfaces(IntfStatus& virtualIp, const InterfaceSetPatch& patch) {
 } // namespace
 
 template <typename Traits>
-void VirtualIpInputs<Traits>::apply(const Change<VirtualIpPatch<Address>>& patch) {
+void VirtualIpInputs<Traits>::apply(const Edit<VirtualIpPatch<Address>>& patch) {
     if (patch.isRemoval()) {
         while (!addresses_.empty()) {
             clear(L3::VrfName(addresses_.begin()->first));
         }
     }
     if (const auto* vrfs = patch.value()) {
-        for (const auto& [vrfName, change] : *vrfs) {
-            if (change.isRemoval()) {
+        for (const auto& [vrfName, edit] : *vrfs) {
+            if (edit.isRemoval()) {
                 clear(vrfName);
-            } else if (change.value() != nullptr) {
-                applyTo(vrfName, *change.value());
+            } else if (edit.value() != nullptr) {
+                applyTo(vrfName, *edit.value());
             }
         }
     }
@@ -48,16 +48,16 @@ void VirtualIpInputs<Traits>::clear(const L3::VrfName& vrfName) {
 template <typename Traits>
 void VirtualIpInputs<Traits>::applyTo(const L3::VrfName& vrfName,
                                       const MapPatch<Address, InterfaceSetPatch>& patch) {
-    for (const auto& [address, change] : patch) {
+    for (const auto& [address, edit] : patch) {
         // Looked up for each address: another patch may be applied from inside a notification.
-        if (change.isRemoval()) {
+        if (edit.isRemoval()) {
             addresses_[vrfName].erase(address);
             Traits::remove(*status_, Key(vrfName, address));
-        } else if (change.value() != nullptr) {
+        } else if (edit.value() != nullptr) {
             addresses_[vrfName].insert(address);
             const Orb::Ptr status(Traits::add(*status_, Key(vrfName, address)));
             if (status != nullptr) {
-                applyInterfaces(*status, *change.value());
+                applyInterfaces(*status, *edit.value());
             }
         }
     }

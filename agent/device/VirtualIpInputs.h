@@ -3,7 +3,7 @@
 #include <map>
 #include <set>
 
-#include "agent/document/DevicePatch.h"
+#include "agent/patch/DevicePatch.h"
 #include "platform/virtualip/VirtualIp6Status.h"
 #include "platform/virtualip/VirtualIpStatus.h"
 
@@ -35,7 +35,7 @@ class VirtualIpInputs {
 
     const Orb::Ptr<Status>& status() const { return status_; }
 
-    void apply(const Change<VirtualIpPatch<Address>>& patch);
+    void apply(const Edit<VirtualIpPatch<Address>>& patch);
 
   private:
     using Key = typename Traits::Key;

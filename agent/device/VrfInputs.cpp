@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "agent/document/Place.h"
+#include "agent/patch/DocumentPlace.h"
 
 namespace Agent {
 
@@ -22,19 +22,15 @@ const L3::VrfName* VrfInputs::name(VrfId id) const {
     return found == nameById_.end() ? nullptr : &found->second;
 }
 
-VrfInputs::Plan VrfInputs::plan(const Change<VrfsPatch>& patch) const {
+VrfInputs::Plan VrfInputs::plan(const Edit<VrfsPatch>& patch) const {
     Plan plan;
     if (patch.isRemoval()) {
         planRemovalOfAll(plan);
     }
     if (const VrfsPatch* members = patch.value()) {
-        for (const auto& [name, change] : *members) {
-            const VrfPatch* vrf = change.value();
-            if (vrf != nullptr || change.isRemoval()) {
-                planId(name, vrf == nullptr ? Change<VrfId>::removal() : vrf->id, plan);
-                planStatus(name, vrf == nullptr ? Change<VrfStatusPatch>::removal() : vrf->status,
-                           plan);
-            }
+        for (const auto& [name, edit] : *members) {
+            planId(name, edit, plan);
+            planStatus(name, memberOf<&VrfPatch::status>(edit), plan);
         }
     }
     checkIds(plan);
@@ -50,9 +46,9 @@ void VrfInputs::planRemovalOfAll(Plan& plan) const {
     }
 }
 
-void VrfInputs::planId(const L3::VrfName& name, const Change<VrfId>& change, Plan& plan) const {
+void VrfInputs::planId(const L3::VrfName& name, const Edit<VrfPatch>& edit, Plan& plan) const {
     const VrfId present = map().vrfId(name);
-    const VrfId wanted = change.after(present, VrfId::invalid());
+    const VrfId wanted = after<&VrfPatch::id>(edit, present);
     if (wanted == present) {
         return;
     }
@@ -64,21 +60,24 @@ void VrfInputs::planId(const L3::VrfName& name, const Change<VrfId>& change, Pla
     }
 }
 
-void VrfInputs::planStatus(const L3::VrfName& name, const Change<VrfStatusPatch>& change,
+void VrfInputs::planStatus(const L3::VrfName& name, const Edit<VrfStatusPatch>& edit,
                            Plan& plan) const {
     const Ip::VrfStatusLocal* present = statuses_->vrf(name);
-    if (change.isRemoval() && present != nullptr) {
+    if (edit.isRemoval() && present != nullptr) {
         plan.statusesThatGo.push_back(name);
     }
-    const VrfStatusPatch* patch = change.value();
+    const VrfStatusPatch* patch = edit.value();
     if (patch == nullptr) {
         return;
     }
-    const auto defaultNetns = Lanx::NamespaceName::defaultNamespace();
-    const bool active =
-        patch->active.after(present != nullptr && present->state() == VrfState::active, false);
-    const auto netns =
-        patch->netns.after(present == nullptr ? defaultNetns : present->netNs(), defaultNetns);
+    std::optional<bool> wasActive;
+    std::optional<Lanx::NamespaceName> formerNetns;
+    if (present != nullptr) {
+        wasActive = present->state() == VrfState::active;
+        formerNetns = present->netNs();
+    }
+    const bool active = after<&VrfStatusPatch::active>(*patch, wasActive);
+    const auto netns = after<&VrfStatusPatch::netns>(*patch, formerNetns);
     const VrfState state = active ? VrfState::active : VrfState::initializing;
     const bool sameNetns = present != nullptr && present->netNs() == netns;
     if (sameNetns && present->state() == state) {
@@ -102,11 +101,11 @@ void VrfInputs::checkIds(const Plan& plan) const {
         const auto [other, first] = coming.emplace(id.value(), &name);
         if (holder != nullptr || !first) {
             const L3::VrfName& taken = holder != nullptr ? *holder : *other->second;
-            const Place document;
-            const Place vrfs(document, "vrfs");
-            const Place vrf(vrfs, name.value());
-            Place(vrf, "id").refuse(std::to_string(id.value()) + " is the id of VRF "
-                                    + taken.value());
+            const DocumentPlace document;
+            const DocumentPlace vrfs(document, "vrfs");
+            const DocumentPlace vrf(vrfs, name.value());
+            DocumentPlace(vrf, "id").refuse(std::to_string(id.value()) + " is the id of VRF "
+                                            + taken.value());
         }
     }
 }

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "agent/document/DevicePatch.h"
+#include "agent/patch/DevicePatch.h"
 #include "platform/ip/AllVrfStatusLocal.h"
 #include "platform/ip/VrfStatusLocal.h"
 #include "platform/vrf/NameToIdMap.h"
@@ -45,16 +45,15 @@ class VrfInputs {
     const L3::VrfName* name(VrfId id) const;
 
     /// Throws DocumentError when two VRFs would have one id afterwards.
-    Plan plan(const Change<VrfsPatch>& patch) const;
+    Plan plan(const Edit<VrfsPatch>& patch) const;
 
     void withdraw(const Plan& plan);
     void publish(const Plan& plan);
 
   private:
     void planRemovalOfAll(Plan& plan) const;
-    void planId(const L3::VrfName& name, const Change<VrfId>& change, Plan& plan) const;
-    void planStatus(const L3::VrfName& name, const Change<VrfStatusPatch>& change,
-                    Plan& plan) const;
+    void planId(const L3::VrfName& name, const Edit<VrfPatch>& edit, Plan& plan) const;
+    void planStatus(const L3::VrfName& name, const Edit<VrfStatusPatch>& edit, Plan& plan) const;
     void checkIds(const Plan& plan) const;
 
     const Vrf::VrfIdMap::NameToIdMap& map() const { return *ids_->nameToIdMap(); }

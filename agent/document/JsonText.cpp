@@ -1,11 +1,12 @@
 #include "agent/document/JsonText.h"
 
+#include <nlohmann/json.hpp>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "agent/document/DocumentError.h"
-#include "agent/document/Place.h"
+#include "agent/patch/DocumentError.h"
+#include "agent/patch/DocumentPlace.h"
 
 namespace Agent {
 

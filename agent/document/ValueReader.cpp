@@ -2,19 +2,20 @@
 
 #include <cstdint>
 #include <limits>
+#include <nlohmann/json.hpp>
 
 namespace Agent {
 
 using Vrf::VrfIdMap::VrfId;
 
-const std::string& readString(const nlohmann::json& json, const Place& place) {
+const std::string& readString(const nlohmann::json& json, const DocumentPlace& place) {
     if (!json.is_string()) {
         place.refuse("must be a string");
     }
     return json.get_ref<const std::string&>();
 }
 
-void checkName(std::string_view name, const Place& place) {
+void checkName(std::string_view name, const DocumentPlace& place) {
     if (name.empty()) {
         place.refuse("must not be the empty name");
     }
@@ -23,14 +24,14 @@ void checkName(std::string_view name, const Place& place) {
     }
 }
 
-void readValue(const nlohmann::json& json, const Place& place, bool& value) {
+void readValue(const nlohmann::json& json, const DocumentPlace& place, bool& value) {
     if (!json.is_boolean()) {
         place.refuse("must be true or false");
     }
     value = json.get<bool>();
 }
 
-void readValue(const nlohmann::json& json, const Place& place, VrfId& value) {
+void readValue(const nlohmann::json& json, const DocumentPlace& place, VrfId& value) {
     constexpr std::uint64_t largest = std::numeric_limits<VrfId::Number>::max();
     if (!json.is_number_unsigned() || json.get<std::uint64_t>() > largest) {
         place.refuse("must be a whole number from 0 to " + std::to_string(largest));

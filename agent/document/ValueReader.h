@@ -1,11 +1,11 @@
 #pragma once
 
 #include <concepts>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
 
-#include "agent/document/Place.h"
+#include "agent/patch/DocumentPlace.h"
 #include "platform/lanx/IntfId.h"
 #include "platform/lanx/NamespaceName.h"
 #include "platform/orb/value/Error.h"
@@ -18,14 +18,14 @@ namespace Agent {
 /// DocumentError at `place`.
 
 /// The string of a JSON string.
-const std::string& readString(const nlohmann::json& json, const Place& place);
+const std::string& readString(const nlohmann::json& json, const DocumentPlace& place);
 
 /// Refuses what no name may be: nothing, or with a zero byte in it.
-void checkName(std::string_view name, const Place& place);
+void checkName(std::string_view name, const DocumentPlace& place);
 
 /// The names and addresses that a text stands for.
 template <typename T>
-T readText(std::string_view text, const Place& place) {
+T readText(std::string_view text, const DocumentPlace& place) {
     if constexpr (std::same_as<T, Lanx::IntfId> || std::same_as<T, Lanx::NamespaceName>
                   || std::same_as<T, L3::VrfName>) {
         checkName(text, place);
@@ -37,17 +37,17 @@ T readText(std::string_view text, const Place& place) {
     }
 }
 
-inline void readValue(const nlohmann::json& json, const Place& place, std::string& value) {
+inline void readValue(const nlohmann::json& json, const DocumentPlace& place, std::string& value) {
     value = readString(json, place);
 }
-void readValue(const nlohmann::json& json, const Place& place, bool& value);
-void readValue(const nlohmann::json& json, const Place& place, Vrf::VrfIdMap::VrfId& value);
+void readValue(const nlohmann::json& json, const DocumentPlace& place, bool& value);
+void readValue(const nlohmann::json& json, const DocumentPlace& place, Vrf::VrfIdMap::VrfId& value);
 
 template <typename T>
     requires requires(std::string_view text) {
         { T::fromString(text) } -> std::same_as<T>;
     }
-void readValue(const nlohmann::json& json, const Place& place, T& value) {
+void readValue(const nlohmann::json& json, const DocumentPlace& place, T& value) {
     value = readText<T>(readString(json, place), place);
 }
 

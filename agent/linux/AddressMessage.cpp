@@ -6,7 +6,6 @@
 #include <linux/rtnetlink.h>
 #include <netlink/attr.h>
 #include <netlink/msg.h>
-#include <sys/socket.h>
 
 namespace Agent::Linux {
 
@@ -19,60 +18,67 @@ std::array<nla_policy, IFA_FLAGS + 1> makePolicy() {
 }
 
 /// The address in `attribute`, if it is there and as long as the family's addresses are.
-std::optional<Address> addressOf(const nlattr* attribute, const ifaddrmsg& info) {
-    Address address;
-    address.family = info.ifa_family;
-    address.length = info.ifa_prefixlen;
-    if (!attribute || nla_len(attribute) != static_cast<int>(address.size())
-        || address.length > address.hostLength()) {
+template <typename Addr>
+std::optional<Lanx::AddrWithMask<Addr>> addressOf(const nlattr* attribute, const ifaddrmsg& info) {
+    constexpr int size = Addr::bits / 8;
+    if (!attribute || nla_len(attribute) != size || info.ifa_prefixlen > Addr::bits) {
         return std::nullopt;
     }
-    std::memcpy(address.bytes.data(), nla_data(attribute), address.size());
-    return address;
+    Lanx::AddressBytes bytes{};
+    std::memcpy(bytes.data(), nla_data(attribute), size);
+    return Lanx::AddrWithMask<Addr>(Addr(bytes), info.ifa_prefixlen);
 }
 
 } // namespace
 
-bool AddressMessage::isSecondary() const { return (flags & IFA_F_SECONDARY) != 0; }
-
-bool AddressMessage::isActive() const {
-    if ((flags & IFA_F_DADFAILED) != 0) {
-        return false;
-    }
-    return (flags & IFA_F_TENTATIVE) == 0 || (flags & IFA_F_OPTIMISTIC) != 0;
+template <typename Addr>
+bool AddressMessage<Addr>::isSecondary() const {
+    return (flags & IFA_F_SECONDARY) != 0;
 }
 
-std::optional<AddressMessage> AddressMessage::parse(const nlmsghdr& header) {
+template <typename Addr>
+std::optional<AddressMessage<Addr>> AddressMessage<Addr>::parse(const nlmsghdr& header) {
     if (header.nlmsg_type != RTM_NEWADDR && header.nlmsg_type != RTM_DELADDR) {
+        return std::nullopt;
+    }
+    // The library reads only, though it asks for a mutable header.
+    auto* message = const_cast<nlmsghdr*>(&header);
+    if (!nlmsg_valid_hdr(message, sizeof(ifaddrmsg))) {
+        return std::nullopt;
+    }
+    const auto* info = static_cast<const ifaddrmsg*>(nlmsg_data(message));
+    if (info->ifa_family != family || info->ifa_index == 0) {
         return std::nullopt;
     }
     static const auto policy = makePolicy();
     std::array<nlattr*, IFA_FLAGS + 1> attributes{};
-    // The library reads only, though it asks for a mutable header.
-    auto* message = const_cast<nlmsghdr*>(&header);
     if (nlmsg_parse(message, sizeof(ifaddrmsg), attributes.data(), IFA_FLAGS, policy.data()) < 0) {
         return std::nullopt;
     }
-    const auto* info = static_cast<const ifaddrmsg*>(nlmsg_data(message));
-    if (info->ifa_family != AF_INET && info->ifa_family != AF_INET6) {
+    const auto local = addressOf<Addr>(attributes[IFA_LOCAL], *info);
+    const auto remote = addressOf<Addr>(attributes[IFA_ADDRESS], *info);
+    if ((!local && !remote) || (local ? local : remote)->isZero()) {
         return std::nullopt;
     }
-    auto local = addressOf(attributes[IFA_LOCAL], *info);
-    auto remote = addressOf(attributes[IFA_ADDRESS], *info);
-    if ((!local && !remote) || info->ifa_index == 0) {
-        return std::nullopt;
-    }
-    AddressMessage address;
-    address.index = static_cast<int>(info->ifa_index);
-    address.local = local ? *local : *remote;
-    address.remote = remote ? *remote : *local;
-    address.scope = info->ifa_scope;
-    address.flags = attributes[IFA_FLAGS] ? nla_get_u32(attributes[IFA_FLAGS]) : info->ifa_flags;
-    address.removed = header.nlmsg_type == RTM_DELADDR;
-    if (address.local.isUnspecified()) {
-        return std::nullopt;
-    }
-    return address;
+    return AddressMessage{.index = static_cast<int>(info->ifa_index),
+                          .local = local ? *local : *remote,
+                          .remote = remote ? *remote : *local,
+                          .scope = info->ifa_scope,
+                          .flags = attributes[IFA_FLAGS] ? nla_get_u32(attributes[IFA_FLAGS])
+                                                         : info->ifa_flags,
+                          .removed = header.nlmsg_type == RTM_DELADDR};
 }
+
+Edit<Ipv6InterfacePatch::Value> documentEntry(const Ipv6AddressMessage& message) {
+    const bool isTentative =
+        (message.flags & IFA_F_TENTATIVE) != 0 && (message.flags & IFA_F_OPTIMISTIC) == 0;
+    if (isTentative || (message.flags & IFA_F_DADFAILED) != 0) {
+        return {};
+    }
+    return Edit<bool>::to(true);
+}
+
+template struct AddressMessage<Lanx::IpAddr>;
+template struct AddressMessage<Lanx::Ip6Addr>;
 
 } // namespace Agent::Linux

@@ -1,15 +1,21 @@
 #pragma once
 
-#include "agent/linux/Address.h"
-
 #include <cstdint>
 #include <linux/netlink.h>
 #include <optional>
+#include <sys/socket.h>
+
+#include "agent/patch/DevicePatch.h"
 
 namespace Agent::Linux {
 
-/// What the kernel says of one address of one link: that it is so, or that it is gone.
+/// What the kernel says of one address of one link: that it is so, or that it is gone. `Addr` is
+/// Lanx::IpAddr or Lanx::Ip6Addr.
+template <typename Addr>
 struct AddressMessage {
+    using Address = Lanx::AddrWithMask<Addr>;
+    static constexpr int family = Addr::af == Lanx::AddressFamily::ipv4 ? AF_INET : AF_INET6;
+
     int index = 0;
     /// The link's own address.
     Address local;
@@ -22,15 +28,22 @@ struct AddressMessage {
     bool removed = false;
 
     bool isSecondary() const;
-    /// False for an IPv6 address that may not be used: detection of duplicates has not passed (and
-    /// it is not used optimistically meanwhile), or has failed.
-    bool isActive() const;
     /// The address as the agent counts it: one with a peer stands for itself alone.
-    Address own() const { return local == remote ? local : local.host(); }
+    Address own() const { return local == remote ? local : Address(local.addr(), Addr::bits); }
 
-    /// Reads a message that lies whole in its buffer. Nothing if it is not about an IPv4 or IPv6
-    /// address, or is malformed.
+    /// Reads a message that lies whole in its buffer. Nothing if it is not about an address of the
+    /// family, or is malformed.
     static std::optional<AddressMessage> parse(const nlmsghdr& header);
 };
+
+extern template struct AddressMessage<Lanx::IpAddr>;
+extern template struct AddressMessage<Lanx::Ip6Addr>;
+
+using Ipv4AddressMessage = AddressMessage<Lanx::IpAddr>;
+using Ipv6AddressMessage = AddressMessage<Lanx::Ip6Addr>;
+
+/// What the document says of an address. Nothing if it may not be used: detection of duplicates has
+/// not passed (and it is not used optimistically meanwhile), or has failed.
+Edit<Ipv6InterfacePatch::Value> documentEntry(const Ipv6AddressMessage& message);
 
 } // namespace Agent::Linux

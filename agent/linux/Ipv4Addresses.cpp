@@ -7,18 +7,17 @@ namespace Agent::Linux {
 
 namespace {
 
-int breadthOf(const AddressMessage& message) {
+int breadthOf(const Ipv4AddressMessage& message) {
     return std::numeric_limits<std::uint8_t>::max() - message.scope;
 }
 
 } // namespace
 
 std::size_t Ipv4Addresses::KeyHash::operator()(const Key& key) const noexcept {
-    AddressHash hash;
-    return hash(key.local) * 31 + hash(key.remote);
+    return Orb::hashOf(key.remote, Orb::hashOf(key.local));
 }
 
-void Ipv4Addresses::append(const AddressMessage& message) {
+void Ipv4Addresses::append(const Ipv4AddressMessage& message) {
     // A listing that was disturbed may show an address twice; its first place counts.
     if (entries_.contains({message.local, message.remote})) {
         return;
@@ -32,7 +31,7 @@ void Ipv4Addresses::append(const AddressMessage& message) {
     insert(message, breadth);
 }
 
-bool Ipv4Addresses::add(const AddressMessage& message) {
+bool Ipv4Addresses::add(const Ipv4AddressMessage& message) {
     auto known = entries_.find({message.local, message.remote});
     if (known != entries_.end()) {
         return known->second.secondary == message.isSecondary()
@@ -45,25 +44,25 @@ bool Ipv4Addresses::add(const AddressMessage& message) {
     return true;
 }
 
-bool Ipv4Addresses::remove(const AddressMessage& message) {
+bool Ipv4Addresses::remove(const Ipv4AddressMessage& message) {
     auto known = entries_.find({message.local, message.remote});
     if (known == entries_.end()) {
         return false;
     }
-    Address subnet = message.remote.subnet();
+    const Lanx::IpPrefix subnet = message.remote.subnet();
     if (known->second.secondary) {
         release(secondariesIn_, subnet);
     } else if (secondariesIn_.contains(subnet)) {
         return false;
     } else {
-        primaries_.erase(known->second.place);
+        primaries_.erase(known->second.rank);
     }
     release(holders_, message.own());
     entries_.erase(known);
     return true;
 }
 
-std::optional<Address> Ipv4Addresses::primary() const {
+std::optional<Lanx::IpAddrWithMask> Ipv4Addresses::primary() const {
     if (primaries_.empty()) {
         return std::nullopt;
     }
@@ -74,20 +73,21 @@ bool Ipv4Addresses::isSecondary(const Address& own) const {
     return holders_.contains(own) && primary() != own;
 }
 
-void Ipv4Addresses::insert(const AddressMessage& message, int breadth) {
-    Place place{breadth, age_++};
+void Ipv4Addresses::insert(const Ipv4AddressMessage& message, int breadth) {
+    Rank rank{breadth, age_++};
     entries_.emplace(Key{message.local, message.remote},
-                     Entry{message.isSecondary(), message.scope, place});
+                     Entry{message.isSecondary(), message.scope, rank});
     ++holders_[message.own()];
     if (message.isSecondary()) {
         ++secondariesIn_[message.remote.subnet()];
     } else {
-        primaries_.emplace(place, message.own());
+        primaries_.emplace(rank, message.own());
     }
 }
 
-void Ipv4Addresses::release(Counts& counts, const Address& address) {
-    auto count = counts.find(address);
+template <typename T>
+void Ipv4Addresses::release(Counts<T>& counts, const T& counted) {
+    auto count = counts.find(counted);
     if (--count->second == 0) {
         counts.erase(count);
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "agent/linux/Address.h"
 #include "agent/linux/AddressMessage.h"
 
 #include <cstddef>
@@ -8,6 +7,8 @@
 #include <map>
 #include <optional>
 #include <unordered_map>
+
+#include "platform/orb/value/Hash.h"
 
 namespace Agent::Linux {
 
@@ -24,13 +25,15 @@ namespace Agent::Linux {
 /// addresses that differ in their peers only count as one.
 class Ipv4Addresses {
   public:
+    using Address = Lanx::IpAddrWithMask;
+
     /// Takes the next address of a listing, in the listing's order.
-    void append(const AddressMessage& message);
+    void append(const Ipv4AddressMessage& message);
 
     /// Applies an announced addition or change. False if it is doubtful; then nothing was changed.
-    [[nodiscard]] bool add(const AddressMessage& message);
+    [[nodiscard]] bool add(const Ipv4AddressMessage& message);
     /// Applies an announced removal. False if it is doubtful; then nothing was changed.
-    [[nodiscard]] bool remove(const AddressMessage& message);
+    [[nodiscard]] bool remove(const Ipv4AddressMessage& message);
 
     bool isEmpty() const { return holders_.empty(); }
     /// The address of the first primary.
@@ -57,27 +60,29 @@ class Ipv4Addresses {
         std::size_t operator()(const Key& key) const noexcept;
     };
     /// Where a primary stands among primaries: widening scope, then age.
-    struct Place {
+    struct Rank {
         int breadth;
         std::uint64_t age;
-        auto operator<=>(const Place&) const = default;
+        auto operator<=>(const Rank&) const = default;
     };
     struct Entry {
         bool secondary;
         std::uint8_t scope;
-        Place place;
+        Rank rank;
     };
-    using Counts = std::unordered_map<Address, std::size_t, AddressHash>;
+    template <typename T>
+    using Counts = std::unordered_map<T, std::size_t, Orb::HashFunction<T>>;
 
-    void insert(const AddressMessage& message, int breadth);
-    static void release(Counts& counts, const Address& address);
+    void insert(const Ipv4AddressMessage& message, int breadth);
+    template <typename T>
+    static void release(Counts<T>& counts, const T& counted);
 
     std::unordered_map<Key, Entry, KeyHash> entries_;
-    std::map<Place, Address> primaries_;
+    std::map<Rank, Address> primaries_;
     /// Own address -> entries that count as it.
-    Counts holders_;
+    Counts<Address> holders_;
     /// Subnet -> secondaries in it.
-    Counts secondariesIn_;
+    Counts<Lanx::IpPrefix> secondariesIn_;
     std::uint64_t age_ = 0;
     /// A listing's primaries did not stand by scope: no place can be told from a message.
     bool irregular_ = false;

@@ -2,25 +2,31 @@
 
 namespace Agent::Linux {
 
-void Ipv6Addresses::add(const AddressMessage& message) {
+void Ipv6Addresses::add(const Ipv6AddressMessage& message) {
     remove(message);
-    if (message.isActive()) {
-        owns_.emplace(message.local.host(), message.own());
-        active_.insert(message.own());
+    const Entry entry = documentEntry(message);
+    if (entry.isGiven()) {
+        owns_.emplace(message.local.addr(), message.own());
+        entries_.emplace(message.own(), entry);
     }
 }
 
-void Ipv6Addresses::remove(const AddressMessage& message) {
-    auto known = owns_.find(message.local.host());
+void Ipv6Addresses::remove(const Ipv6AddressMessage& message) {
+    auto known = owns_.find(message.local.addr());
     if (known != owns_.end()) {
-        active_.erase(known->second);
+        entries_.erase(known->second);
         owns_.erase(known);
     }
 }
 
-std::optional<Address> Ipv6Addresses::ownOf(const Address& local) const {
-    auto known = owns_.find(local.host());
-    return known == owns_.end() ? std::nullopt : std::optional<Address>(known->second);
+std::optional<Lanx::Ip6AddrWithMask> Ipv6Addresses::ownOf(const Lanx::Ip6Addr& local) const {
+    auto known = owns_.find(local);
+    return known == owns_.end() ? std::nullopt : std::optional(known->second);
+}
+
+Ipv6Addresses::Entry Ipv6Addresses::entry(const Address& own) const {
+    const auto known = entries_.find(own);
+    return known == entries_.end() ? Entry() : known->second;
 }
 
 } // namespace Agent::Linux

@@ -1,38 +1,42 @@
 #pragma once
 
-#include "agent/linux/Address.h"
 #include "agent/linux/AddressMessage.h"
 
 #include <optional>
 #include <unordered_map>
-#include <unordered_set>
+
+#include "platform/orb/value/Hash.h"
 
 namespace Agent::Linux {
 
 /// The IPv6 addresses of one link. The kernel has an address once a link, whatever its length. An
-/// address that may not be used yet, or no more, is not counted as there.
+/// address of which the document says nothing is not counted as there.
 class Ipv6Addresses {
   public:
-    void add(const AddressMessage& message);
-    void remove(const AddressMessage& message);
+    using Address = Lanx::Ip6AddrWithMask;
+    using Entry = Edit<Ipv6InterfacePatch::Value>;
 
-    bool isEmpty() const { return active_.empty(); }
-    /// How the usable address `local` is counted, whatever length `local` has.
-    std::optional<Address> ownOf(const Address& local) const;
-    bool contains(const Address& own) const { return active_.contains(own); }
+    void add(const Ipv6AddressMessage& message);
+    void remove(const Ipv6AddressMessage& message);
 
-    /// Calls `visit` with every usable address, in no particular order.
+    bool isEmpty() const { return entries_.empty(); }
+    /// How the address `local` is counted.
+    std::optional<Address> ownOf(const Lanx::Ip6Addr& local) const;
+    /// What the document says of the address.
+    Entry entry(const Address& own) const;
+
+    /// Calls `visit` with every address, in no particular order.
     template <class Visit>
     void forEach(Visit&& visit) const {
-        for (const auto& address : active_) {
-            visit(address);
+        for (const auto& entry : entries_) {
+            visit(entry.first);
         }
     }
 
   private:
-    /// Local address as a host prefix -> the address as it is counted.
-    std::unordered_map<Address, Address, AddressHash> owns_;
-    std::unordered_set<Address, AddressHash> active_;
+    /// Local address -> the address as it is counted.
+    std::unordered_map<Lanx::Ip6Addr, Address, Orb::HashFunction<Lanx::Ip6Addr>> owns_;
+    std::unordered_map<Address, Entry, Orb::HashFunction<Address>> entries_;
 };
 
 } // namespace Agent::Linux

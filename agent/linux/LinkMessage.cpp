@@ -24,17 +24,24 @@ std::array<nla_policy, IFLA_MASTER + 1> makePolicy() {
     return policy;
 }
 
-std::string nameOf(nlattr* attribute) {
+Lanx::IntfId nameOf(nlattr* attribute) {
     auto length = static_cast<std::size_t>(nla_len(attribute));
     const auto* text = static_cast<const char*>(nla_data(attribute));
-    return documentName({text, ::strnlen(text, length)});
+    return Lanx::IntfId(documentName({text, ::strnlen(text, length)}));
 }
 
 } // namespace
 
-bool LinkMessage::isRunning() const { return (flags & IFF_UP) != 0 && (flags & IFF_RUNNING) != 0; }
-
 bool LinkMessage::fitsIpv6() const { return mtu >= leastIpv6Mtu; }
+
+KernelDevicePatch LinkMessage::device() const {
+    // Packets pass while the link is administratively up and has carrier.
+    const bool running = (flags & IFF_UP) != 0 && (flags & IFF_RUNNING) != 0;
+    KernelDevicePatch device;
+    device.device.make() = name.name();
+    device.running.make() = running;
+    return device;
+}
 
 std::optional<LinkMessage> LinkMessage::parse(const nlmsghdr& header) {
     if (header.nlmsg_type != RTM_NEWLINK && header.nlmsg_type != RTM_DELLINK) {
@@ -52,22 +59,20 @@ std::optional<LinkMessage> LinkMessage::parse(const nlmsghdr& header) {
     if (info->ifi_family != AF_UNSPEC || info->ifi_index <= 0 || !attributes[IFLA_IFNAME]) {
         return std::nullopt;
     }
-    LinkMessage link;
-    link.index = info->ifi_index;
-    link.name = nameOf(attributes[IFLA_IFNAME]);
-    link.flags = info->ifi_flags;
-    link.changed = info->ifi_change;
-    if (attributes[IFLA_MASTER]) {
-        link.master = static_cast<int>(nla_get_u32(attributes[IFLA_MASTER]));
-    }
-    if (attributes[IFLA_MTU]) {
-        link.mtu = nla_get_u32(attributes[IFLA_MTU]);
-    }
-    link.removed = header.nlmsg_type == RTM_DELLINK;
-    if (link.name.empty()) {
+    const Lanx::IntfId name = nameOf(attributes[IFLA_IFNAME]);
+    if (!name) {
         return std::nullopt;
     }
-    return link;
+    const auto number = [&](int type) {
+        return attributes[type] ? nla_get_u32(attributes[type]) : 0;
+    };
+    return LinkMessage{.index = info->ifi_index,
+                       .name = name,
+                       .flags = info->ifi_flags,
+                       .changed = info->ifi_change,
+                       .master = static_cast<int>(number(IFLA_MASTER)),
+                       .mtu = number(IFLA_MTU),
+                       .removed = header.nlmsg_type == RTM_DELLINK};
 }
 
 } // namespace Agent::Linux

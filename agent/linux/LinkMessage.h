@@ -3,15 +3,19 @@
 #include <cstdint>
 #include <linux/netlink.h>
 #include <optional>
-#include <string>
+#include <sys/socket.h>
+
+#include "agent/patch/DevicePatch.h"
 
 namespace Agent::Linux {
 
 /// What the kernel says of one link: that it is so, or that it is gone.
 struct LinkMessage {
+    static constexpr int family = AF_UNSPEC;
+
     int index = 0;
     /// Never empty; fit for a document (see documentName).
-    std::string name;
+    Lanx::IntfId name;
     /// IFF_* bits now set.
     std::uint32_t flags = 0;
     /// IFF_* bits that the announced change touched; 0 in a listing, all ones for a new link.
@@ -24,8 +28,8 @@ struct LinkMessage {
 
     /// Whether packets are large enough for IPv6. If not, the kernel has no IPv6 on the link.
     bool fitsIpv6() const;
-    /// Whether packets pass: administratively up and with carrier.
-    bool isRunning() const;
+    /// What the document says of the link.
+    KernelDevicePatch device() const;
 
     /// Reads a message that lies whole in its buffer. Nothing if it is not about a link itself (a
     /// bridge tells of its ports in messages of the same type) or is malformed.

@@ -13,7 +13,8 @@ struct LinkModel {
     Ipv6Addresses ipv6;
 
     /// Takes the next address of a listing, in the listing's order.
-    void append(const AddressMessage& message);
+    void append(const Ipv4AddressMessage& message) { ipv4.append(message); }
+    void append(const Ipv6AddressMessage& message) { ipv6.add(message); }
 };
 
 } // namespace Agent::Linux

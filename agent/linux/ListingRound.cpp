@@ -1,6 +1,5 @@
 #include "agent/linux/ListingRound.h"
 
-#include <algorithm>
 #include <sys/socket.h>
 #include <utility>
 
@@ -15,29 +14,29 @@ constexpr int attempts = 3;
 ListingRound::ListingRound(RouteNetlink& netlink, LinkSet links, bool ipv4, bool ipv6)
     : netlink_(netlink), links_(std::move(links)) {
     if (links_.isAll()) {
-        addListings(0, ipv4, ipv6);
+        addRequests(0, ipv4, ipv6);
     }
     for (int index : links_.indexes()) {
-        addListings(index, ipv4, ipv6);
+        addRequests(index, ipv4, ipv6);
     }
 }
 
-void ListingRound::addListings(int index, bool ipv4, bool ipv6) {
+void ListingRound::addRequests(int index, bool ipv4, bool ipv6) {
     // The link comes first: its listing waits until the change that was just announced is through,
     // while addresses are listed even in the midst of one.
-    listings_.push_back({AF_UNSPEC, index});
+    requests_.push_back({AF_UNSPEC, index});
     if (ipv4) {
-        listings_.push_back({AF_INET, index});
+        requests_.push_back({AF_INET, index});
     }
     if (ipv6) {
-        listings_.push_back({AF_INET6, index});
+        requests_.push_back({AF_INET6, index});
     }
 }
 
 ListingRound::State ListingRound::advance() {
     if (!begun_) {
         listed_.clear();
-        begun_ = netlink_.beginListing(listings_[current_]);
+        begun_ = netlink_.beginListing(requests_[current_]);
         return begun_ ? State::Running : repeatOr(State::Failed);
     }
     switch (netlink_.readListing(listed_)) {
@@ -71,30 +70,23 @@ ListingRound::State ListingRound::next() {
     begun_ = false;
     attempt_ = 0;
     ++current_;
-    return current_ == listings_.size() ? State::Done : State::Running;
+    return current_ == requests_.size() ? State::Done : State::Running;
 }
 
 void ListingRound::keepListed() {
-    for (RouteMessage& message : listed_) {
-        if (auto* link = std::get_if<LinkMessage>(&message)) {
-            listedLinks_.push_back(std::move(*link));
-        } else {
-            listedAddresses_.push_back(std::get<AddressMessage>(message));
-        }
+    for (const RouteMessage& message : listed_) {
+        std::visit([this](const auto& known) { kept_.add(known); }, message);
     }
     listed_.clear();
 }
 
 void ListingRound::applyTo(NamespaceView& view) const {
     if (links_.isAll()) {
-        view.replaceAll(listedLinks_, listedAddresses_);
+        view.replaceAll(kept_);
         return;
     }
     for (int index : links_.indexes()) {
-        auto link = std::find_if(listedLinks_.begin(), listedLinks_.end(),
-                                 [&](const LinkMessage& listed) { return listed.index == index; });
-        view.replaceOne(index, link == listedLinks_.end() ? std::nullopt : std::optional(*link),
-                        listedAddresses_);
+        view.replaceOne(index, kept_);
     }
 }
 

@@ -35,21 +35,20 @@ class ListingRound {
     void applyTo(NamespaceView& view) const;
 
   private:
-    void addListings(int index, bool ipv4, bool ipv6);
+    void addRequests(int index, bool ipv4, bool ipv6);
     void keepListed();
     State repeatOr(State end);
     State next();
 
     RouteNetlink& netlink_;
     LinkSet links_;
-    std::vector<RouteNetlink::Listing> listings_;
+    std::vector<RouteNetlink::ListingRequest> requests_;
     std::size_t current_ = 0;
     bool begun_ = false;
     int attempt_ = 0;
     bool clean_ = true;
     std::vector<RouteMessage> listed_;
-    std::vector<LinkMessage> listedLinks_;
-    std::vector<AddressMessage> listedAddresses_;
+    ListedLinks kept_;
 };
 
 } // namespace Agent::Linux

@@ -62,8 +62,8 @@ bool NamespaceMonitor::isSettled() const {
     return synchronised_ && !round_ && marked_.isEmpty() && recent_.isEmpty() && !overrun_;
 }
 
-nlohmann::json NamespaceMonitor::withdraw() {
-    view_.replaceAll({}, {});
+DevicePatch NamespaceMonitor::withdraw() {
+    view_.replaceAll({});
     return view_.takePatch();
 }
 

@@ -6,7 +6,6 @@
 #include "agent/linux/NamespaceView.h"
 #include "agent/linux/RouteNetlink.h"
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,9 +30,9 @@ class NamespaceMonitor {
   public:
     struct Options {
         /// The namespace's key in the document's "kernel" section.
-        std::string netns = "default";
+        Lanx::NamespaceName netns = Lanx::NamespaceName::defaultNamespace();
         /// The key of its addresses in the sections "ipv4" and "ipv6".
-        std::string vrf = "default";
+        L3::VrfName vrf = L3::VrfName::defaultVrf();
         RouteNetlink::Options netlink;
         MonotonicClock clock = steadySeconds;
     };
@@ -61,12 +60,12 @@ class NamespaceMonitor {
     /// Why the last round failed; empty if it did not. A round that failed is repeated.
     const std::string& failure() const { return failure_; }
 
-    /// The merge patch on the device document since the last one taken; an empty object if nothing
+    /// The merge patch on the device document since the last one taken; an empty one if nothing
     /// has changed.
-    nlohmann::json takePatch() { return view_.takePatch(); }
+    DevicePatch takePatch() { return view_.takePatch(); }
     /// The merge patch that takes everything told back. For a namespace that has gone; the monitor
     /// is of no further use.
-    nlohmann::json withdraw();
+    DevicePatch withdraw();
 
   private:
     bool readAnnouncements();

@@ -1,5 +1,6 @@
 #include "agent/linux/NamespaceView.h"
 
+#include <algorithm>
 #include <linux/if.h>
 #include <utility>
 
@@ -18,7 +19,7 @@ bool leavesIpv6InDoubt(const LinkMessage& before, const LinkMessage& now) {
 
 } // namespace
 
-NamespaceView::NamespaceView(std::string netns, std::string vrf)
+NamespaceView::NamespaceView(Lanx::NamespaceName netns, L3::VrfName vrf)
     : netns_(std::move(netns)), vrf_(std::move(vrf)) {}
 
 bool NamespaceView::apply(const LinkMessage& message) {
@@ -43,91 +44,109 @@ bool NamespaceView::apply(const LinkMessage& message) {
     if (renamed) {
         claimName(model);
     } else {
-        changes_[message.name];
+        touched_[message.name];
     }
     return certain;
 }
 
-bool NamespaceView::apply(const AddressMessage& message) {
-    auto known = links_.find(message.index);
-    if (known == links_.end()) {
+bool NamespaceView::apply(const Ipv4AddressMessage& message) {
+    LinkModel* const model = find(message.index);
+    if (model == nullptr) {
         return false;
     }
-    LinkModel& model = known->second;
-    auto& touched = changes_[model.link.name].addresses;
-    if (message.local.family == AF_INET) {
-        touched.push_back(message.own());
-        return message.removed ? model.ipv4.remove(message) : model.ipv4.add(message);
+    touched_[model->link.name].ipv4.push_back(message.own());
+    return message.removed ? model->ipv4.remove(message) : model->ipv4.add(message);
+}
+
+bool NamespaceView::apply(const Ipv6AddressMessage& message) {
+    LinkModel* const model = find(message.index);
+    if (model == nullptr) {
+        return false;
     }
+    auto& touched = touched_[model->link.name].ipv6;
     // An address may come back with another length or peer, and takes its old form along.
-    if (auto before = model.ipv6.ownOf(message.local)) {
+    if (const auto before = model->ipv6.ownOf(message.local.addr())) {
         touched.push_back(*before);
     }
     touched.push_back(message.own());
     if (message.removed) {
-        model.ipv6.remove(message);
+        model->ipv6.remove(message);
     } else {
-        model.ipv6.add(message);
+        model->ipv6.add(message);
     }
     return true;
 }
 
-void NamespaceView::replaceAll(const std::vector<LinkMessage>& links,
-                               const std::vector<AddressMessage>& addresses) {
+void NamespaceView::replaceAll(const ListedLinks& listed) {
     for (const auto& owner : owners_) {
         touchWhole(owner.first);
     }
     owners_.clear();
     links_.clear();
-    for (const LinkMessage& link : links) {
+    for (const LinkMessage& link : listed.links) {
         LinkModel& model = links_[link.index];
         model.link = link;
         claimName(model);
     }
-    for (const AddressMessage& address : addresses) {
-        auto known = links_.find(address.index);
-        if (known != links_.end()) {
-            known->second.append(address);
+    const auto append = [this](const auto& address) {
+        if (LinkModel* const model = find(address.index)) {
+            model->append(address);
         }
-    }
+    };
+    std::for_each(listed.ipv4.begin(), listed.ipv4.end(), append);
+    std::for_each(listed.ipv6.begin(), listed.ipv6.end(), append);
 }
 
-void NamespaceView::replaceOne(int index, const std::optional<LinkMessage>& link,
-                               const std::vector<AddressMessage>& addresses) {
+void NamespaceView::replaceOne(int index, const ListedLinks& listed) {
     erase(index);
-    if (!link) {
+    const auto isOfLink = [index](const auto& message) { return message.index == index; };
+    const auto link = std::find_if(listed.links.begin(), listed.links.end(), isOfLink);
+    if (link == listed.links.end()) {
         return;
     }
     LinkModel& model = links_[index];
     model.link = *link;
-    for (const AddressMessage& address : addresses) {
-        if (address.index == index) {
+    const auto appendIfOfLink = [&](const auto& address) {
+        if (isOfLink(address)) {
             model.append(address);
         }
-    }
+    };
+    std::for_each(listed.ipv4.begin(), listed.ipv4.end(), appendIfOfLink);
+    std::for_each(listed.ipv6.begin(), listed.ipv6.end(), appendIfOfLink);
     claimName(model);
 }
 
-nlohmann::json NamespaceView::takePatch() {
-    auto patch = nlohmann::json::object();
-    for (auto& [name, changes] : changes_) {
-        auto owner = owners_.find(name);
+DevicePatch NamespaceView::takePatch() {
+    MapPatch<Lanx::IntfId, KernelDevicePatch> kernel;
+    MapPatch<Lanx::IntfId, Ipv4InterfacePatch> ipv4;
+    MapPatch<Lanx::IntfId, Ipv6InterfacePatch> ipv6;
+    const auto append = [](auto& section, Lanx::IntfId name, auto& entry) {
+        if (entry.isGiven()) {
+            section.append(name) = std::move(entry);
+        }
+    };
+    for (auto& [name, touched] : touched_) {
+        const auto owner = owners_.find(name);
         const LinkModel* model = owner == owners_.end() ? nullptr : &links_.at(owner->second);
-        auto patches = published_[name].publish(name, model, std::move(changes));
-        if (patches.kernel) {
-            patch["kernel"][netns_][name] = std::move(*patches.kernel);
-        }
-        if (patches.ipv4) {
-            patch["ipv4"][vrf_][name] = std::move(*patches.ipv4);
-        }
-        if (patches.ipv6) {
-            patch["ipv6"][vrf_][name] = std::move(*patches.ipv6);
-        }
+        auto entries = published_[name].publish(model, std::move(touched));
+        append(kernel, name, entries.kernel);
+        append(ipv4, name, entries.ipv4);
+        append(ipv6, name, entries.ipv6);
         if (!model) {
             published_.erase(name);
         }
     }
-    changes_.clear();
+    touched_.clear();
+    DevicePatch patch;
+    const auto place = [](auto& section, const auto& key, auto& interfaces) {
+        if (!interfaces.empty()) {
+            interfaces.sort();
+            section.make()[key].make() = std::move(interfaces);
+        }
+    };
+    place(patch.kernel, netns_, kernel);
+    place(patch.ipv4, vrf_, ipv4);
+    place(patch.ipv6, vrf_, ipv6);
     return patch;
 }
 
@@ -150,6 +169,11 @@ void NamespaceView::erase(int index) {
         releaseName(known->second);
         links_.erase(known);
     }
+}
+
+LinkModel* NamespaceView::find(int index) {
+    const auto known = links_.find(index);
+    return known == links_.end() ? nullptr : &known->second;
 }
 
 } // namespace Agent::Linux

@@ -1,15 +1,11 @@
 #pragma once
 
-#include "agent/linux/AddressMessage.h"
-#include "agent/linux/LinkMessage.h"
+#include <unordered_map>
+
 #include "agent/linux/LinkModel.h"
 #include "agent/linux/PublishedInterface.h"
-
-#include <nlohmann/json.hpp>
-#include <optional>
-#include <string>
-#include <unordered_map>
-#include <vector>
+#include "agent/linux/RouteMessage.h"
+#include "agent/patch/DevicePatch.h"
 
 namespace Agent::Linux {
 
@@ -26,38 +22,42 @@ class NamespaceView {
   public:
     /// `netns` is the namespace's key in the document's "kernel" section, `vrf` the key of its
     /// addresses in "ipv4" and "ipv6".
-    NamespaceView(std::string netns, std::string vrf);
+    NamespaceView(Lanx::NamespaceName netns, L3::VrfName vrf);
 
     /// Applies an announced change. False if only a listing of the link can tell what is now so.
     /// A link message is always applied, but may leave the link's IPv6 addresses in doubt.
     [[nodiscard]] bool apply(const LinkMessage& message);
-    [[nodiscard]] bool apply(const AddressMessage& message);
+    [[nodiscard]] bool apply(const Ipv4AddressMessage& message);
+    [[nodiscard]] bool apply(const Ipv6AddressMessage& message);
 
-    /// Makes the view what a listing of the namespace shows. `addresses` stand in the kernel's
-    /// order; those of links that are not listed are left out.
-    void replaceAll(const std::vector<LinkMessage>& links,
-                    const std::vector<AddressMessage>& addresses);
-    /// Makes one link what a listing of it shows; no `link` if it is gone.
-    void replaceOne(int index, const std::optional<LinkMessage>& link,
-                    const std::vector<AddressMessage>& addresses);
+    /// Makes the view what a listing of the namespace shows. Addresses of links that are not listed
+    /// are left out.
+    void replaceAll(const ListedLinks& listed);
+    /// Makes one link what a listing of it shows; it is gone if it is not listed.
+    void replaceOne(int index, const ListedLinks& listed);
 
     /// The merge patch that brings the device document from what the last patch left to what the
-    /// view now means; an empty object if nothing differs. Costs what has changed since.
-    nlohmann::json takePatch();
+    /// view now means; an empty one if nothing differs. Costs what has changed since.
+    DevicePatch takePatch();
 
   private:
+    /// By the name of an interface.
+    template <typename T>
+    using ByName = std::unordered_map<Lanx::IntfId, T, Orb::HashFunction<Lanx::IntfId>>;
+
+    LinkModel* find(int index);
     void claimName(const LinkModel& model);
     void releaseName(const LinkModel& model);
     void erase(int index);
-    void touchWhole(const std::string& name) { changes_[name].whole = true; }
+    void touchWhole(Lanx::IntfId name) { touched_[name].whole = true; }
 
-    std::string netns_;
-    std::string vrf_;
+    Lanx::NamespaceName netns_;
+    L3::VrfName vrf_;
     std::unordered_map<int, LinkModel> links_;
     /// Name -> index of the link that claimed it last.
-    std::unordered_map<std::string, int> owners_;
-    std::unordered_map<std::string, PublishedInterface> published_;
-    std::unordered_map<std::string, PublishedInterface::Changes> changes_;
+    ByName<int> owners_;
+    ByName<PublishedInterface> published_;
+    ByName<PublishedInterface::Touched> touched_;
 };
 
 } // namespace Agent::Linux

@@ -99,13 +99,13 @@ void NamespaceWatch::look(const std::string& name) {
     }
     if (identity) {
         known_.emplace(name, *identity);
-        changes_.push_back({name, true});
+        events_.push_back({name, true});
     }
 }
 
 void NamespaceWatch::vanish(const std::string& name) {
     if (known_.erase(name) != 0) {
-        changes_.push_back({name, false});
+        events_.push_back({name, false});
     }
 }
 

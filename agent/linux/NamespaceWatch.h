@@ -22,12 +22,13 @@ namespace Agent::Linux {
 /// One agent thread, no locks.
 class NamespaceWatch {
   public:
-    struct Change {
+    /// A namespace has come or gone.
+    struct Event {
         std::string name;
         bool appeared = false;
     };
 
-    /// The namespaces that are there already are the first changes. Throws SystemError if files or
+    /// The namespaces that are there already are the first events. Throws SystemError if files or
     /// mounts cannot be watched.
     explicit NamespaceWatch(std::set<std::string> names);
 
@@ -37,7 +38,7 @@ class NamespaceWatch {
     void onReadable();
 
     /// What has come and gone since the last call, in that order.
-    std::vector<Change> takeChanges() { return std::exchange(changes_, {}); }
+    std::vector<Event> takeEvents() { return std::exchange(events_, {}); }
 
   private:
     void watchFolder();
@@ -52,7 +53,7 @@ class NamespaceWatch {
     FileDescriptor poll_;
     int folderWatch_ = -1;
     std::map<std::string, NetworkNamespace::Identity> known_;
-    std::vector<Change> changes_;
+    std::vector<Event> events_;
 };
 
 } // namespace Agent::Linux

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "agent/linux/Address.h"
-#include "agent/linux/LinkModel.h"
-
-#include <nlohmann/json.hpp>
 #include <optional>
-#include <unordered_set>
+#include <unordered_map>
 #include <vector>
+
+#include "agent/linux/LinkModel.h"
+#include "agent/patch/DevicePatch.h"
+#include "platform/orb/value/Hash.h"
 
 namespace Agent::Linux {
 
@@ -14,34 +14,40 @@ namespace Agent::Linux {
 /// means and tells the difference, so that the document is always the one a fresh start would give.
 class PublishedInterface {
   public:
+    using Ipv4 = Lanx::IpAddrWithMask;
+    using Ipv6 = Lanx::Ip6AddrWithMask;
+
     /// What may differ from the document.
-    struct Changes {
-        /// Everything; `addresses` does not matter then.
+    struct Touched {
+        /// Everything, whatever addresses stand here.
         bool whole = false;
-        std::vector<Address> addresses;
+        std::vector<Ipv4> ipv4;
+        std::vector<Ipv6> ipv6;
     };
-    /// Merge patches for the interface's entry in the section of that name; none if it stays.
-    struct Patches {
-        std::optional<nlohmann::json> kernel;
-        std::optional<nlohmann::json> ipv4;
-        std::optional<nlohmann::json> ipv6;
+    /// What is to change in the interface's entry in the section of that name.
+    struct Entries {
+        Edit<KernelDevicePatch> kernel;
+        Edit<Ipv4InterfacePatch> ipv4;
+        Edit<Ipv6InterfacePatch> ipv6;
     };
 
-    /// `model` is the link that now has the name `name`, null if none has. Costs as much as
-    /// `changes` names, or the addresses of both sides if that is everything.
-    Patches publish(const std::string& name, const LinkModel* model, Changes changes);
+    /// `model` is the link that now has the name, null if none has. Costs as much as `touched`
+    /// names, or the addresses of both sides if that is everything.
+    Entries publish(const LinkModel* model, Touched touched);
 
   private:
-    std::optional<nlohmann::json> publishKernel(const std::string& name, const LinkModel* model);
-    std::optional<nlohmann::json> publishIpv4(const LinkModel* model, std::vector<Address> changed);
-    std::optional<nlohmann::json> publishIpv6(const LinkModel* model,
-                                              const std::vector<Address>& changed);
+    /// What the document says of addresses.
+    template <typename Address, typename Value>
+    using Said = std::unordered_map<Address, Edit<Value>, Orb::HashFunction<Address>>;
 
-    /// Not set while the kernel section lacks the interface.
-    std::optional<bool> running_;
-    std::optional<Address> primary_;
-    std::unordered_set<Address, AddressHash> secondaries_;
-    std::unordered_set<Address, AddressHash> ipv6_;
+    Edit<KernelDevicePatch> publishKernel(const LinkModel* model);
+    Edit<Ipv4InterfacePatch> publishIpv4(const LinkModel* model, std::vector<Ipv4> touched);
+    Edit<Ipv6InterfacePatch> publishIpv6(const LinkModel* model, const std::vector<Ipv6>& touched);
+
+    Edit<KernelDevicePatch> kernel_;
+    std::optional<Ipv4> primary_;
+    Said<Ipv4, Ipv4InterfacePatch::Secondaries::Value> secondaries_;
+    Said<Ipv6, Ipv6InterfacePatch::Value> ipv6_;
 };
 
 } // namespace Agent::Linux

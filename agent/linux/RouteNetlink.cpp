@@ -55,16 +55,6 @@ int errorOf(const nlmsghdr& header) {
     return error < 0 ? -error : 0;
 }
 
-std::optional<RouteMessage> parse(const nlmsghdr& header) {
-    if (auto link = LinkMessage::parse(header)) {
-        return *link;
-    }
-    if (auto address = AddressMessage::parse(header)) {
-        return *address;
-    }
-    return std::nullopt;
-}
-
 } // namespace
 
 RouteNetlink::RouteNetlink(const Options& options)
@@ -96,7 +86,7 @@ RouteNetlink::Announcements RouteNetlink::readAnnouncements(std::vector<RouteMes
             return Announcements::Lost;
         case NetlinkSocket::Reading::Data:
             announcements_->forEachMessage([&](const nlmsghdr& header) {
-                if (auto message = parse(header)) {
+                if (auto message = parseRouteMessage(header)) {
                     messages.push_back(std::move(*message));
                 }
             });
@@ -105,26 +95,26 @@ RouteNetlink::Announcements RouteNetlink::readAnnouncements(std::vector<RouteMes
     return Announcements::More;
 }
 
-bool RouteNetlink::beginListing(const Listing& listing) {
+bool RouteNetlink::beginListing(const ListingRequest& request) {
     // After a failure the kernel may hold an unfinished listing that nothing would ever end.
     if (!listings_ && !reopenListingSocket()) {
         return false;
     }
-    listing_ = listing;
+    request_ = request;
     ++sequence_;
     interrupted_ = false;
     lost_ = false;
     bool sent = false;
-    if (listing.family == AF_UNSPEC) {
-        LinkRequest request;
-        request.info.ifi_index = listing.index;
-        int flags = listing.index == 0 ? NLM_F_DUMP : NLM_F_ACK;
-        sent = sendRequest(*listings_, request, RTM_GETLINK, flags, sequence_);
+    if (request.family == AF_UNSPEC) {
+        LinkRequest message;
+        message.info.ifi_index = request.index;
+        int flags = request.index == 0 ? NLM_F_DUMP : NLM_F_ACK;
+        sent = sendRequest(*listings_, message, RTM_GETLINK, flags, sequence_);
     } else {
-        AddressRequest request;
-        request.info.ifa_family = static_cast<std::uint8_t>(listing.family);
-        request.info.ifa_index = static_cast<std::uint32_t>(listing.index);
-        sent = sendRequest(*listings_, request, RTM_GETADDR, NLM_F_DUMP, sequence_);
+        AddressRequest message;
+        message.info.ifa_family = static_cast<std::uint8_t>(request.family);
+        message.info.ifa_index = static_cast<std::uint32_t>(request.index);
+        sent = sendRequest(*listings_, message, RTM_GETADDR, NLM_F_DUMP, sequence_);
     }
     if (!sent) {
         fail(SystemError("cannot ask for links and addresses", errno).what());
@@ -194,13 +184,13 @@ RouteNetlink::takeListed(const nlmsghdr& header, std::vector<RouteMessage>& mess
     if (header.nlmsg_type == NLMSG_DONE || header.nlmsg_type == NLMSG_ERROR) {
         return finish(errorOf(header));
     }
-    auto message = parse(header);
+    auto message = parseRouteMessage(header);
     if (!message) {
         return std::nullopt;
     }
     // A family the kernel lacks is answered with the addresses of all others.
-    const auto* address = std::get_if<AddressMessage>(&*message);
-    if ((address ? address->local.family : AF_UNSPEC) == listing_.family) {
+    const int family = std::visit([](const auto& known) { return known.family; }, *message);
+    if (family == request_.family) {
         messages.push_back(std::move(*message));
     }
     return std::nullopt;

@@ -29,7 +29,7 @@ class RouteNetlink {
 
     /// What to list: links if `family` is AF_UNSPEC, else that family's addresses; of every link or
     /// of the one of index `index`.
-    struct Listing {
+    struct ListingRequest {
         int family = 0;
         int index = 0;
     };
@@ -70,7 +70,7 @@ class RouteNetlink {
     Announcements readAnnouncements(std::vector<RouteMessage>& messages, std::size_t limit);
 
     /// Begins a listing. Returns whether the kernel took the request.
-    bool beginListing(const Listing& listing);
+    bool beginListing(const ListingRequest& request);
     /// Reads one part of the listing and appends what it holds to `messages`.
     Progress readListing(std::vector<RouteMessage>& messages);
     /// Drops what is waiting though nothing was asked for.
@@ -90,7 +90,7 @@ class RouteNetlink {
     std::optional<NetlinkSocket> announcements_;
     std::optional<NetlinkSocket> listings_;
     bool strict_ = false;
-    Listing listing_;
+    ListingRequest request_;
     std::uint32_t sequence_ = 0;
     bool interrupted_ = false;
     /// A read of the listing failed, or was cut short.

@@ -1,6 +1,6 @@
 #include "agent/replay/LineReader.h"
 
-#include "agent/document/DocumentError.h"
+#include "agent/patch/DocumentError.h"
 
 namespace Agent {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "agent/base/Errors.h"
-#include "agent/document/DocumentError.h"
+#include "agent/patch/DocumentError.h"
 #include "agent/topics/StateWalk.h"
 #include "platform/orb/value/Error.h"
 
@@ -81,7 +81,7 @@ void Replay::apply(const ScenarioLine& line) {
         at_ = *line.at;
     }
     if (!root_) {
-        start(line.set && line.set->gracefulRestart.after(false, false));
+        start(line.set && after<&DevicePatch::gracefulRestart>(*line.set, std::nullopt));
     }
     if (line.at) {
         activityManager_.runUntil(startTime_ + at_);

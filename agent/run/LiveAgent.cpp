@@ -38,9 +38,9 @@ LiveAgent::LiveAgent(const Options& options, std::optional<std::string> configTe
     if (configText) {
         config.emplace(configFile_, std::move(*configText));
     }
-    const nlohmann::json document = config ? config->document() : nlohmann::json::object();
+    const DevicePatch document = config ? config->document() : DevicePatch();
     inputs_.emplace(Orb::makePtr<Kiln::TaskScheduler>(clock_),
-                    document.value("gracefulRestart", false));
+                    after<&DevicePatch::gracefulRestart>(document, std::nullopt));
     root_.emplace(*inputs_);
     reportRing(report_);
     lookup_.emplace(view());
@@ -171,7 +171,7 @@ void LiveAgent::turn() {
     // After a restart the routes count as complete only when all there is has been seen.
     if (!verifying_ && device_->isLearned()) {
         DevicePatch patch;
-        patch.startReadyVerification = Change<bool>::to(true);
+        patch.startReadyVerification = Edit<bool>::to(true);
         inputs_->apply(patch);
         verifying_ = true;
     }

@@ -3,18 +3,23 @@
 #include <algorithm>
 #include <utility>
 
-#include "agent/document/DocumentError.h"
-#include "agent/run/MergeDiff.h"
+#include "agent/patch/DocumentError.h"
+#include "agent/patch/Merge.h"
 #include "platform/orb/value/Error.h"
 
 namespace Agent {
 
-using json = nlohmann::json;
-
 namespace {
 
-bool hasId(const json& config, const std::string& vrf) {
-    return config.contains(json::json_pointer("/vrfs") / vrf / "id");
+/// The VRFs that a configuration names.
+const VrfsPatch& vrfsOf(const DevicePatch& config) {
+    static const VrfsPatch none;
+    return config.vrfs.value() == nullptr ? none : *config.vrfs.value();
+}
+
+bool hasId(const DevicePatch& config, const L3::VrfName& name) {
+    const Edit<VrfPatch>* vrf = vrfsOf(config).find(name);
+    return vrf != nullptr && memberOf<&VrfPatch::id>(*vrf).isGiven();
 }
 
 std::string failureOf(const L3::VrfName& vrf, const std::string& why) {
@@ -24,7 +29,7 @@ std::string failureOf(const L3::VrfName& vrf, const std::string& why) {
 } // namespace
 
 LiveDevice::LiveDevice(DeviceInputs& inputs, Orb::Ptr<Orb::Clock> clock,
-                       std::vector<VrfOption> vrfs, const json& config, Report report)
+                       std::vector<VrfOption> vrfs, const DevicePatch& config, Report report)
     : inputs_(inputs), clock_(std::move(clock)), options_(std::move(vrfs)),
       report_(std::move(report)) {
     configure(config);
@@ -37,37 +42,37 @@ LiveDevice::LiveDevice(DeviceInputs& inputs, Orb::Ptr<Orb::Clock> clock,
         watch_.emplace(std::move(names));
         watcher_.emplace(watch_->fd(), clock_, [this] {
             watch_->onReadable();
-            handleChanges();
+            handleEvents();
         });
-        handleChanges();
+        handleEvents();
     }
 }
 
-void LiveDevice::configure(const json& config) {
-    json patch = mergeDiff(config_, config);
-    const json none = json::object();
+void LiveDevice::configure(const DevicePatch& config) {
+    DevicePatch patch = difference(config_, config);
     VrfIds ids = ids_;
-    ids.configure(config.value("vrfs", none), published_);
-    json vrfs = json::object();
-    for (const json* document : {&std::as_const(config_), &config}) {
-        const json section = document->value("vrfs", none);
-        for (const auto& item : section.items()) {
-            const bool configured = hasId(config, item.key());
-            const L3::VrfName name(item.key());
+    ids.configure(config, published_);
+    patch.vrfs = configuredVrfs(config, ids);
+    inputs_.apply(patch);
+    config_ = config;
+    ids_ = std::move(ids);
+}
+
+/// The ids of all VRFs that the present or the new configuration names.
+Edit<VrfsPatch> LiveDevice::configuredVrfs(const DevicePatch& config, VrfIds& ids) const {
+    Edit<VrfsPatch> vrfs;
+    for (const VrfsPatch* named : {&vrfsOf(config_), &vrfsOf(config)}) {
+        for (const auto& member : *named) {
+            const L3::VrfName& name = member.first;
             if (name == L3::VrfName::defaultVrf()) {
                 continue; // published with what is learned of it, like any VRF that runs
             }
-            vrfs[item.key()]["id"] =
-                configured || published_.contains(name) ? json(ids.idOf(name)) : json(nullptr);
+            const bool hasOne = hasId(config, name) || published_.contains(name);
+            vrfs.make()[name].make().id =
+                hasOne ? Edit<VrfIds::VrfId>::to(ids.idOf(name)) : Edit<VrfIds::VrfId>::removal();
         }
     }
-    patch.erase("vrfs");
-    if (!vrfs.empty()) {
-        patch["vrfs"] = std::move(vrfs);
-    }
-    inputs_.apply(readDevicePatch(patch));
-    config_ = config;
-    ids_ = std::move(ids);
+    return vrfs;
 }
 
 bool LiveDevice::isLearned() const {
@@ -91,11 +96,11 @@ std::vector<std::string> LiveDevice::failures() const {
     return failures;
 }
 
-void LiveDevice::handleChanges() {
-    for (const Linux::NamespaceWatch::Change& change : watch_->takeChanges()) {
+void LiveDevice::handleEvents() {
+    for (const Linux::NamespaceWatch::Event& event : watch_->takeEvents()) {
         for (const VrfOption& vrf : options_) {
-            if (vrf.netns.value() == change.name) {
-                change.appeared ? follow(vrf) : unfollow(vrf);
+            if (vrf.netns.value() == event.name) {
+                event.appeared ? follow(vrf) : unfollow(vrf);
             }
         }
     }
@@ -104,7 +109,9 @@ void LiveDevice::handleChanges() {
 void LiveDevice::follow(const VrfOption& vrf) {
     followers_[vrf.vrf] = std::make_unique<NamespaceFollower>(
         vrf, clock_,
-        [this](NamespaceFollower& follower, json patch) { apply(follower, std::move(patch)); },
+        [this](NamespaceFollower& follower, DevicePatch patch) {
+            apply(follower, std::move(patch));
+        },
         [this, name = vrf.vrf](const std::string& why) { report_(failureOf(name, why)); });
 }
 
@@ -113,38 +120,40 @@ void LiveDevice::unfollow(const VrfOption& vrf) {
     if (found == followers_.end()) {
         return;
     }
-    json patch = found->second->withdraw();
+    DevicePatch patch = found->second->withdraw();
     followers_.erase(found);
     if (published_.erase(vrf.vrf) == 0) {
         return;
     }
-    json& entry = patch["vrfs"][vrf.vrf.value()];
-    entry["status"] = nullptr;
-    if (!hasId(config_, vrf.vrf.value())) {
-        entry["id"] = nullptr;
+    VrfPatch& entry = patch.vrfs.make()[vrf.vrf].make();
+    entry.status = Edit<VrfStatusPatch>::removal();
+    if (!hasId(config_, vrf.vrf)) {
+        entry.id = Edit<VrfIds::VrfId>::removal();
     }
     applyOrReport(patch);
 }
 
-void LiveDevice::apply(NamespaceFollower& follower, json patch) {
+void LiveDevice::apply(NamespaceFollower& follower, DevicePatch patch) {
     if (published_.insert(follower.vrf().vrf).second) {
         publish(follower, patch);
     }
     applyOrReport(patch);
 }
 
-void LiveDevice::publish(const NamespaceFollower& follower, json& patch) {
+void LiveDevice::publish(const NamespaceFollower& follower, DevicePatch& patch) {
     const VrfOption& vrf = follower.vrf();
-    json& entry = patch["vrfs"][vrf.vrf.value()];
-    entry["id"] = ids_.idOf(vrf.vrf);
+    VrfPatch& entry = patch.vrfs.make()[vrf.vrf].make();
+    entry.id.make() = ids_.idOf(vrf.vrf);
     if (vrf.vrf != L3::VrfName::defaultVrf()) {
-        entry["status"] = {{"active", true}, {"netns", vrf.netns.value()}};
+        VrfStatusPatch& status = entry.status.make();
+        status.active.make() = true;
+        status.netns.make() = vrf.netns;
     }
 }
 
-void LiveDevice::applyOrReport(const json& patch) {
+void LiveDevice::applyOrReport(const DevicePatch& patch) {
     try {
-        inputs_.apply(readDevicePatch(patch));
+        inputs_.apply(patch);
     } catch (const DocumentError& error) {
         report_("the kernel's " + error.pointer() + ": " + error.what());
     } catch (const Orb::Error& error) {

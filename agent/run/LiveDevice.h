@@ -3,7 +3,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <string>
@@ -36,14 +35,14 @@ class LiveDevice {
     /// Throws Orb::Error if named namespaces cannot be watched for, DocumentError if the
     /// configuration contradicts itself.
     LiveDevice(DeviceInputs& inputs, Orb::Ptr<Orb::Clock> clock, std::vector<VrfOption> vrfs,
-               const nlohmann::json& config, Report report);
+               const DevicePatch& config, Report report);
     LiveDevice(const LiveDevice&) = delete;
     LiveDevice& operator=(const LiveDevice&) = delete;
     ~LiveDevice() = default;
 
-    /// Replaces the configuration, a normalized document, and applies the difference. Throws
-    /// DocumentError, with nothing changed, for one that contradicts itself or what runs.
-    void configure(const nlohmann::json& config);
+    /// Replaces the configuration, a document, and applies the difference. Throws DocumentError,
+    /// with nothing changed, for one that contradicts itself or what runs.
+    void configure(const DevicePatch& config);
 
     /// Whether every VRF whose namespace is there has been published.
     bool isLearned() const;
@@ -57,17 +56,18 @@ class LiveDevice {
     std::vector<std::string> failures() const;
 
   private:
-    void handleChanges();
+    void handleEvents();
+    Edit<VrfsPatch> configuredVrfs(const DevicePatch& config, VrfIds& ids) const;
     void follow(const VrfOption& vrf);
     void unfollow(const VrfOption& vrf);
-    void apply(NamespaceFollower& follower, nlohmann::json patch);
-    void publish(const NamespaceFollower& follower, nlohmann::json& patch);
-    void applyOrReport(const nlohmann::json& patch);
+    void apply(NamespaceFollower& follower, DevicePatch patch);
+    void publish(const NamespaceFollower& follower, DevicePatch& patch);
+    void applyOrReport(const DevicePatch& patch);
 
     DeviceInputs& inputs_;
     Orb::Ptr<Orb::Clock> clock_;
     std::vector<VrfOption> options_;
-    nlohmann::json config_ = nlohmann::json::object();
+    DevicePatch config_;
     Report report_;
     VrfIds ids_;
     std::set<L3::VrfName> published_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "agent/patch/Merge.h"
 #include "platform/orb/value/Error.h"
 
 namespace Agent {
@@ -16,8 +17,8 @@ constexpr double longestPause = 5;
 Linux::NamespaceMonitor::Options optionsFor(const VrfOption& vrf,
                                             const Orb::Ptr<Orb::Clock>& clock) {
     Linux::NamespaceMonitor::Options options;
-    options.netns = vrf.netns.value();
-    options.vrf = vrf.vrf.value();
+    options.netns = vrf.netns;
+    options.vrf = vrf.vrf;
     if (vrf.netns != Lanx::NamespaceName::defaultNamespace()) {
         options.netlink.netns = vrf.netns.value();
     }
@@ -60,15 +61,15 @@ void NamespaceFollower::advance() {
     if (failure_.empty()) {
         told_.clear();
     }
-    nlohmann::json patch = monitor_->takePatch();
+    DevicePatch patch = monitor_->takePatch();
     const bool isFirst = !std::exchange(learned_, true);
-    if (isFirst || !patch.empty()) {
+    if (isFirst || !isEmpty(patch)) {
         onPatch_(*this, std::move(patch));
     }
 }
 
-nlohmann::json NamespaceFollower::withdraw() {
-    return monitor_ ? monitor_->withdraw() : nlohmann::json::object();
+DevicePatch NamespaceFollower::withdraw() {
+    return monitor_ ? monitor_->withdraw() : DevicePatch();
 }
 
 void NamespaceFollower::failureIs(std::string failure) {

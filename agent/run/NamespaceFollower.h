@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <set>
 #include <string>
@@ -17,7 +16,7 @@ namespace Agent {
 /// often.
 class NamespaceFollower {
   public:
-    using OnPatch = std::function<void(NamespaceFollower&, nlohmann::json patch)>;
+    using OnPatch = std::function<void(NamespaceFollower&, DevicePatch patch)>;
     using OnFailure = std::function<void(const std::string& why)>;
 
     /// Begins at once. A patch is handed on whenever something has changed; the first one, perhaps
@@ -35,7 +34,7 @@ class NamespaceFollower {
     const std::string& failure() const { return failure_; }
 
     /// The merge patch that takes back what was handed on.
-    nlohmann::json withdraw();
+    DevicePatch withdraw();
 
   private:
     class Retry : public Orb::Clock::NotifieeConst {

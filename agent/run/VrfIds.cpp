@@ -3,35 +3,34 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/vrf/VrfId.h"
-
 namespace Agent {
 
-VrfIds::Number VrfIds::idOf(const L3::VrfName& name) {
+VrfIds::VrfId VrfIds::idOf(const L3::VrfName& name) {
     if (name == L3::VrfName::defaultVrf()) {
-        return 0;
+        return VrfId(0);
     }
     const auto configured = configured_.find(name);
     if (configured != configured_.end()) {
         return configured->second;
     }
-    const auto [chosen, isNew] = chosen_.try_emplace(name, 0);
+    const auto [chosen, isNew] = chosen_.try_emplace(name);
     if (isNew) {
-        Number id = 1;
-        while (isTaken(id)) {
+        VrfId::Number id = 1;
+        while (isTaken(VrfId(id))) {
             ++id;
         }
-        chosen->second = id;
+        chosen->second = VrfId(id);
     }
     return chosen->second;
 }
 
-void VrfIds::configure(const nlohmann::json& vrfs, const std::set<L3::VrfName>& running) {
+void VrfIds::configure(const DevicePatch& config, const std::set<L3::VrfName>& running) {
     const auto before = std::exchange(configured_, {});
-    for (const auto& item : vrfs.items()) {
-        const auto id = item.value().find("id");
-        if (id != item.value().end()) {
-            configured_.emplace(L3::VrfName(item.key()), id->get<Number>());
+    if (const VrfsPatch* vrfs = config.vrfs.value()) {
+        for (const auto& [name, vrf] : *vrfs) {
+            if (const VrfId* id = memberOf<&VrfPatch::id>(vrf).value()) {
+                configured_.emplace(name, *id);
+            }
         }
     }
     for (const auto& [name, id] : before) {
@@ -47,10 +46,9 @@ void VrfIds::configure(const nlohmann::json& vrfs, const std::set<L3::VrfName>& 
     }
 }
 
-bool VrfIds::isTaken(Number id) const {
+bool VrfIds::isTaken(VrfId id) const {
     const auto has = [id](const auto& entry) { return entry.second == id; };
-    return id == Vrf::VrfIdMap::VrfId::invalid().value()
-           || std::any_of(configured_.begin(), configured_.end(), has)
+    return id == VrfId::invalid() || std::any_of(configured_.begin(), configured_.end(), has)
            || std::any_of(chosen_.begin(), chosen_.end(), has);
 }
 

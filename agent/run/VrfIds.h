@@ -1,11 +1,9 @@
 #pragma once
 
-#include <cstdint>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <set>
 
-#include "platform/vrf/VrfName.h"
+#include "agent/patch/DevicePatch.h"
 
 namespace Agent {
 
@@ -14,20 +12,20 @@ namespace Agent {
 /// has given that away.
 class VrfIds {
   public:
-    using Number = std::uint32_t;
+    using VrfId = Vrf::VrfIdMap::VrfId;
 
     /// The VRF's id; one is chosen if it has none yet.
-    Number idOf(const L3::VrfName& name);
+    VrfId idOf(const L3::VrfName& name);
 
-    /// Takes over the configuration's section "vrfs". A VRF that runs and loses its configured id
+    /// Takes over the ids that a configuration has. A VRF that runs and loses its configured id
     /// keeps it as one that was chosen.
-    void configure(const nlohmann::json& vrfs, const std::set<L3::VrfName>& running);
+    void configure(const DevicePatch& config, const std::set<L3::VrfName>& running);
 
   private:
-    bool isTaken(Number id) const;
+    bool isTaken(VrfId id) const;
 
-    std::map<L3::VrfName, Number> configured_;
-    std::map<L3::VrfName, Number> chosen_;
+    std::map<L3::VrfName, VrfId> configured_;
+    std::map<L3::VrfName, VrfId> chosen_;
 };
 
 } // namespace Agent

@@ -3,7 +3,6 @@
 #include <nlohmann/json.hpp>
 
 #include "agent/document/JsonText.h"
-#include "agent/document/Place.h"
 #include "agent/document/ValueReader.h"
 #include "agent/topics/Topics.h"
 
@@ -11,7 +10,7 @@ namespace Agent {
 
 namespace {
 
-const Topic* readTopic(const nlohmann::json& json, const Place& place) {
+const Topic* readTopic(const nlohmann::json& json, const DocumentPlace& place) {
     const Topic* topic = findTopic(readString(json, place));
     if (topic == nullptr) {
         place.refuse("unknown topic");
@@ -19,7 +18,7 @@ const Topic* readTopic(const nlohmann::json& json, const Place& place) {
     return topic;
 }
 
-int readLevel(const nlohmann::json& json, const Place& place) {
+int readLevel(const nlohmann::json& json, const DocumentPlace& place) {
     if (!json.is_number_integer() || json < -1 || json > 9) {
         place.refuse("must be a number from -1 to 9");
     }
@@ -30,14 +29,14 @@ int readLevel(const nlohmann::json& json, const Place& place) {
 
 Request readRequest(std::string_view line) {
     const nlohmann::json json = parseJson(line);
-    const Place root;
+    const DocumentPlace root;
     if (!json.is_object()) {
         root.refuse("must be an object");
     }
     Request request;
     int kinds = 0;
     for (const auto& item : json.items()) {
-        const Place place(root, item.key());
+        const DocumentPlace place(root, item.key());
         if (item.key() == "vrf") {
             request.vrf = readText<L3::VrfName>(readString(item.value(), place), place);
             continue;

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "agent/base/JsonWriter.h"
-#include "agent/document/DocumentError.h"
+#include "agent/patch/DocumentError.h"
 #include "agent/server/WatchAnswer.h"
 #include "agent/topics/VrfCursor.h"
 #include "platform/ringlog/TraceHandle.h"

@@ -6,6 +6,7 @@
 
 #include "platform/lanx/NamespaceName.h"
 #include "platform/orb/object/Ptr.h"
+#include "platform/orb/value/Name.h"
 
 namespace Arp {
 class VirtualIpAsReceiveRoute;

@@ -6,17 +6,20 @@
 #include <vector>
 
 #include "agent/device/DeviceInputs.h"
-#include "agent/document/DocumentError.h"
+#include "agent/document/DevicePatchReader.h"
 #include "agent/document/JsonText.h"
-#include "agent/run/MergeDiff.h"
+#include "agent/patch/DocumentError.h"
+#include "agent/patch/Merge.h"
 #include "platform/orb/attribute/DeclaredAttributes.h"
 #include "platform/orb/loop/SimulatedClock.h"
+#include "tests/agent/PatchJson.h"
 #include "tests/agent/RandomPatches.h"
 
 namespace Agent {
 namespace {
 
 using nlohmann::json;
+using TestSupport::PatchJson;
 
 std::unique_ptr<DeviceInputs> makeInputs() {
     return std::make_unique<DeviceInputs>(
@@ -90,6 +93,7 @@ TEST(DeviceInputs, PatchesLeadWhereTheMergedDocumentLeads) {
         TestSupport::RandomPatches random(seed);
         const auto inputs = makeInputs();
         json document = json::object();
+        DevicePatch typed; // the same document
         for (int step = 0; step < 60; ++step) {
             const json patch = random.next();
             const json before = contents(*inputs);
@@ -100,18 +104,21 @@ TEST(DeviceInputs, PatchesLeadWhereTheMergedDocumentLeads) {
                 ASSERT_EQ(contents(*inputs), before) << "seed " << seed << ' ' << patch;
                 continue;
             }
-            json moved = document;
             document.merge_patch(patch);
-            moved.merge_patch(mergeDiff(moved, document));
-            ASSERT_EQ(moved, document) << "seed " << seed << ' ' << patch;
+            const DevicePatch typedAfter = merged(typed, readDevicePatch(patch));
+            ASSERT_EQ(PatchJson::of(typedAfter), document) << "seed " << seed << ' ' << patch;
+            const DevicePatch way = difference(typed, typedAfter);
+            ASSERT_EQ(PatchJson::of(merged(typed, way)), document)
+                << "seed " << seed << ' ' << patch;
+            ASSERT_TRUE(isEmpty(difference(typedAfter, typedAfter)));
+            typed = typedAfter;
             const auto atOnce = makeInputs();
             patchWith(*atOnce, document);
             ASSERT_EQ(contents(*inputs), contents(*atOnce))
                 << "seed " << seed << " step " << step << ' ' << patch << "\n"
                 << document;
         }
-        patchWith(*inputs, parseJson(R"({"vrfs":null,"kernel":null,"ipv4":null,"ipv6":null,
-            "virtualIps":null,"leaks":null,"ribWaits":null,"startReadyVerification":null})"));
+        inputs->apply(difference(typed, DevicePatch()));
         EXPECT_EQ(contents(*inputs), contents(*makeInputs())) << "seed " << seed;
     }
 }

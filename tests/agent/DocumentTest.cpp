@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
-#include "agent/document/DocumentError.h"
-#include "agent/replay/ScenarioLine.h"
+#include "agent/document/ScenarioLine.h"
+#include "agent/patch/DocumentError.h"
 
 namespace Agent {
 namespace {

@@ -81,7 +81,7 @@ class RandomDocument {
     std::mt19937 random_;
 };
 
-TEST(JsonWriter, WritesWhatTheLibraryWrites) {
+TEST(JsonWriter, TextIsWhatTheLibraryWrites) {
     for (std::uint32_t seed = 0; seed < 2000; ++seed) {
         std::string written;
         Agent::JsonWriter writer(written);
@@ -90,7 +90,7 @@ TEST(JsonWriter, WritesWhatTheLibraryWrites) {
     }
 }
 
-TEST(JsonWriter, ReplacesBytesThatAreNoUtf8) {
+TEST(JsonWriter, BytesThatAreNoUtf8AreReplaced) {
     for (const std::string bad : {"\xff", "\xc3(", "\xed\xa0\x80", "a\xf0\x9f"}) {
         std::string written;
         Agent::JsonWriter(written).value(bad);

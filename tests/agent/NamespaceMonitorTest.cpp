@@ -1,5 +1,6 @@
 #include "agent/linux/NamespaceMonitor.h"
 #include "agent/linux/NetlinkSocket.h"
+#include "tests/agent/PatchJson.h"
 #include "tests/agent/PrivateNamespace.h"
 
 #include <algorithm>
@@ -36,7 +37,7 @@ class Follower {
         if (::poll(&poll, 1, static_cast<int>(wait)) > 0 || monitor_.retryAt() <= steadySeconds()) {
             monitor_.onReadable();
         }
-        document.merge_patch(monitor_.takePatch());
+        document.merge_patch(TestSupport::PatchJson::of(monitor_.takePatch()));
     }
 
     /// Serves until everything that has been announced so far is known.

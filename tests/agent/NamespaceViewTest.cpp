@@ -1,40 +1,43 @@
 #include "agent/linux/NamespaceView.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <linux/if.h>
 #include <linux/if_addr.h>
 #include <linux/rtnetlink.h>
 
+#include "tests/agent/PatchJson.h"
+
 namespace Agent::Linux {
 namespace {
 
 using json = nlohmann::json;
+using TestSupport::PatchJson;
 
 constexpr std::uint32_t up = IFF_UP | IFF_RUNNING | IFF_LOWER_UP;
 
-Address address(const std::string& text) {
-    auto slash = text.find('/');
-    std::string bytes = text.substr(0, slash);
-    Address address;
-    address.family = text.find(':') == std::string::npos ? AF_INET : AF_INET6;
-    address.length = static_cast<std::uint8_t>(std::stoi(text.substr(slash + 1)));
-    ::inet_pton(address.family, bytes.c_str(), address.bytes.data());
-    return address;
+template <class Message>
+Message message(int index, const std::string& local, std::uint32_t flags, std::uint8_t scope) {
+    const auto address = Message::Address::fromString(local);
+    return {.index = index, .local = address, .remote = address, .scope = scope, .flags = flags};
 }
 
-AddressMessage added(int index, const std::string& local, std::uint32_t flags = 0,
-                     std::uint8_t scope = RT_SCOPE_UNIVERSE) {
-    return {index, address(local), address(local), scope, flags, false};
+Ipv4AddressMessage added(int index, const std::string& local, std::uint32_t flags = 0,
+                         std::uint8_t scope = RT_SCOPE_UNIVERSE) {
+    return message<Ipv4AddressMessage>(index, local, flags, scope);
 }
 
-AddressMessage withPeer(AddressMessage message, const std::string& peer) {
-    message.remote = address(peer);
+Ipv6AddressMessage added6(int index, const std::string& local, std::uint32_t flags = 0) {
+    return message<Ipv6AddressMessage>(index, local, flags, RT_SCOPE_UNIVERSE);
+}
+
+template <class Message>
+Message withPeer(Message message, const std::string& peer) {
+    message.remote = Message::Address::fromString(peer);
     return message;
 }
 
 LinkMessage link(int index, const std::string& name, std::uint32_t flags = up) {
-    return {index, name, flags, 0, 0, 1500, false};
+    return {.index = index, .name = Lanx::IntfId(name), .flags = flags, .mtu = 1500};
 }
 
 template <class Message>
@@ -48,7 +51,7 @@ class NamespaceViewTest : public testing::Test {
     bool apply(const auto&... messages) {
         bool certain = true;
         ((certain = view.apply(messages) && certain), ...);
-        document.merge_patch(view.takePatch());
+        document.merge_patch(PatchJson::of(view.takePatch()));
         return certain;
     }
 
@@ -84,15 +87,20 @@ TEST_F(NamespaceViewTest, PromotionIsLeftToAListingAndNothingHalfDoneIsTold) {
     EXPECT_FALSE(apply(added(3, "10.0.0.2/24")));
     EXPECT_EQ(document, before);
 
-    view.replaceOne(3, link(3, "e3"), {added(3, "10.9.0.1/24"), added(3, "10.0.0.2/24")});
-    EXPECT_EQ(view.takePatch(), json::parse(R"({"ipv4": {"red": {"e3": {"address": "10.9.0.1/24",
+    ListedLinks listed;
+    listed.add(link(3, "e3"));
+    listed.add(added(3, "10.9.0.1/24"));
+    listed.add(added(3, "10.0.0.2/24"));
+    view.replaceOne(3, listed);
+    EXPECT_EQ(PatchJson::of(view.takePatch()),
+              json::parse(R"({"ipv4": {"red": {"e3": {"address": "10.9.0.1/24",
         "secondary": {"10.9.0.1/24": null}}}}})"));
 }
 
 TEST_F(NamespaceViewTest, AddressesThatDifferInTheirPeersCountOnce) {
     auto toNine = withPeer(added(3, "10.0.0.1/32"), "10.9.9.9/32");
     auto toEight = withPeer(added(3, "10.0.0.1/24"), "10.8.8.8/24");
-    apply(link(3, "e3"), toNine, toEight, withPeer(added(3, "fd00::1/64"), "fd00::9/64"));
+    apply(link(3, "e3"), toNine, toEight, withPeer(added6(3, "fd00::1/64"), "fd00::9/64"));
     EXPECT_EQ(at("/ipv4/red/e3"), json::parse(R"({"address": "10.0.0.1/32"})"));
     EXPECT_EQ(at("/ipv6/red/e3"), json::parse(R"({"fd00::1/128": true})"));
 
@@ -113,11 +121,11 @@ TEST_F(NamespaceViewTest, Ipv6AddressCountsOnlyWhileItMayBeUsed) {
         {IFA_F_SECONDARY, true}};
     apply(link(3, "e3"));
     for (const auto& [flags, active] : cases) {
-        EXPECT_TRUE(apply(added(3, "fd00::1/64", flags)));
+        EXPECT_TRUE(apply(added6(3, "fd00::1/64", flags)));
         EXPECT_EQ(at("/ipv6/red/e3/fd00::1~164") == true, active) << flags;
     }
     // It can come back with another length only, and must not be left in both forms.
-    apply(added(3, "fd00::1/72"));
+    apply(added6(3, "fd00::1/72"));
     EXPECT_EQ(at("/ipv6/red/e3"), json::parse(R"({"fd00::1/72": true})"));
 }
 

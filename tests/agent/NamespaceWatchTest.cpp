@@ -26,7 +26,7 @@ bool isReadable(const NamespaceWatch& watch, int wait) {
 std::string changesOf(NamespaceWatch& watch, int count) {
     std::string text;
     const auto take = [&] {
-        for (const auto& change : watch.takeChanges()) {
+        for (const auto& change : watch.takeEvents()) {
             text += (change.appeared ? "+" : "-") + change.name + " ";
             --count;
         }

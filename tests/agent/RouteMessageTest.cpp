@@ -1,6 +1,5 @@
+#include "agent/linux/RouteMessage.h"
 #include "agent/base/Utf8.h"
-#include "agent/linux/AddressMessage.h"
-#include "agent/linux/LinkMessage.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -70,7 +69,7 @@ ifaddrmsg addressBody(unsigned char family, unsigned char length) {
 TEST(RouteMessageTest, BridgePortAndMalformedLinksAreNotLinks) {
     auto name = [](Message message, const std::string& text, int length = -1) {
         auto link = LinkMessage::parse(message.with(IFLA_IFNAME, text + '\0', length).header());
-        return link ? link->name : "none";
+        return link ? std::string(link->name.name()) : "none";
     };
     EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e1"), "e1");
     EXPECT_EQ(name(Message(RTM_NEWLINK, linkBody()), "e1", 2), "none") << "not terminated";
@@ -103,9 +102,12 @@ TEST(RouteMessageTest, DifferentLinkNamesStayDifferentAndOrdinaryOnesAsTheyAre) 
 }
 
 TEST(RouteMessageTest, MalformedAddressesAreNotAddresses) {
-    auto own = [](Message& message) {
-        auto address = AddressMessage::parse(message.header());
-        return address ? address->own().text() : "none";
+    auto own = [](Message& message) -> std::string {
+        const auto parsed = parseRouteMessage(message.header());
+        if (!parsed) {
+            return "none";
+        }
+        return std::get<Ipv4AddressMessage>(*parsed).own().toString();
     };
     std::string ten("\x0a\0\0\1", 4);
     std::string nine("\x09\0\0\1", 4);

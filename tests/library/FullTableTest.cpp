@@ -98,6 +98,20 @@ TEST_F(FullTableTest, WaitingRoutesThatAreWithdrawnAreForgotten) {
     }
 }
 
+TEST_F(FullTableTest, RoomOfOneFamilyIsFoundBehindManyThatWaitInTheOther) {
+    h.root().ipv4AllVrfRouteConfig()->collectionCapacityIs("route", 1);
+    h.root().ipv6AllVrfRouteConfig()->collectionCapacityIs("route", 0);
+    addresses("red", 2, 2);
+    h.settle();
+    for (int i = 1; i <= 500; ++i) {
+        h.address6("default", intf(1), "2001:db8::" + std::to_string(i) + "/128");
+    }
+    addresses("default", 1, 1);
+    EXPECT_EQ(routes("default"), 0U);
+    h.vrfIdDel("red");
+    EXPECT_EQ(routes("default"), 1U);
+}
+
 TEST_F(FullTableTest, InterfaceThatWaitsForAViaGoesOrGetsThatOfAnEarlierRun) {
     const auto vias = h.root().ipv4AllVrfViaConfig();
     vias->collectionCapacityIs("via", 1);

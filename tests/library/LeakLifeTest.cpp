@@ -190,7 +190,7 @@ TEST_F(LeakReviewTest, ReviewGoesOnBehindABookmarkedPrefixThatIsGone) {
     EXPECT_EQ(leakedSoFar(), 2U * prefixes - 1);
 }
 
-TEST_F(LeakReviewTest, SuspendedReviewOutlivesWhatItReviews) {
+TEST_F(LeakReviewTest, SuspendedReviewEndsWhateverGoesMeanwhile) {
     for (const auto& change : std::vector<std::function<void()>>{
              [this] { harness.vrfIdDel("A"); }, [this] { harness.vrfIdDel("B"); },
              [this] { harness.root().receiveRouteLeakSm()->scheduleReview(); },

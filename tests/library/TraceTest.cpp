@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 
 #include "platform/ringlog/RinglogReader.h"
+#include "tests/support/LibraryHarness.h"
 
 namespace {
 DIRECTNET_TRACE_UNIT("TraceTest");
@@ -117,6 +119,26 @@ TEST_F(TraceTest, DuallogWritesTheSameTextToWhicheverIsOpen) {
         if (ring) {
             EXPECT_TRUE(lastOfRing().starts_with(text + "xxxx")) << lastOfRing();
         }
+    }
+}
+
+TEST_F(TraceTest, LinesOfCodeThatFamiliesShareNameTheFamilysClass) {
+    LibraryHarness harness;
+    harness.device("default", "Et1");
+    TraceHandle::levelOfAllIs(9);
+    harness.vrf("default", 0);
+    harness.address("default", "Et1", "10.0.0.1/24");
+    harness.address6("default", "Et1", "2001:db8::1/64");
+    TraceHandle::levelOfAllIs(TraceHandle::off);
+    for (const char* function :
+         {"[IpIntfSm::updateIntfIdsByPrefix] ", "[Ip6IntfSm::updateIntfIdsByPrefix] ",
+          "[IpIntfStatusSm::handleIntfId] IpIntfStatusSm default ",
+          "[Ip6IntfStatusSm::handleIntfId] Ip6IntfStatusSm default ",
+          "[VrfIpIntfStatusSm::maybeSetRoutesReady] ",
+          "[VrfIp6IntfStatusSm::handleVrfIp6IntfStatus] "}) {
+        EXPECT_TRUE(std::any_of(printed_.begin(), printed_.end(), [&](const std::string& line) {
+            return line.find(function) != std::string::npos;
+        })) << function;
     }
 }
 

@@ -231,7 +231,7 @@ TEST_F(VrfLifeTest, MisuseIsRefusedByItsName) {
               "Routing::DirectNet::Ipv6::VrfVirtualIpStatus::virtualIp not allowed\"");
 }
 
-TEST_F(VrfLifeTest, EmptyVariableCountsAsUnset) {
+TEST_F(VrfLifeTest, EmptyVariableCountsAsSet) {
     constexpr const char* variable = "DIRECTNET_INTFENTRY_WITHOUT_KERNEL_INTF";
     harness.vrfId("default", 0);
     ::setenv(variable, "", 1);

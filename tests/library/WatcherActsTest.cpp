@@ -29,7 +29,7 @@ void addRed(LibraryHarness& h) {
     h.address("red", "Et1", "10.0.0.1/24");
 }
 
-TEST(RootWatchers, MayStopTheRootAndLetGoOfItInTheMiddleOfAnything) {
+TEST(RootWatchers, WatchersMayStopTheRootAndLetGoOfItInTheMiddleOfAnything) {
     enum class How { stopped, stoppedAndLetGo, letGo };
     for (const How how : {How::stopped, How::stoppedAndLetGo, How::letGo}) {
         for (int nth = 1, left = 0; left <= 0; ++nth) { // until nothing changes that often
@@ -56,6 +56,11 @@ TEST(RootWatchers, MayStopTheRootAndLetGoOfItInTheMiddleOfAnything) {
             h.leak(5, "10.0.0.0/24", 6);
             addRed(h);
             h.virtualIp("red", "10.0.7.1/24", "Et1");
+            h.device("ns1", "Et2");
+            h.address("red", "Et2", "10.0.9.1/32");
+            h.settle();
+            h.secondary("red", "Et1", "10.0.9.1/32"); // and there the route moves
+            h.address("red", "Et2", "0.0.0.0/0");
             h.settle();
             h.vrfIdDel("red");
             h.vrfIdDel("blue");
@@ -71,7 +76,7 @@ TEST(RootWatchers, MayStopTheRootAndLetGoOfItInTheMiddleOfAnything) {
     }
 }
 
-TEST(RootStart, ThatIsRefusedLeavesNothingBehind) {
+TEST(RootStart, RefusedStartLeavesNothingBehind) {
     LibraryHarness h(false);
     h.vrf("red", 5);
     h.vrf("blue", 5);
@@ -88,7 +93,7 @@ TEST(RootStart, ThatIsRefusedLeavesNothingBehind) {
 }
 
 // The others, and what is leaked from and to them, go on.
-TEST(RefusedVrf, TakesNothingOfOthersAlong) {
+TEST(RefusedVrf, RefusedVrfTakesNothingOfOthersAlong) {
     LibraryHarness h;
     addRed(h);
     h.vrf("blue", 6);
@@ -120,7 +125,7 @@ TEST(RefusedVrf, NamespaceIsReadByItsWholeName) {
     EXPECT_ROUTES(h, "red", {});
 }
 
-TEST(BacklogWatchers, MayWithdrawWhatIsBeingWritten) {
+TEST(BacklogWatchers, WatchersMayWithdrawWhatIsBeingWritten) {
     LibraryHarness h;
     addRed(h);
     const auto address = Lanx::IpGenAddrWithMask::fromString("10.0.0.1/24");
@@ -139,7 +144,7 @@ TEST(BacklogWatchers, MayWithdrawWhatIsBeingWritten) {
     EXPECT_EQ(h.routes("red").size(), 3U);
 }
 
-TEST(BacklogWatchers, MayQueueBeforeTheBacklogHasItsMachine) {
+TEST(BacklogWatchers, WatchersMayQueueBeforeTheBacklogHasItsMachine) {
     LibraryHarness h;
     const auto backlogs = h.root().intfBacklogByVrf();
     const auto outsider = once(backlogs, [&] {
@@ -151,7 +156,7 @@ TEST(BacklogWatchers, MayQueueBeforeTheBacklogHasItsMachine) {
     EXPECT_TRUE(h.backlog("red").backlog().empty());
 }
 
-TEST(TableWatchers, AreToldOfEveryRouteAndViaThatGoesWithItsVrf) {
+TEST(TableWatchers, WatchersAreToldOfEveryRouteAndViaThatGoesWithItsVrf) {
     LibraryHarness h;
     addRed(h);
     h.address6("red", "Et1", "2001:db8::1/64");
@@ -167,7 +172,7 @@ TEST(TableWatchers, AreToldOfEveryRouteAndViaThatGoesWithItsVrf) {
     EXPECT_EQ(told, 4 + 2 + 1 + 1);
 }
 
-TEST(Names, InUseByAnotherTypeAreRefused) {
+TEST(Names, NamesInUseByAnotherTypeAreRefused) {
     const auto directory = Orb::makePtr<Orb::Dir>();
     const auto record = directory->createEntity<Rib::ProtoVrfStatus>(Orb::Name("red"));
     EXPECT_EQ(directory->createEntity<Rib::ProtoVrfStatus>(Orb::Name("red")), record);
@@ -222,7 +227,7 @@ TEST(InterfaceWatchers, AddressThatIsReplacedWhileTheInterfaceGoesIsWithdrawn) {
     EXPECT_EQ(h.viaSets(), 0U);
 }
 
-TEST(DirectedBroadcast, OfWhatIsNotAddedKeepsItsViaSets) {
+TEST(DirectedBroadcast, BroadcastOfWhatIsNotAddedKeepsItsViaSets) {
     LibraryHarness h;
     h.vrfId("default", 0);
     for (const char* intf : {"Et0", "Et1"}) {
@@ -251,7 +256,7 @@ TEST(DirectedBroadcast, AddressThatGoesTakesItsBroadcastAlong) {
     EXPECT_EQ(h.viaSets(), 0U);
 }
 
-TEST(RibRecords, OfNamesThatNobodyWaitsForGoAtStart) {
+TEST(RibRecords, RecordsOfNamesThatNobodyWaitsForGoAtStart) {
     LibraryHarness h(false);
     const auto record = [&](const std::string& name) {
         h.protoStatusDir->createEntity<Rib::ProtoVrfStatus>(Orb::Name(name));
@@ -265,7 +270,7 @@ TEST(RibRecords, OfNamesThatNobodyWaitsForGoAtStart) {
     EXPECT_NE(h.ribStatus("red"), nullptr);
 }
 
-TEST(VirtualIpHelper, WithoutAMapOfIdsTakesEveryVrfForGone) {
+TEST(VirtualIpHelper, HelperWithoutAMapOfIdsTakesEveryVrfForGone) {
     const auto directory = Orb::makePtr<Ipv4::AllVrfVirtualIpStatus>();
     const auto helper =
         Orb::makePtr<Ipv4::VrfVirtualIpStatusHelper>(Ipv4::VrfVirtualIpStatusHelper::Arguments{
@@ -305,7 +310,7 @@ TEST(VirtualIpHelper, DirectoryThatIsReleasedEmptiesItself) {
 }
 
 // Asking twice counts nothing twice and makes nothing anew.
-TEST(HandleInitialized, DoesNothingTheSecondTime) {
+TEST(HandleInitialized, SecondCallDoesNothing) {
     LibraryHarness h;
     addRed(h);
     h.virtualIp("red", "10.0.7.1/24", "Vlan10");
@@ -347,7 +352,7 @@ TEST(HandleInitialized, DoesNothingTheSecondTime) {
     EXPECT_EQ(red.vrfIpIntfStatusSm()->ipIntfStatusSm()->ipIntfSm(et1), sm);
 }
 
-TEST(VirtualIpMachine, IsNotReplacedByOneOfAnotherTable) {
+TEST(VirtualIpMachine, MachineIsNotReplacedByOneOfAnotherTable) {
     LibraryHarness h;
     addRed(h);
     ContainerSm& red = h.container("red");

@@ -172,7 +172,7 @@ class AttributeLogTest : public testing::Test {
     std::map<ItemKey, Ptr<Item>> items_;
 };
 
-TEST_F(AttributeLogTest, readerDiffersFromWriterAfterAnyChange) {
+TEST_F(AttributeLogTest, ReaderHoldsWhatTheWriterHoldsAfterAnyChange) {
     std::vector<std::unique_ptr<Reader>> readers;
     for (int round = 0; round < 4000; ++round) {
         if (round % 1000 == 0) {
@@ -213,7 +213,7 @@ struct Meddler : Tables::NotifieeConst {
     Ptr<Tables> tables;
 };
 
-TEST_F(AttributeLogTest, changesInsideANotificationReachTheReaderInTheWrongOrder) {
+TEST_F(AttributeLogTest, ChangesInsideANotificationReachTheReaderInTheirOrder) {
     const auto meddler = makePtr<Meddler>(tables_);
     Reader reader(tables_);
     for (int round = 0; round < 1000; ++round) {
@@ -224,7 +224,7 @@ TEST_F(AttributeLogTest, changesInsideANotificationReachTheReaderInTheWrongOrder
     meddler->notifierIs(nullptr);
 }
 
-TEST_F(AttributeLogTest, memberWithMoreStateThanARecordHoldsIsCut) {
+TEST_F(AttributeLogTest, MemberWithMoreStateThanARecordHoldsIsWhole) {
     const auto big = makePtr<Item>(Item::Arguments{ItemKey("red", {Lanx::IpAddr(1), 24})});
     for (std::size_t number = 0; number < 6000; ++number) {
         big->intfIdIs(intfId(number), true);
@@ -247,7 +247,7 @@ bool isTaken(const std::string& log) {
     return true;
 }
 
-TEST_F(AttributeLogTest, truncatedExtendedOrFlippedLogIsTaken) {
+TEST_F(AttributeLogTest, TruncatedExtendedOrFlippedLogIsRefused) {
     const std::string log = someLog();
     EXPECT_TRUE(isTaken(log));
     EXPECT_FALSE(isTaken(log + 'x'));
@@ -285,7 +285,7 @@ std::vector<std::string> bodiesOf(const std::string& log) {
     return bodies;
 }
 
-TEST_F(AttributeLogTest, lostOrMovedRecordGoesUnnoticed) {
+TEST_F(AttributeLogTest, LostOrMovedRecordIsNoticed) {
     const std::string log = someLog();
     const std::vector<std::string> bodies = bodiesOf(log);
     ASSERT_EQ(framed(bodies), log);
@@ -306,7 +306,7 @@ std::pair<std::string, std::string> outcome(const std::vector<std::string>& bodi
     return {problem, textOf(*tables)};
 }
 
-TEST_F(AttributeLogTest, hostileRecordIsBelievedOrAppliedInPart) {
+TEST_F(AttributeLogTest, HostileRecordIsRefusedWhole) {
     const std::string start = bodiesOf(someLog())[0];
     using std::string_literals::operator""s;
     const std::string red = "\0\0\0\3red"s;
@@ -353,7 +353,7 @@ TEST_F(AttributeLogTest, hostileRecordIsBelievedOrAppliedInPart) {
     EXPECT_THROW(Replay(makePtr<Tables>()).feed(framed({}) + endless), ParseError);
 }
 
-TEST_F(AttributeLogTest, slowReaderHoldsTheWriterUpOrFillsItsMemory) {
+TEST_F(AttributeLogTest, SlowReaderNeitherHoldsTheWriterUpNorFillsItsMemory) {
     for (std::size_t number = 0; number < 4000; ++number) {
         const ItemKey key("red", {Lanx::IpAddr(static_cast<std::uint32_t>(number)), 24});
         tables_->tableIs("red")->itemIs(makePtr<Item>(Item::Arguments{key}));

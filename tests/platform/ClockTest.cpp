@@ -96,7 +96,7 @@ TEST_F(ClockTest, ReactorMayRepointItselfWhileItRuns) {
     EXPECT_EQ(other->nextWakeup(), Orb::Clock::never);
 }
 
-TEST_F(ClockTest, ReactorOfADyingOwnerIsCalledOrOutlivesTheOwnerThatItDrops) {
+TEST_F(ClockTest, ReactorOfADyingOwnerIsNotCalledAndAnotherMayDropItsOwner) {
     struct Owner : Orb::PtrInterface {
         explicit Owner(std::function<void()> action) : wakeup(this, std::move(action)) {}
         struct Wakeup : Orb::Clock::NotifieeConst {

@@ -208,14 +208,14 @@ class FanTest : public testing::Test {
     Ptr<Cooling::FanSm> sm = makePtr<Cooling::FanSm>(Cooling::FanSm::Arguments{sensors, fan, 60});
 };
 
-TEST_F(FanTest, RunsWhileASensorIsTooHot) {
+TEST_F(FanTest, FanRunsWhileASensorIsTooHot) {
     sensors->sensorIs(name("cpu"))->celsiusIs(75);
     EXPECT_TRUE(fan->on());
     sensors->sensorDel(name("cpu"));
     EXPECT_FALSE(fan->on());
 }
 
-TEST_F(FanTest, ItsWatchersMayLetGoOfItAndOfItsInputs) {
+TEST_F(FanTest, WatchersOfTheFanMayLetGoOfItAndOfItsInputs) {
     const std::vector<std::function<void()>> acts{
         [this] { sm = nullptr; },
         [this] { sensors->sensorDelAll(); },
@@ -274,7 +274,7 @@ class Branch : public Entity {
 };
 ORB_DEFINE_TYPE(Branch)
 
-TEST(Mutators, KeepTheirParentWhoeverLetsGoOfIt) {
+TEST(Mutators, ParentStaysDuringItsMutatorWhoeverLetsGoOfIt) {
     const auto stone = makePtr<Leaf>(Leaf::Arguments{"stone"});
     const std::vector<std::function<void(Branch&)>> mutators{
         [](Branch& b) { EXPECT_EQ(b.leafIs("new"), nullptr); },

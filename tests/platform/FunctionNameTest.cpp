@@ -29,7 +29,7 @@ std::string handleStatusT(const T& /*machine*/) {
     return __PRETTY_FUNCTION__;
 }
 
-TEST(FunctionName, cutsWhatThisCompilerWrites) {
+TEST(FunctionName, NamesOfThisCompilerAreCutDown) {
     const Machine<std::vector<int>> machine;
     const std::vector<std::pair<std::string, std::string>> cases = {
         {machine.method<int>({}), "Machine::method"},
@@ -43,7 +43,7 @@ TEST(FunctionName, cutsWhatThisCompilerWrites) {
     }
 }
 
-TEST(FunctionName, cutsTheSpellingsOfBothCompilers) {
+TEST(FunctionName, SpellingsOfBothCompilersAreCutDown) {
     const std::vector<std::pair<std::string, std::string>> cases = {
         {"void Routing::DirectNet::RootSm::doCreateOrDeleteContainer(const L3::VrfName&)",
          "RootSm::doCreateOrDeleteContainer"},

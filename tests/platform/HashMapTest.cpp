@@ -66,7 +66,7 @@ class HashMapAgainstModel : public testing::TestWithParam<HashCase> {
         both_;
 };
 
-TEST_P(HashMapAgainstModel, RandomOperationsLoseOrMisplaceNothing) {
+TEST_P(HashMapAgainstModel, RandomOperationsLeaveWhatTheModelHolds) {
     // Phases of mostly growing and mostly draining, so that growth and shrinking both happen.
     for (int phase = 0; phase < 8; ++phase) {
         const unsigned insertPercent = phase % 2 == 0 ? 85 : 10;
@@ -86,7 +86,7 @@ TEST_P(HashMapAgainstModel, RandomOperationsLoseOrMisplaceNothing) {
     both_.expectSame();
 }
 
-TEST_P(HashMapAgainstModel, WalkThroughMutationsMeetsEveryStayingEntryOnce) {
+TEST_P(HashMapAgainstModel, WalkMeetsEveryStayingEntryOnce) {
     for (int round = 0; round < 20; ++round) {
         while (both_.map.size() < GetParam().keys / 2) {
             insertRandom();
@@ -195,7 +195,7 @@ TEST_F(HashMapCost, InsertingInHashOrderDoesNotPileUp) {
     }
 }
 
-TEST_F(HashMapCost, DrainedTableKeepsItsSizeOrPilesUpWhenRefilled) {
+TEST_F(HashMapCost, DrainedTableShrinksAndRefillsWithoutPilingUp) {
     CountedMap map;
     std::uint32_t next = 0;
     const auto refill = [&] {

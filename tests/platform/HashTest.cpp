@@ -24,7 +24,7 @@ int fullestBucket(KeyOf keyOf) {
 }
 
 // Two keys a bucket on average: a random placement has at most about a dozen in the fullest.
-TEST(Hash, RegularKeysPileUpInTheTopBits) {
+TEST(Hash, RegularKeysSpreadOverTheTopBits) {
     EXPECT_LE(fullestBucket([](std::uint32_t index) { return index; }), 14);
     EXPECT_LE(fullestBucket([](std::uint32_t index) { return std::uint64_t{index} << 40; }), 14);
     EXPECT_LE(fullestBucket([](std::uint32_t index) {

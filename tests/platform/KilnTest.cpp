@@ -161,7 +161,7 @@ class TimerWheelTest : public testing::Test {
     std::string log_;
 };
 
-TEST_F(TimerWheelTest, AgreesWithASortedModelAcrossRounds) {
+TEST_F(TimerWheelTest, WheelAgreesWithASortedModelAcrossRounds) {
     const auto tickNow = [this] { return std::lround(clock_->now() / tick); };
     for (const auto& [slots, bucket] : {std::pair(1U, 1U), {7, 3}, {64, 64}, {1000, 128}}) {
         std::mt19937 random(slots);

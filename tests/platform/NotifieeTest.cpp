@@ -79,7 +79,7 @@ class NotifieeTest : public testing::Test {
     std::vector<Ptr<Watcher>> watchers;
 };
 
-TEST_F(NotifieeTest, UnchangedValueIsNews) {
+TEST_F(NotifieeTest, UnchangedValueIsNoNews) {
     EXPECT_EQ(seen(40), Log());
     EXPECT_EQ(seen(60), (Log{"a60", "b60", "c60"}));
     EXPECT_EQ(seen(60), Log());
@@ -90,7 +90,7 @@ TEST_F(NotifieeTest, UnchangedValueIsNews) {
     EXPECT_EQ(log.size(), 3U);
 }
 
-TEST_F(NotifieeTest, RemovedReactorIsCalledAgainOrTakesItsNeighbourAlong) {
+TEST_F(NotifieeTest, RemovedReactorIsNotCalledAgainAndItsNeighbourIs) {
     for (std::size_t victim = 0; victim < 3; ++victim) {
         watchers[1]->act = [this, victim] { watchers[victim] = nullptr; };
         EXPECT_EQ(seen(1).size(), victim == 2 ? 2U : 3U);
@@ -107,7 +107,7 @@ TEST_F(NotifieeTest, RemovedReactorIsCalledAgainOrTakesItsNeighbourAlong) {
     EXPECT_EQ(seen(4), Log());
 }
 
-TEST_F(NotifieeTest, ReactorThatComesHearsOfTheChangeThatBroughtIt) {
+TEST_F(NotifieeTest, ReactorThatComesHearsOfLaterChangesOnly) {
     watchers[2]->act = [this] {
         if (watchers.size() == 3) {
             watchers.push_back(watch("d"));
@@ -117,7 +117,7 @@ TEST_F(NotifieeTest, ReactorThatComesHearsOfTheChangeThatBroughtIt) {
     EXPECT_EQ(seen(2).size(), 4U);
 }
 
-TEST_F(NotifieeTest, RepointedReactorHearsOfTheOldOneOrMissesTheNew) {
+TEST_F(NotifieeTest, RepointedReactorHearsOfTheNewOneOnly) {
     watchers[2]->act = [this] { watchers[2]->notifierIs(lamp); }; // where it points already
     watchers[0]->act = [this] {
         watchers[1]->notifierIs(other);
@@ -136,7 +136,7 @@ TEST_F(NotifieeTest, RepointedReactorHearsOfTheOldOneOrMissesTheNew) {
 }
 
 // Depth first: the inner change is told to everybody before the outer one goes on.
-TEST_F(NotifieeTest, ChangeFromInsideTheHandlerIsLostOrSeenOutOfOrder) {
+TEST_F(NotifieeTest, ChangeFromInsideTheHandlerIsSeenInOrder) {
     watchers[1]->act = [this] {
         if (lamp->watts() < 3) {
             lamp->wattsIs(lamp->watts() + 1);
@@ -150,7 +150,7 @@ TEST_F(NotifieeTest, ChangeFromInsideTheHandlerIsLostOrSeenOutOfOrder) {
     EXPECT_EQ(seen(10), (Log{"a10", "b10", "c10"}));
 }
 
-TEST_F(NotifieeTest, WatchedObjectOrItsOwnerDiesWhileItTells) {
+TEST_F(NotifieeTest, WatchedObjectAndItsOwnerMayDieWhileItTells) {
     auto house = makePtr<House>();
     for (const auto& watcher : watchers) {
         watcher->notifierIs(Ptr<Lamp>(house->lampIs("hall")));
@@ -172,7 +172,7 @@ TEST_F(NotifieeTest, WatchedObjectOrItsOwnerDiesWhileItTells) {
     EXPECT_EQ(log.size(), 4U);
 }
 
-TEST_F(NotifieeTest, ExceptionFromAHandlerBreaksTheList) {
+TEST_F(NotifieeTest, ExceptionFromAHandlerLeavesTheListWhole) {
     watchers[1]->act = [] { throw Error("no"); };
     EXPECT_THROW(lamp->wattsIs(1), Error);
     EXPECT_EQ(lamp->watts(), 1);
@@ -191,7 +191,7 @@ TEST_F(NotifieeTest, ExceptionFromAHandlerBreaksTheList) {
     EXPECT_EQ(seen(6), (Log{"a6", "b6"}));
 }
 
-TEST_F(NotifieeTest, ReactorThatIsInactiveOrGoingHears) {
+TEST_F(NotifieeTest, ReactorThatIsInactiveOrGoingHearsNothing) {
     watchers[0]->hasNotificationActiveIs(false);
     watchers[1]->orbDoZombieReactors(true);
     EXPECT_EQ(seen(1), (Log{"c1"}));
@@ -202,7 +202,7 @@ TEST_F(NotifieeTest, ReactorThatIsInactiveOrGoingHears) {
     EXPECT_EQ(seen(3), (Log{"a3", "b3"}));
 }
 
-TEST(DeclaredAttributeTest, ChildIsReplacedWhenEqualOrKeptWhenNot) {
+TEST(DeclaredAttributeTest, ChildIsKeptWhenEqualAndReplacedWhenNot) {
     const auto house = makePtr<House>();
     const Ptr<Lamp> porch = house->porchIs("porch");
     EXPECT_EQ(house->porchIs("porch"), porch);
@@ -214,7 +214,7 @@ TEST(DeclaredAttributeTest, ChildIsReplacedWhenEqualOrKeptWhenNot) {
     EXPECT_EQ(hall->references(), 1U);
 }
 
-TEST(DeclaredAttributeTest, GenericInterfaceMissesAttributesOrTakesBadText) {
+TEST(DeclaredAttributeTest, GenericInterfaceKnowsEveryAttributeAndRefusesBadText) {
     const auto lamp = makePtr<Lamp>(Lamp::Arguments{"hall"});
     const TypeNode& type = *lamp->fwkTypeNode();
     std::vector<std::string> values;

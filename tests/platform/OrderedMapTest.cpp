@@ -14,7 +14,7 @@ namespace {
 /// The number of distinct keys decides which shapes of the map are passed through.
 class OrderedMapAgainstModel : public testing::TestWithParam<std::uint32_t> {};
 
-TEST_P(OrderedMapAgainstModel, RandomOperationsLoseOrMisplaceNothing) {
+TEST_P(OrderedMapAgainstModel, RandomOperationsLeaveWhatTheModelHolds) {
     std::mt19937 random(77);
     TestSupport::MapAgainstModel<Orb::OrderedMap<std::uint32_t, std::unique_ptr<std::uint32_t>>,
                                  std::map<std::uint32_t, std::uint32_t>>

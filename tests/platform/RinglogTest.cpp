@@ -85,7 +85,7 @@ class RinglogTest : public testing::Test {
     std::filesystem::path folder_;
 };
 
-TEST_F(RinglogTest, wrappingKeepsTheNewestMessagesInOrder) {
+TEST_F(RinglogTest, WrappingKeepsTheNewestMessagesInOrder) {
     for (int count : {1, 10, 25, 26, 60, 100, 1000, 1001}) {
         open("ring", 4);
         writeNumbered(count);
@@ -99,7 +99,7 @@ TEST_F(RinglogTest, wrappingKeepsTheNewestMessagesInOrder) {
     }
 }
 
-TEST_F(RinglogTest, everyKindOfArgumentReadsAsItsValue) {
+TEST_F(RinglogTest, EveryKindOfArgumentReadsAsItsValue) {
     static constinit MessageDescriptor numbers("Unit", 1, "f()");
     static constinit MessageDescriptor texts("Unit", 2, "f()");
     static constinit MessageDescriptor values("Unit", 3, "f()");
@@ -119,7 +119,7 @@ TEST_F(RinglogTest, everyKindOfArgumentReadsAsItsValue) {
                      "Unit:3 [f] Ethernet1 red 5 10.1.1.5/24 2001:db8::/64 10.0.0.1 unset"}));
 }
 
-TEST_F(RinglogTest, oversizedOrUnfinishedMessagesLeaveTheRingReadable) {
+TEST_F(RinglogTest, OversizedOrUnfinishedMessagesLeaveTheRingReadable) {
     static constinit MessageDescriptor descriptor("Unit", 1, "f()");
     open("ring", 2);
     std::string large(100'000, 'x');
@@ -134,7 +134,7 @@ TEST_F(RinglogTest, oversizedOrUnfinishedMessagesLeaveTheRingReadable) {
     EXPECT_EQ(lines[1], numbered(0));
 }
 
-TEST_F(RinglogTest, callSitesBeyondTheTableAreSkipped) {
+TEST_F(RinglogTest, CallSitesBeyondTheTableAreSkipped) {
     open("ring", 2);
     std::vector<MessageDescriptor> many(200, MessageDescriptor("Unit", 3, "f()"));
     for (MessageDescriptor& descriptor : many) {
@@ -147,7 +147,7 @@ TEST_F(RinglogTest, callSitesBeyondTheTableAreSkipped) {
     EXPECT_EQ(decode(read("ring")).back(), lines.front());
 }
 
-TEST_F(RinglogTest, replacedFileIsLostOrItsCallSitesAreNotDescribedInTheNext) {
+TEST_F(RinglogTest, ReplacedFileIsKeptAndTheNextDescribesItsCallSites) {
     static constinit MessageDescriptor other("Unit", 1, "f()");
     open("ring", 2);
     writeMessage(*defaultRinglogFile(), other, "first only");
@@ -160,7 +160,7 @@ TEST_F(RinglogTest, replacedFileIsLostOrItsCallSitesAreNotDescribedInTheNext) {
               (Lines{"Unit:1 [f] first only", numbered(0)}));
 }
 
-TEST_F(RinglogTest, failureLeavesNoneOpenAndHarmsNothing) {
+TEST_F(RinglogTest, FailureLeavesNoneOpenAndHarmsNothing) {
     std::filesystem::create_symlink("/dev/null", folder_ / "link");
     const auto expectRefused = [this](const std::string& name, const char* size = "", int clock = 0,
                                       int pages = 24, unsigned blocks = 512) {
@@ -186,7 +186,7 @@ TEST_F(RinglogTest, failureLeavesNoneOpenAndHarmsNothing) {
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
 }
 
-TEST_F(RinglogTest, fileOfSomethingElseIsReplaced) {
+TEST_F(RinglogTest, FileOfSomethingElseIsKept) {
     for (const std::string& precious :
          {std::string(), std::string("RINGLOG"), std::string(5000, 'x')}) {
         put("mine", precious);
@@ -208,7 +208,7 @@ TEST_F(RinglogTest, fileOfSomethingElseIsReplaced) {
     EXPECT_EQ(failure(), "");
 }
 
-TEST_F(RinglogTest, limitOnTheSizeOfFilesEndsTheProcess) {
+TEST_F(RinglogTest, LimitOnTheSizeOfFilesIsAFailureOnly) {
     pid_t child = ::fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
@@ -245,7 +245,7 @@ class FaultHandler {
     struct sigaction before_ {};
 };
 
-TEST_F(RinglogTest, fileCutOffWhileItIsWrittenEndsTheProcess) {
+TEST_F(RinglogTest, FileCutOffWhileItIsWrittenIsAFailureOnly) {
     const FaultHandler handler;
     for (const int before : {0, 50}) {
         for (const std::uintmax_t length : {0U, 100U, 5000U}) { // whole pages are gone then
@@ -271,7 +271,7 @@ TEST_F(RinglogTest, fileCutOffWhileItIsWrittenEndsTheProcess) {
     EXPECT_FALSE(recoverFromFault(nullptr));
 }
 
-TEST_F(RinglogTest, callSiteIsEnteredWhereSomebodyHasWrittenIntoTheFile) {
+TEST_F(RinglogTest, CallSiteIsEnteredWhateverOthersHaveWrittenIntoTheFile) {
     open("ring", 2);
     Layout::FileHeader header{};
     header.tableUsed = UINT32_MAX - 10;
@@ -281,7 +281,7 @@ TEST_F(RinglogTest, callSiteIsEnteredWhereSomebodyHasWrittenIntoTheFile) {
     EXPECT_NE(read("ring").find("number %i as text %s"), std::string::npos);
 }
 
-TEST_F(RinglogTest, messagesOfAKilledProcessAreThere) {
+TEST_F(RinglogTest, MessagesOfAKilledProcessAreThere) {
     pid_t child = ::fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
@@ -297,7 +297,7 @@ TEST_F(RinglogTest, messagesOfAKilledProcessAreThere) {
     EXPECT_EQ(RinglogReader(file).processId(), static_cast<std::uint32_t>(child));
 }
 
-TEST_F(RinglogTest, fileCutOffAtAnyLengthGivesOnlyTrueLines) {
+TEST_F(RinglogTest, FileCutOffAtAnyLengthGivesOnlyTrueLines) {
     open("ring", 2);
     writeNumbered(200);
     const std::string whole = read("ring");
@@ -321,7 +321,7 @@ TEST_F(RinglogTest, fileCutOffAtAnyLengthGivesOnlyTrueLines) {
     EXPECT_THROW(decode(std::string(10'000, '\0')), Orb::ParseError) << "no ring at all";
 }
 
-TEST_F(RinglogTest, damagedBytesNeitherCrashNorLoop) {
+TEST_F(RinglogTest, DamagedBytesNeitherCrashNorLoop) {
     open("ring", 4);
     writeNumbered(1000);
     const std::string whole = read("ring");
@@ -343,7 +343,7 @@ TEST_F(RinglogTest, damagedBytesNeitherCrashNorLoop) {
     }
 }
 
-TEST_F(RinglogTest, damageInOneBlockCostsNoOther) {
+TEST_F(RinglogTest, DamageInOneBlockCostsNoOther) {
     open("ring", 4);
     writeNumbered(90);
     std::string file = read("ring");

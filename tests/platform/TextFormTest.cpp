@@ -28,7 +28,7 @@ void expectReadsBack(T value) {
     EXPECT_EQ(valueFromStrep<T>(valueToStrep(value)), value);
 }
 
-TEST(TextForm, ExtremesDoNotReadBack) {
+TEST(TextForm, ExtremesReadBack) {
     expectReadsBack(std::numeric_limits<std::int64_t>::min());
     expectReadsBack(std::numeric_limits<std::uint64_t>::max());
     expectReadsBack(std::numeric_limits<double>::denorm_min());
@@ -44,12 +44,12 @@ TEST(TextForm, ExtremesDoNotReadBack) {
     }
 }
 
-TEST(TextForm, StringHoldsOtherThanPrintableAscii) {
+TEST(TextForm, StringHoldsPrintableAsciiOnly) {
     EXPECT_EQ(valueToStrep(std::string("it's\\\n\x1f~\x7f\xff", 10)),
               R"('it\'s\\\x0a\x1f~\x7f\xff')");
 }
 
-TEST(TextForm, SloppyTextIsRead) {
+TEST(TextForm, SloppyTextIsRefused) {
     for (const char* text : {"", "-", "+1", "01", "-0", "00", " 1", "1 ", "0x1", "1.0"}) {
         EXPECT_THROW(valueFromStrep<int>(text), ParseError) << text;
     }
@@ -63,20 +63,20 @@ TEST(TextForm, SloppyTextIsRead) {
     }
 }
 
-TEST(TextForm, TooLargeNumberIsCutOff) {
+TEST(TextForm, TooLargeNumberIsRefused) {
     EXPECT_THROW(valueFromStrep<std::uint8_t>("256"), RangeError);
     EXPECT_THROW(valueFromStrep<std::int8_t>("-129"), RangeError);
     EXPECT_THROW(valueFromStrep<Vrf::VrfIdMap::VrfId>("4294967296"), RangeError);
     EXPECT_THROW(valueFromStrep<double>("1e999"), RangeError);
 }
 
-TEST(CompositeValue, DeclaredDefaultIsForgotten) {
+TEST(CompositeValue, DefaultIsTheDeclaredOne) {
     EXPECT_EQ(Settings(), Settings(7, "default", ""));
     EXPECT_TRUE(!Settings(7, "default", ""));
     EXPECT_FALSE(!Settings(0, "default", ""));
 }
 
-TEST(CompositeValue, OtherTypeOrFieldOrderIsRead) {
+TEST(CompositeValue, OtherTypeOrFieldOrderIsRefused) {
     for (const char* text : {
              "Value('Test::Holder', ** {'limit': 1, 'vrf': '', 'note': ''})",
              "Value('Test::Settings', ** {'vrf': '', 'limit': 1, 'note': ''})",
@@ -88,7 +88,7 @@ TEST(CompositeValue, OtherTypeOrFieldOrderIsRead) {
     }
 }
 
-TEST(CompositeValue, NestedRangeErrorDoesNotNameThePath) {
+TEST(CompositeValue, NestedRangeErrorNamesThePath) {
     const std::pair<std::string, std::string> cases[] = {
         {"'limit': 1, 'vrf': '" + std::string(101, 'v') + "', 'note': ''",
          "settings: vrf: VrfName::bytes > VrfName::maxLength not allowed"},

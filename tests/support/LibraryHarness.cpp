@@ -62,6 +62,10 @@ LibraryHarness::~LibraryHarness() {
     }
 }
 
+template <typename Tables>
+concept MakesInputsOfTablesAlone = requires(Tables tables) { RootInputs{.entityManager = tables}; };
+static_assert(!MakesInputsOfTablesAlone<Orb::Ptr<Vaultdb::EntityManager>>);
+
 RootInputs LibraryHarness::inputs() const {
     return {.entityManager = entityManager,
             .scheduler = scheduler,

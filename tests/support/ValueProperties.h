@@ -21,7 +21,7 @@ class ValueProperties : public testing::Test {
 
 TYPED_TEST_SUITE_P(ValueProperties);
 
-TYPED_TEST_P(ValueProperties, TextReadsBackAsAnotherValue) {
+TYPED_TEST_P(ValueProperties, TextReadsBackAsTheSameValue) {
     for (int round = 0; round < 2000; ++round) {
         const TypeParam value = this->random.template make<TypeParam>();
         const std::string text = Orb::valueToStrep(value);
@@ -29,7 +29,7 @@ TYPED_TEST_P(ValueProperties, TextReadsBackAsAnotherValue) {
     }
 }
 
-TYPED_TEST_P(ValueProperties, TruncatedOrExtendedTextIsAccepted) {
+TYPED_TEST_P(ValueProperties, TruncatedOrExtendedTextIsRefused) {
     for (int round = 0; round < 20; ++round) {
         const std::string text = Orb::valueToStrep(this->random.template make<TypeParam>());
         ASSERT_THROW(Orb::valueFromStrep<TypeParam>(text + " "), Orb::ParseError) << text;
@@ -43,7 +43,7 @@ TYPED_TEST_P(ValueProperties, TruncatedOrExtendedTextIsAccepted) {
     }
 }
 
-TYPED_TEST_P(ValueProperties, OrderOrHashContradictsEquality) {
+TYPED_TEST_P(ValueProperties, OrderAndHashAgreeWithEquality) {
     std::deque<TypeParam> values(1);
     for (int round = 0; round < 100; ++round) {
         values.push_back(this->random.template make<TypeParam>());
@@ -60,7 +60,7 @@ TYPED_TEST_P(ValueProperties, OrderOrHashContradictsEquality) {
     }
 }
 
-REGISTER_TYPED_TEST_SUITE_P(ValueProperties, TextReadsBackAsAnotherValue,
-                            TruncatedOrExtendedTextIsAccepted, OrderOrHashContradictsEquality);
+REGISTER_TYPED_TEST_SUITE_P(ValueProperties, TextReadsBackAsTheSameValue,
+                            TruncatedOrExtendedTextIsRefused, OrderAndHashAgreeWithEquality);
 
 } // namespace TestSupport

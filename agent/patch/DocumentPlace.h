@@ -3,18 +3,19 @@
 #include <string>
 #include <string_view>
 
-#include "agent/document/DocumentError.h"
+#include "agent/patch/DocumentError.h"
 
 namespace Agent {
 
 /// A place in a document, as the way there: it lives on the stack of whoever walks the document and
 /// costs nothing until an error asks for its text.
-class Place {
+class DocumentPlace {
   public:
-    Place() = default;
-    Place(const Place& parent, std::string_view key) : parent_(&parent), key_(key) {}
+    DocumentPlace() = default;
+    DocumentPlace(const DocumentPlace& parent, std::string_view key)
+        : parent_(&parent), key_(key) {}
     /// A parent outlives the places in it.
-    Place(const Place&& parent, std::string_view key) = delete;
+    DocumentPlace(const DocumentPlace&& parent, std::string_view key) = delete;
 
     /// The JSON pointer of the place.
     std::string pointer() const;
@@ -24,7 +25,7 @@ class Place {
     }
 
   private:
-    const Place* parent_ = nullptr;
+    const DocumentPlace* parent_ = nullptr;
     std::string_view key_;
 };
 

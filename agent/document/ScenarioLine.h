@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "agent/document/DevicePatch.h"
+#include "agent/patch/DevicePatch.h"
 
 namespace Agent {
 

@@ -1,4 +1,4 @@
-#include "agent/run/JsonLines.h"
+#include "agent/document/JsonLines.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

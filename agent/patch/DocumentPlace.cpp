@@ -1,8 +1,8 @@
-#include "agent/document/Place.h"
+#include "agent/patch/DocumentPlace.h"
 
 namespace Agent {
 
-std::string Place::pointer() const {
+std::string DocumentPlace::pointer() const {
     if (parent_ == nullptr) {
         return {};
     }

@@ -1,16 +1,17 @@
-#include "agent/replay/ScenarioLine.h"
+#include "agent/document/ScenarioLine.h"
 
 #include <nlohmann/json.hpp>
 
+#include "agent/document/DevicePatchReader.h"
 #include "agent/document/JsonText.h"
-#include "agent/document/Place.h"
+#include "agent/patch/DocumentPlace.h"
 #include "agent/document/ValueReader.h"
 
 namespace Agent {
 
 namespace {
 
-double readTime(const nlohmann::json& json, const Place& place) {
+double readTime(const nlohmann::json& json, const DocumentPlace& place) {
     const double time = json.is_number() ? json.get<double>() : -1;
     if (!(time >= 0 && time <= ScenarioLine::latest)) {
         place.refuse("must be a number of seconds from 0 to 1000000000");
@@ -18,7 +19,7 @@ double readTime(const nlohmann::json& json, const Place& place) {
     return time;
 }
 
-std::uint64_t readCount(const nlohmann::json& json, const Place& place) {
+std::uint64_t readCount(const nlohmann::json& json, const DocumentPlace& place) {
     if (!json.is_number_unsigned() || json.get<std::uint64_t>() == 0) {
         place.refuse("must be a number of changes from 1");
     }
@@ -29,13 +30,13 @@ std::uint64_t readCount(const nlohmann::json& json, const Place& place) {
 
 ScenarioLine readScenarioLine(std::string_view text) {
     const nlohmann::json json = parseJson(text);
-    const Place root;
+    const DocumentPlace root;
     if (!json.is_object()) {
         root.refuse("must be an object");
     }
     ScenarioLine line;
     for (const auto& item : json.items()) {
-        const Place place(root, item.key());
+        const DocumentPlace place(root, item.key());
         if (item.key() == "at") {
             line.at = readTime(item.value(), place);
         } else if (item.key() == "during") {
