@@ -16,8 +16,8 @@ macro(directnet_sanitize sanitizers)
   add_link_options(-fsanitize=${sanitizers})
 endmacro()
 
-# In a unity build (CMAKE_UNITY_BUILD, set by the release and test presets) the sources of a folder
-# are compiled together, at most eight at a time: they include the same headers. Sources in the
+# With DIRECTNET_UNITY, which the release and test presets set, the sources of a library's folder are
+# compiled together, at most eight at a time: they include the same headers. Sources in the
 # folders that are named behind the sources are compiled by themselves: their unnamed namespaces use
 # the same names, such as that of the trace unit.
 function(directnet_unity target sources)
@@ -34,8 +34,8 @@ function(directnet_unity target sources)
     math(EXPR batch "${before} / 8")
     set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group}_${batch})
   endforeach()
-  set_target_properties(${target} PROPERTIES UNITY_BUILD_MODE GROUP)
-  if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # The compiler takes a source that stands in another file for a header, and a name of a
     # neighbour for one that may be shadowed by mistake.
     target_compile_options(${target} PRIVATE -Wno-subobject-linkage -Wno-shadow)
@@ -45,7 +45,8 @@ endfunction()
 # No path of this machine reaches what is built: assertions and debug information name sources by
 # their path in the project.
 macro(directnet_hide_paths)
-  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
+  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=
+                      -ffile-prefix-map=${PROJECT_BINARY_DIR}=.)
 endmacro()
 
 # Drops from a list the project targets that do not exist because their folder holds no sources.
@@ -80,7 +81,9 @@ function(directnet_library target)
                      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/directnet>)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
   directnet_warnings(${target})
-  directnet_unity(${target} "${sources}" ${arg_APART})
+  if(DIRECTNET_UNITY)
+    directnet_unity(${target} "${sources}" ${arg_APART})
+  endif()
 
   if(arg_EXPORT)
     add_library(directnet::${arg_EXPORT} ALIAS ${target})

@@ -90,7 +90,7 @@ concept MadeFrom = requires { (typename T::Arguments{std::declval<Args>()...}); 
                   static void visitFields(Visitor & visitor) {                                     \
             ORB_FOR_EACH(ORB_ARGUMENT_FIELD, Arguments, __VA_ARGS__)                               \
         }                                                                                          \
-        static constexpr std::size_t orbCount =                                                    \
+        [[maybe_unused]] static constexpr std::size_t orbCount =                                   \
             0 ORB_FOR_EACH(ORB_ARGUMENT_COUNT, Arguments, __VA_ARGS__);                            \
         bool operator==(const Arguments&) const = default;                                         \
     };                                                                                             \

@@ -35,7 +35,7 @@
     static constexpr std::string_view orbTypeName = qualifiedName;                                 \
     static const Orb::TypeNode& fwkType();                                                         \
     const Orb::TypeNode* fwkTypeNode() const override;                                             \
-    friend void orbNamedType(const Class*) {}
+    [[maybe_unused]] friend void orbNamedType(const Class*) {}
 
 /// A class with attributes that others may watch.
 #define ORB_ENTITY(Class, qualifiedName)                                                           \

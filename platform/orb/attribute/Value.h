@@ -55,7 +55,7 @@
         return out << Orb::valueToStrep(value);                                                    \
     }                                                                                              \
     static constexpr std::string_view valueTypeName() { return typeName; }                         \
-    static constexpr std::size_t valueFieldCount =                                                 \
+    [[maybe_unused]] static constexpr std::size_t valueFieldCount =                                \
         0 ORB_FOR_EACH(ORB_VALUE_COUNT, Class, __VA_ARGS__);                                       \
     template <typename Visit>                                                                      \
     static constexpr void visitFields(Visit&& visit) {                                             \
