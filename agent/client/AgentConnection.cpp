@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "agent/base/Errors.h"
-#include "agent/base/JsonWriter.h"
 #include "agent/base/SocketAddress.h"
+#include "agent/document/JsonWriter.h"
 
 namespace Agent {
 

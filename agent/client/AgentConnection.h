@@ -4,7 +4,7 @@
 #include <string>
 
 #include "agent/base/FileDescriptor.h"
-#include "agent/base/JsonReader.h"
+#include "agent/document/JsonReader.h"
 
 namespace Agent {
 

@@ -5,7 +5,7 @@
 #include <sys/socket.h>
 #include <utility>
 
-#include "agent/base/JsonWriter.h"
+#include "agent/document/JsonWriter.h"
 #include "agent/patch/DocumentError.h"
 #include "agent/server/WatchAnswer.h"
 #include "agent/topics/VrfCursor.h"

@@ -6,7 +6,7 @@
 #include <sys/socket.h>
 #include <utility>
 
-#include "agent/base/JsonWriter.h"
+#include "agent/document/JsonWriter.h"
 
 namespace Agent {
 

@@ -4,7 +4,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "agent/base/JsonReader.h"
+#include "agent/document/JsonReader.h"
 
 namespace Agent {
 

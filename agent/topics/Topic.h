@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "agent/base/Colour.h"
-#include "agent/base/JsonReader.h"
+#include "agent/document/JsonReader.h"
 #include "agent/topics/Answer.h"
 #include "agent/topics/AnswerPrinter.h"
 #include "platform/vrf/VrfName.h"

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "agent/base/JsonReader.h"
-#include "agent/base/JsonWriter.h"
+#include "agent/document/JsonReader.h"
+#include "agent/document/JsonWriter.h"
 #include "platform/lanx/IntfId.h"
 #include "platform/lanx/IpGenPrefix.h"
 #include "platform/routing/RouteType.h"

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
-#include "agent/base/JsonWriter.h"
 #include "agent/base/TextTable.h"
+#include "agent/document/JsonWriter.h"
 #include "platform/lanx/IntfId.h"
 #include "platform/virtualip/VirtualIp6IntfStatus.h"
 #include "platform/virtualip/VirtualIpIntfStatus.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "agent/base/JsonWriter.h"
+#include "agent/document/JsonWriter.h"
 
 namespace {
 

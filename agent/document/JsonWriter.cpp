@@ -1,4 +1,4 @@
-#include "agent/base/JsonWriter.h"
+#include "agent/document/JsonWriter.h"
 
 #include <algorithm>
 #include <array>

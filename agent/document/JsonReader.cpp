@@ -1,4 +1,4 @@
-#include "agent/base/JsonReader.h"
+#include "agent/document/JsonReader.h"
 
 #include <nlohmann/json.hpp>
 
