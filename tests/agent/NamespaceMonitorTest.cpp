@@ -220,7 +220,11 @@ TEST_F(NamespaceMonitorTest, MessagesOfOthersThanTheKernelAreIgnored) {
     sendToAllSockets(std::as_bytes(std::span(&forged, 1)));
     ip("addr add 10.0.0.1/24 dev e1");
     expectFresh(follower, 3, "a forged announcement");
-    EXPECT_TRUE(follower.isIdle()) << "what nobody waits for keeps it busy";
+    // The kernel may still have something to say, of duplicate address detection.
+    for (const double deadline = steadySeconds() + 5; !follower.isIdle();) {
+        ASSERT_LT(steadySeconds(), deadline) << "what nobody waits for keeps it busy";
+        follower.serveOnce(steadySeconds() + 0.02);
+    }
 }
 
 TEST_F(NamespaceMonitorTest, ChangesDuringAListingAreNeitherLostNorOverwritten) {
