@@ -48,7 +48,7 @@ class KernelMessages {
     void addAddresses(int index, int type) {
         const auto high = static_cast<std::uint8_t>(index >> 8);
         const auto low = static_cast<std::uint8_t>(index);
-        for (const std::uint8_t net : {10, 11}) {
+        for (const std::uint8_t net : {std::uint8_t{10}, std::uint8_t{11}}) {
             addAddress(index, type, AF_INET, 24, {net, high, low, 1});
             addAddress(index, type, AF_INET6, 64,
                        {0x20, 1, 0xd, 0xb8, net, 0, high, low, 0, 0, 0, 0, 0, 0, 0, 1});

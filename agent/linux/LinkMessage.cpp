@@ -2,6 +2,7 @@
 #include "agent/base/Utf8.h"
 
 #include <array>
+#include <cstddef>
 #include <cstring>
 #include <linux/if.h>
 #include <linux/if_link.h>
@@ -63,7 +64,7 @@ std::optional<LinkMessage> LinkMessage::parse(const nlmsghdr& header) {
     if (!name) {
         return std::nullopt;
     }
-    const auto number = [&](int type) {
+    const auto number = [&](std::size_t type) {
         return attributes[type] ? nla_get_u32(attributes[type]) : 0;
     };
     return LinkMessage{.index = info->ifi_index,
