@@ -4,8 +4,8 @@
 
 #include "agent/document/DevicePatchReader.h"
 #include "agent/document/JsonText.h"
-#include "agent/patch/DocumentPlace.h"
 #include "agent/document/ValueReader.h"
+#include "agent/patch/DocumentPlace.h"
 
 namespace Agent {
 
