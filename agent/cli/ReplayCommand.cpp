@@ -16,7 +16,7 @@ namespace Agent {
 
 namespace {
 
-struct Options {
+struct ReplayOptions {
     std::string file;
     bool json = false;
     int traceLevel = Ringlog::TraceHandle::off;
@@ -24,7 +24,7 @@ struct Options {
     std::string ring;
 };
 
-void runReplay(const Options& options) {
+void runReplay(const ReplayOptions& options) {
     InputFile input(options.file);
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
     placeRing(options.ring, RingDefault::nowhere, report);
@@ -52,7 +52,7 @@ void runReplay(const Options& options) {
 } // namespace
 
 Command replayCommand() {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ReplayOptions>();
     return {.name = "replay",
             .description = "Run a scenario of device changes",
             .arguments = {{.name = "FILE",

@@ -16,7 +16,7 @@ namespace Agent {
 
 namespace {
 
-struct Options {
+struct RunOptions {
     bool once = false;
     bool json = false;
     int traceLevel = Ringlog::TraceHandle::off;
@@ -37,7 +37,7 @@ void raiseFileLimit() {
     }
 }
 
-void listen(LiveAgent& agent, const Options& options) {
+void listen(LiveAgent& agent, const RunOptions& options) {
     if (!options.socket.empty()) {
         agent.listen({options.socket, false});
     } else if (!options.once && !options.noSocket) {
@@ -45,7 +45,7 @@ void listen(LiveAgent& agent, const Options& options) {
     }
 }
 
-void run(const Options& options) {
+void run(const RunOptions& options) {
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
     raiseFileLimit();
     placeRing(options.ring, options.once ? RingDefault::nowhere : RingDefault::stateFolder, report);
@@ -67,7 +67,7 @@ void run(const Options& options) {
 } // namespace
 
 Command runCommand() {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<RunOptions>();
     return {
         .name = "run",
         .description =

@@ -13,7 +13,7 @@ namespace Agent {
 
 namespace {
 
-struct Options {
+struct ShowOptions {
     std::string topic{topics().front()->name};
     std::string vrf;
     bool json = false;
@@ -49,7 +49,7 @@ std::string complaintAboutVrf(const std::string& name) {
     return {};
 }
 
-void show(const Options& options) {
+void show(const ShowOptions& options) {
     const Topic& topic = *findTopic(options.topic);
     AgentConnection answer(options.socket, showRequest(options.topic, options.vrf));
     const auto printer =
@@ -64,7 +64,7 @@ void show(const Options& options) {
 } // namespace
 
 Command showCommand() {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ShowOptions>();
     return {.name = "show",
             .description = "Show the state of a running agent. A large state is read while the "
                            "agent goes on: each VRF and route as it is at that moment.",

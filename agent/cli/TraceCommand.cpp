@@ -8,12 +8,12 @@ namespace Agent {
 
 namespace {
 
-struct Options {
+struct TraceOptions {
     int level = -1;
     std::string socket;
 };
 
-void setTrace(const Options& options) {
+void setTrace(const TraceOptions& options) {
     AgentConnection answer(options.socket, traceRequest(options.level));
     while (answer.next()) {
     }
@@ -22,7 +22,7 @@ void setTrace(const Options& options) {
 } // namespace
 
 Command traceCommand() {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<TraceOptions>();
     return {.name = "trace",
             .description = "Set the text trace of a running agent, which goes to its standard "
                            "error",

@@ -15,13 +15,13 @@ namespace Agent {
 
 namespace {
 
-struct Options {
+struct VipLogOptions {
     std::string file;
     bool json = false;
     bool follow = false;
 };
 
-void printTables(const VipLogReader& tables, const Options& options) {
+void printTables(const VipLogReader& tables, const VipLogOptions& options) {
     if (options.json) {
         printVipTablesAsJson(std::cout, tables);
     } else {
@@ -29,7 +29,7 @@ void printTables(const VipLogReader& tables, const Options& options) {
     }
 }
 
-void printVipLog(const Options& options) {
+void printVipLog(const VipLogOptions& options) {
     VipLogFile log(options.file, options.follow);
     VipLogReader reader(log.name());
     std::optional<VipChangePrinter> changes; // from when the tables have been printed
@@ -61,7 +61,7 @@ void printVipLog(const Options& options) {
 } // namespace
 
 Command vipLogCommand() {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<VipLogOptions>();
     return {.name = "vip-log",
             .description = "Print the tables that a log of virtual addresses ends with",
             .arguments = {{.name = "FILE",

@@ -11,12 +11,12 @@ namespace Agent {
 
 namespace {
 
-struct Options {
+struct WatchOptions {
     bool json = false;
     std::string socket;
 };
 
-void watch(const Options& options) {
+void watch(const WatchOptions& options) {
     const Colour colour(useColour());
     AgentConnection answer(options.socket, watchRequest());
     while (const auto line = answer.next()) {
@@ -37,7 +37,7 @@ void watch(const Options& options) {
 } // namespace
 
 Command watchCommand() {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<WatchOptions>();
     return {.name = "watch",
             .description = "Show the routes of a running agent (=), then each route that comes "
                            "(+), changes (~) or goes (-). A change that happens while the routes "

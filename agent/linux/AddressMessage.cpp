@@ -11,7 +11,7 @@ namespace Agent::Linux {
 
 namespace {
 
-std::array<nla_policy, IFA_FLAGS + 1> makePolicy() {
+std::array<nla_policy, IFA_FLAGS + 1> makeAddressPolicy() {
     std::array<nla_policy, IFA_FLAGS + 1> policy{};
     policy[IFA_FLAGS].type = NLA_U32;
     return policy;
@@ -50,7 +50,7 @@ std::optional<AddressMessage<Addr>> AddressMessage<Addr>::parse(const nlmsghdr& 
     if (info->ifa_family != family || info->ifa_index == 0) {
         return std::nullopt;
     }
-    static const auto policy = makePolicy();
+    static const auto policy = makeAddressPolicy();
     std::array<nlattr*, IFA_FLAGS + 1> attributes{};
     if (nlmsg_parse(message, sizeof(ifaddrmsg), attributes.data(), IFA_FLAGS, policy.data()) < 0) {
         return std::nullopt;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint32_t leastIpv6Mtu = 1280;
 
-std::array<nla_policy, IFLA_MASTER + 1> makePolicy() {
+std::array<nla_policy, IFLA_MASTER + 1> makeLinkPolicy() {
     std::array<nla_policy, IFLA_MASTER + 1> policy{};
     policy[IFLA_IFNAME].type = NLA_STRING;
     policy[IFLA_MASTER].type = NLA_U32;
@@ -48,7 +48,7 @@ std::optional<LinkMessage> LinkMessage::parse(const nlmsghdr& header) {
     if (header.nlmsg_type != RTM_NEWLINK && header.nlmsg_type != RTM_DELLINK) {
         return std::nullopt;
     }
-    static const auto policy = makePolicy();
+    static const auto policy = makeLinkPolicy();
     std::array<nlattr*, IFLA_MASTER + 1> attributes{};
     // The library reads only, though it asks for a mutable header.
     auto* message = const_cast<nlmsghdr*>(&header);

@@ -2,6 +2,7 @@
 
 #include "directnet/model/Trace.h"
 #include "directnet/root/RootInputs.h"
+#include "directnet/root/TraceUnit.h"
 #include "platform/orb/attribute/DefineType.h"
 #include "platform/orb/container/Keys.h"
 #include "platform/orb/loop/ActivityManager.h"
@@ -13,8 +14,6 @@ ORB_DEFINE_TYPE(ContainerSm)
 ORB_REGISTER(ContainerSm, ContainerSm, unitDirectNet, 10)
 
 namespace {
-
-DIRECTNET_TRACE_UNIT("DirectNet");
 
 /// Releases the via-set keys of every interface that a VRF's address status lists.
 template <typename Interfaces>

@@ -1,6 +1,7 @@
 #include "directnet/root/IntfStatusSm.h"
 
 #include "directnet/model/Trace.h"
+#include "directnet/root/TraceUnit.h"
 #include "platform/orb/attribute/DefineType.h"
 #include "platform/orb/container/Keys.h"
 
@@ -10,10 +11,6 @@ ORB_DEFINE_TYPE(IntfStatusDeclarations<Traits::IPv4>)
 ORB_DEFINE_TYPE(IntfStatusDeclarations<Traits::IPv6>)
 ORB_REGISTER(Ip6IntfStatusSm, Ip6IntfStatusSm, unitDirectNet, 6)
 ORB_REGISTER(IpIntfStatusSm, IpIntfStatusSm, unitDirectNet, 7)
-
-namespace {
-DIRECTNET_TRACE_UNIT("DirectNet");
-} // namespace
 
 template <typename Family>
 void IntfStatusSm<Family>::OrbVrfStatus::onAttribute(Orb::AttributeId id, const void* key) {

@@ -3,16 +3,13 @@
 #include <cstdlib>
 
 #include "directnet/model/Trace.h"
+#include "directnet/root/TraceUnit.h"
 #include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet {
 
 ORB_DEFINE_TYPE(KernelIntfStatus)
 ORB_REGISTER(KernelIntfStatus, KernelIntfStatus, unitDirectNet, 9)
-
-namespace {
-DIRECTNET_TRACE_UNIT("DirectNet");
-} // namespace
 
 KernelIntfStatus::KernelIntfStatus(Arguments arguments) : arguments_(std::move(arguments)) {
     handleInitialized();

@@ -2,6 +2,7 @@
 
 #include "directnet/model/ContainerRule.h"
 #include "directnet/model/Trace.h"
+#include "directnet/root/TraceUnit.h"
 #include "platform/orb/attribute/DefineType.h"
 #include "platform/orb/container/Keys.h"
 #include "platform/orb/object/Decision.h"
@@ -14,10 +15,6 @@ ORB_DEFINE_TYPE(RootSm)
 ORB_DEFINE_TYPE(RootSm::VrfStatusLocalSm)
 ORB_REGISTER(RootSm, RootSm, unitDirectNet, 4)
 ORB_REGISTER(VrfStatusLocalSm, RootSm::VrfStatusLocalSm, unitDirectNet, 5)
-
-namespace {
-DIRECTNET_TRACE_UNIT("DirectNet");
-} // namespace
 
 void RootSm::OrbNameToIdMapWrapper::onAttribute(Orb::AttributeId id, const void*) {
     if (id == NameToIdMapWrapper::generationAttribute) {

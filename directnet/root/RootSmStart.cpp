@@ -6,14 +6,13 @@
 
 #include "directnet/model/Trace.h"
 #include "directnet/root/RootSm.h"
+#include "directnet/root/TraceUnit.h"
 #include "platform/orb/container/Keys.h"
 #include "platform/orb/object/Decision.h"
 
 namespace Routing::DirectNet {
 
 namespace {
-
-DIRECTNET_TRACE_UNIT("DirectNet");
 
 constexpr std::size_t viaCapacity = 1052672;
 constexpr std::size_t routeCapacity = 4194304;

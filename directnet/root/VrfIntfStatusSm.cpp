@@ -1,6 +1,7 @@
 #include "directnet/root/VrfIntfStatusSm.h"
 
 #include "directnet/model/Trace.h"
+#include "directnet/root/TraceUnit.h"
 #include "platform/orb/attribute/DefineType.h"
 
 namespace Routing::DirectNet {
@@ -9,10 +10,6 @@ ORB_DEFINE_TYPE(VrfIntfStatusDeclarations<Traits::IPv4>)
 ORB_DEFINE_TYPE(VrfIntfStatusDeclarations<Traits::IPv6>)
 ORB_REGISTER(VrfIp6IntfStatusSm, VrfIp6IntfStatusSm, unitDirectNet, 0)
 ORB_REGISTER(VrfIpIntfStatusSm, VrfIpIntfStatusSm, unitDirectNet, 1)
-
-namespace {
-DIRECTNET_TRACE_UNIT("DirectNet");
-} // namespace
 
 template <typename Family>
 void VrfIntfStatusSm<Family>::OrbStatus::onAttribute(Orb::AttributeId id, const void* key) {
