@@ -1,8 +1,6 @@
 #pragma once
 
 #include <concepts>
-#include <type_traits>
-#include <utility>
 
 #include "platform/lanx/NamespaceName.h"
 #include "platform/orb/object/Ptr.h"
@@ -52,10 +50,9 @@ template <typename T>
 class Required {
   public:
     template <std::convertible_to<T> From>
-        requires(!std::same_as<std::remove_cvref_t<From>, Required>)
-    Required(From&& value) : value_(std::forward<From>(value)) {} // NOLINT(*-explicit-*)
+    Required(const From& value) : value_(value) {}
 
-    operator const T&() const { return value_; } // NOLINT(*-explicit-*)
+    operator const T&() const { return value_; }
 
   private:
     T value_;
