@@ -60,8 +60,9 @@ class Required {
 
 /// What a host gives to RootSm::RootSmIs. The host owns the inputs and changes them; the library
 /// watches them and writes those that are not const. They must outlive the root. `scheduler`,
-/// `virtualIpStatus`, `virtualIp6Status` and `nameToIdMapWrapper` may be null, which is said by
-/// giving nullptr: without a scheduler nothing is leaked.
+/// `ipStatus`, `ip6Status`, `virtualIpStatus`, `virtualIp6Status` and `nameToIdMapWrapper` may be
+/// null, which is said by giving nullptr: without a scheduler nothing is leaked, without the status
+/// of a family it has no addresses.
 ///
 ///     RootSm::RootSmIs(RootInputs{.entityManager = tables, .scheduler = nullptr, ...})
 struct RootInputs {

@@ -17,7 +17,7 @@ class VrfIntfStatusDeclarations;
 template <>
 class VrfIntfStatusDeclarations<Traits::IPv4> : public Orb::Entity {
     ORB_ENTITY(VrfIntfStatusDeclarations, "Routing::DirectNet::VrfIpIntfStatusSm")
-    ORB_CONSTRUCTOR((L3::VrfName, vrfName), (Orb::Ptr<const Ip::Status>, ipStatus),
+    ORB_CONSTRUCTOR((L3::VrfName, vrfName), (Orb::Ptr<const Ip::Status>, ipStatus, Orb::mayBeNull),
                     (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
                     (Orb::Ptr<IntfBacklog>, intfBacklog),
                     (Orb::Ptr<KernelIntfStatus>, kernelIntfStatus),
@@ -37,7 +37,9 @@ class VrfIntfStatusDeclarations<Traits::IPv4> : public Orb::Entity {
     using Status = Ip::Status;
     static constexpr Orb::AttributeId vrfStatusAttribute = Ip::Status::vrfIpIntfStatusAttribute;
     const Orb::Ptr<const Status>& status() const { return ipStatus(); }
-    auto* vrfStatus() const { return ipStatus()->vrfIpIntfStatus(vrfName()); }
+    auto* vrfStatus() const {
+        return ipStatus() == nullptr ? nullptr : ipStatus()->vrfIpIntfStatus(vrfName());
+    }
 
     const Orb::Ptr<IpIntfStatusSm>& child() const { return ipIntfStatusSm(); }
     template <typename... Args>
@@ -59,7 +61,8 @@ class VrfIntfStatusDeclarations<Traits::IPv4> : public Orb::Entity {
 template <>
 class VrfIntfStatusDeclarations<Traits::IPv6> : public Orb::Entity {
     ORB_ENTITY(VrfIntfStatusDeclarations, "Routing::DirectNet::VrfIp6IntfStatusSm")
-    ORB_CONSTRUCTOR((L3::VrfName, vrfName), (Orb::Ptr<const Ip6::Status>, ip6Status),
+    ORB_CONSTRUCTOR((L3::VrfName, vrfName),
+                    (Orb::Ptr<const Ip6::Status>, ip6Status, Orb::mayBeNull),
                     (Orb::Ptr<IntfViaSetConfig>, intfViaSetConfig),
                     (Orb::Ptr<IntfBacklog>, intfBacklog),
                     (Orb::Ptr<KernelIntfStatus>, kernelIntfStatus),
@@ -79,7 +82,9 @@ class VrfIntfStatusDeclarations<Traits::IPv6> : public Orb::Entity {
     using Status = Ip6::Status;
     static constexpr Orb::AttributeId vrfStatusAttribute = Ip6::Status::vrfIp6IntfStatusAttribute;
     const Orb::Ptr<const Status>& status() const { return ip6Status(); }
-    auto* vrfStatus() const { return ip6Status()->vrfIp6IntfStatus(vrfName()); }
+    auto* vrfStatus() const {
+        return ip6Status() == nullptr ? nullptr : ip6Status()->vrfIp6IntfStatus(vrfName());
+    }
 
     const Orb::Ptr<Ip6IntfStatusSm>& child() const { return ip6IntfStatusSm(); }
     template <typename... Args>

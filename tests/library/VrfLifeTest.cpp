@@ -231,6 +231,26 @@ TEST_F(VrfLifeTest, MisuseIsRefusedByItsName) {
               "Routing::DirectNet::Ipv6::VrfVirtualIpStatus::virtualIp not allowed\"");
 }
 
+TEST_F(VrfLifeTest, InputThatMayBeAbsentIsDoneWithoutAndAnyOtherIsRefused) {
+    LibraryHarness host(false);
+    host.device("default", "Et1");
+    host.address("default", "Et1", "10.0.0.1/24");
+    RootInputs inputs = host.inputs();
+    inputs.scheduler = nullptr;
+    inputs.ip6Status = nullptr;
+    inputs.virtualIpStatus = nullptr;
+    inputs.virtualIp6Status = nullptr;
+    const auto root = RootSm::RootSmIs(inputs);
+    host.vrfId("default", 0);
+    host.settle();
+    EXPECT_EQ(root->ipv4AllVrfRouteConfig()->size(), 4U);
+    const VrfReadyStatus& flags = *root->allVrfReadyStatus()->vrfReadyStatus("default");
+    EXPECT_TRUE(flags.v4DirectNetsReady() && flags.v6DirectNetsReady());
+    root->handleDelete();
+    inputs.grState = nullptr;
+    EXPECT_THROW(RootSm::RootSmIs(inputs), Orb::NullArgumentError);
+}
+
 TEST_F(VrfLifeTest, EmptyVariableCountsAsSet) {
     constexpr const char* variable = "DIRECTNET_INTFENTRY_WITHOUT_KERNEL_INTF";
     harness.vrfId("default", 0);
