@@ -305,10 +305,9 @@ std::string LibraryHarness::text(const Rib::Route& route) const {
     row.prefix = route.key().prefix().toString();
     row.type = static_cast<unsigned>(route.routeType());
     row.intf = row.via = "dangling";
-    const auto* viaSet = viaSetConfig->viaSetCollection()->viaSet(route.viaSetKey());
-    if (viaSet != nullptr && viaSet->viaKey().size() == 1
-        && viaSet->familyCode() == (ipv4 ? 2 : 4)) {
-        if (const Rib::Via via = vias->via(viaSet->viaKey().front()); via != Rib::Via()) {
+    const auto viaSet = viaSetConfig->viaSetCollection()->viaSet(route.viaSetKey());
+    if (viaSet && viaSet->via() != nullptr && viaSet->familyCode() == (ipv4 ? 2 : 4)) {
+        if (const Rib::Via via = vias->via(*viaSet->via()); via != Rib::Via()) {
             row.intf = via.intfId().name();
             row.via = viaName(route, via.intfId());
         }
@@ -333,8 +332,11 @@ std::string LibraryHarness::viaName(const Rib::Route& route, IntfId intfId) cons
                                        : container->vrfVirtualIp6StatusSm()->ivskStatus();
         for (const auto& status : {own, ofVirtualIps}) {
             const IntfViaSetKey keys = status->intfViaSetKey(intfId);
-            if (const std::string name(viaSetName(keys, route.viaSetKey())); !name.empty()) {
-                return status == own ? name : name + "-virtual";
+            for (const ViaSetKind& kind : ViaSets::all) {
+                if ((keys.*kind.key)() == route.viaSetKey()) {
+                    const std::string name(kind.name);
+                    return status == own ? name : name + "-virtual";
+                }
             }
         }
     }
