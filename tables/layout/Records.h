@@ -50,12 +50,22 @@ struct ViaRecord {
     char name[maxName];
 };
 
+/// What the routes through a via set are for. The flags of a set do not tell.
+enum class ViaKind : std::uint8_t {
+    none = 0,
+    connected = 1,
+    receive = 2,
+    receiveBroadcast = 3,
+    directedBroadcast = 4,
+};
+
 /// One via set, of one via: key `key`. A set without via has viaId 0.
 struct ViaSetRecord {
     std::uint32_t word;
     std::uint8_t flags;
     std::uint8_t familyCode; ///< 2 for IPv4, 4 for IPv6
-    std::uint8_t unused[2];
+    ViaKind kind;
+    std::uint8_t unused;
     std::uint64_t key;
     std::uint64_t viaId;
     std::uint32_t vrfId;
