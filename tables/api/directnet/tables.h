@@ -72,6 +72,15 @@ typedef struct directnet_via {
     char interface_name[DIRECTNET_INTERFACE_SIZE];
 } directnet_via;
 
+/// What the routes through a via set are for.
+typedef enum directnet_via_kind {
+    DIRECTNET_VIA_NONE = 0,
+    DIRECTNET_VIA_CONNECTED = 1,
+    DIRECTNET_VIA_RECEIVE = 2,
+    DIRECTNET_VIA_RECEIVE_BROADCAST = 3,
+    DIRECTNET_VIA_DIRECTED_BROADCAST = 4
+} directnet_via_kind;
+
 /// What a route refers to: a set of one via. The via is the one with the same VRF, id, transport
 /// and routing protocol; a set without via has via_id 0.
 typedef struct directnet_via_set {
@@ -82,6 +91,7 @@ typedef struct directnet_via_set {
     uint8_t routing_protocol;
     uint8_t flags;
     uint8_t family;
+    uint8_t kind; ///< a directnet_via_kind
 } directnet_via_set;
 
 /// One VRF. Its flags are 0 or 1.
@@ -101,15 +111,6 @@ typedef struct directnet_leak {
     uint32_t dest_vrf_id;
     directnet_prefix prefix;
 } directnet_leak;
-
-/// Through which kind of via set a route goes.
-typedef enum directnet_via_kind {
-    DIRECTNET_VIA_NONE = 0,
-    DIRECTNET_VIA_CONNECTED = 1,
-    DIRECTNET_VIA_RECEIVE = 2,
-    DIRECTNET_VIA_RECEIVE_BROADCAST = 3,
-    DIRECTNET_VIA_DIRECTED_BROADCAST = 4
-} directnet_via_kind;
 
 /// Where a route leads.
 typedef struct directnet_hop {
