@@ -8,8 +8,8 @@
 
 namespace Tables {
 
-/// Wakes a reader of a folder by a descriptor that it polls in its own loop: when a writer rings the
-/// bell; every half second while something is missing; and every few seconds to see whether the
+/// Wakes a reader of a folder by a descriptor that it polls in its own loop: when a writer rings
+/// the bell; every half second while something is missing; and every few seconds to see whether the
 /// bell was made anew. A reader takes no byte out of the bell, so any number hears it.
 ///
 /// Who is woken calls acknowledge(), then look(), and then reads the tables: what comes after that

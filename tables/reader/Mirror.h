@@ -26,7 +26,8 @@ class Mirror {
     explicit Mirror(const char* path, std::uint8_t family = 0)
         : spec_{path, recordKindOf<Record>, sizeof(Record), family} {}
 
-    /// Brings the copy to the present; tell() has to follow each time. A table that is absent stays as it was.
+    /// Brings the copy to the present; tell() has to follow each time. A table that is absent stays
+    /// as it was.
     ///
     /// Refused, with the text of the error, when there is something else than a table in its place,
     /// the table is damaged or changes faster than it can be read, or there is no memory. Then the
@@ -36,7 +37,16 @@ class Mirror {
     /// Tells what has changed since the last call: `onChange(before, after)`, each a pointer to a
     /// record that is valid during the call, or nullptr for a record that was or is not there.
     template <typename OnChange>
-    void tell(OnChange&& onChange);
+    void tell(OnChange&& onChange) {
+        eachChange(onChange);
+        told_.clear();
+        before_.clear();
+        isAnew_ = false;
+    }
+
+    /// What tell() will tell, which may be looked at before.
+    template <typename OnChange>
+    void eachChange(OnChange&& onChange) const;
 
     /// Both in one.
     template <typename OnChange>
@@ -85,8 +95,8 @@ class Mirror {
     std::uint64_t epoch_ = 0;  ///< of the writer that is followed; 0 to take the state anew
     std::uint64_t cursor_ = 0; ///< the next change of the ring to look at
 
-    Buffer<Told> told_;      ///< changes that are to be told
-    Records before_;         ///< if isAnew_, what was there behind those
+    Buffer<Told> told_; ///< changes that are to be told
+    Records before_;    ///< if isAnew_, what was there behind those
     bool isAnew_ = false;
 };
 
@@ -129,31 +139,29 @@ Found Mirror<Record>::refuse(const Folder& folder, Step step, ErrorText& error) 
 
 template <typename Record>
 template <typename OnChange>
-void Mirror<Record>::tell(OnChange&& onChange) {
+void Mirror<Record>::eachChange(OnChange&& onChange) const {
     for (const Told& told : told_) {
         const auto given = [](const Record& record) {
             return Records::isPresent(record) ? &record : nullptr;
         };
         onChange(given(told.before), given(told.after));
     }
-    told_.clear();
-    if (isAnew_) {
-        before_.each([&](const Record& record) {
-            if (records_.find(keyOf(record)) == nullptr) {
-                onChange(&record, static_cast<const Record*>(nullptr));
-            }
-            return 0;
-        });
-        records_.each([&](const Record& record) {
-            const Record* const before = before_.find(keyOf(record));
-            if (before == nullptr || !sameContent(*before, record)) {
-                onChange(before, &record);
-            }
-            return 0;
-        });
-        before_.clear();
-        isAnew_ = false;
+    if (!isAnew_) {
+        return;
     }
+    before_.each([&](const Record& record) {
+        if (records_.find(keyOf(record)) == nullptr) {
+            onChange(&record, static_cast<const Record*>(nullptr));
+        }
+        return 0;
+    });
+    records_.each([&](const Record& record) {
+        const Record* const before = before_.find(keyOf(record));
+        if (before == nullptr || !sameContent(*before, record)) {
+            onChange(before, &record);
+        }
+        return 0;
+    });
 }
 
 template <typename Record>
@@ -235,8 +243,7 @@ typename Mirror<Record>::Step Mirror<Record>::follow(Records& records, std::uint
             return Step::behind;
         }
         bool waits = false;
-        const Step step =
-            followOne(records, unpacked(entry), changes == cursor + 1, waits, tells);
+        const Step step = followOne(records, unpacked(entry), changes == cursor + 1, waits, tells);
         if (step != Step::done || waits) {
             return step;
         }
@@ -269,9 +276,9 @@ typename Mirror<Record>::Step Mirror<Record>::followOne(Records& records, const 
     bool memory = true;
     const auto told = [&](const Record* before, const Record* after) {
         static constexpr Record none{};
-        memory = !tells
-                 || told_.append({before == nullptr ? none : *before,
-                                  after == nullptr ? none : *after});
+        memory =
+            !tells
+            || told_.append({before == nullptr ? none : *before, after == nullptr ? none : *after});
         return memory;
     };
     return records.put(slot, record, told) ? Step::done : Step::noMemory;
