@@ -67,8 +67,8 @@ inline void publishDevice(const Inputs& inputs, const Lanx::NamespaceName& netns
 /// A route names a via set, the set a via, and the via the interface.
 inline Lanx::IntfId interfaceOf(const Inputs& inputs, const Rib::Ip::ViaConfig& vias,
                                 const Rib::Route& route) {
-    const auto* viaSet = inputs.viaSets->viaSetCollection()->viaSet(route.viaSetKey());
-    return viaSet == nullptr ? Lanx::IntfId() : vias.via(viaSet->viaKey().front()).intfId();
+    const auto viaSet = inputs.viaSets->viaSetCollection()->viaSet(route.viaSetKey());
+    return viaSet ? vias.via(*viaSet->via()).intfId() : Lanx::IntfId();
 }
 
 } // namespace Example

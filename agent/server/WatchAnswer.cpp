@@ -8,7 +8,7 @@ bool WatchAnswer::appendNext(std::string& out) {
     if (isComplete_) {
         return false;
     }
-    if (const auto* route = walk_.nextRoute()) {
+    if (const auto route = walk_.nextRoute()) {
         appendJsonLine(
             out,
             ChangeRow{{}, ChangeKind::is, walk_.vrf()->vrfName().value(), lookup_.row(*route)});

@@ -19,8 +19,6 @@ class RouteLookup {
     RouteRow row(const Route& route) const;
 
   private:
-    std::string_view viaName(const Route& route, Lanx::IntfId intfId) const;
-
     AgentView view_;
 };
 

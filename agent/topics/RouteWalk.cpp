@@ -4,24 +4,24 @@
 
 namespace Agent {
 
-const RouteWalk::Route* RouteWalk::nextRoute() {
+std::optional<RouteWalk::Route> RouteWalk::nextRoute() {
     if (vrf() == nullptr) {
-        return nullptr;
+        return {};
     }
     for (;;) {
         const auto& config =
             ipv6_ ? view_.root.ipv6AllVrfRouteConfig() : view_.root.ipv4AllVrfRouteConfig();
         const auto* routes = config->routes(vrf()->vrfId());
-        const Route* route = nullptr;
+        std::optional<Route> route;
         if (routes != nullptr) {
             route = last_ ? routes->after(*last_) : routes->first();
         }
-        if (route != nullptr) {
+        if (route) {
             last_ = route->key();
             return route;
         }
         if (ipv6_) {
-            return nullptr;
+            return {};
         }
         ipv6_ = true;
         last_.reset();

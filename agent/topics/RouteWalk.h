@@ -20,8 +20,8 @@ class RouteWalk {
 
     /// The VRF that the walk is in; null if it has gone, and at the end.
     const ContainerSm* vrf() const { return vrfs_.vrf(); }
-    /// The VRF's next route, valid until anything changes; null behind the last.
-    const Route* nextRoute();
+    /// The VRF's next route; none behind the last.
+    std::optional<Route> nextRoute();
     /// Goes on to the next VRF. Returns false behind the last.
     bool nextVrf();
 

@@ -21,7 +21,7 @@ bool StateWalk::step(StateSink& sink) {
         next_ = Next::routes;
         return true;
     case Next::routes:
-        if (const auto* route = withRoutes_ ? walk_.nextRoute() : nullptr) {
+        if (const auto route = withRoutes_ ? walk_.nextRoute() : std::nullopt) {
             sink.route(lookup_.row(*route));
             return true;
         }

@@ -133,7 +133,9 @@ std::vector<IntfIdAndPrefix> IntfBacklogSm::fetchAhead(const Member* start) cons
         installedIntfId().prefetch(prefix);
     }
     for (const IntfIdAndPrefix& member : ahead) {
-        if (const auto* set = intfBacklog()->intfIdsByPrefix().likely(member.genPrefix())) {
+        const Lanx::IpGenPrefix& prefix = member.genPrefix();
+        routeConfigOf(prefix.af()).prefetchRoute(Rib::RouteKey(vrfId(), prefix));
+        if (const auto* set = intfBacklog()->intfIdsByPrefix().likely(prefix)) {
             __builtin_prefetch(set->get());
         }
     }

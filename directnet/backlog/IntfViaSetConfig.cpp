@@ -34,7 +34,8 @@ void IntfViaSetConfig::doAddViaSet(Lanx::IntfId intfId, VrfId vrfId, IntfViaSetK
     const Rib::ViaKey viaKey(viaConfig.transport(), viaConfig.newViaId(), vrfId,
                              viaConfig.routingProtocol());
     DIRECTNET_TRACE(8, "intf=", intfId, " af=", af, " viaId=", viaKey.viaId());
-    if (!viaConfig.hasRoomFor(viaKey)) {
+    if (!viaConfig.hasRoomFor(viaKey)
+        || !viaSetConfig()->viaSetCollection()->hasRoom(ViaSets::all.size())) {
         return;
     }
     Rib::Via via(viaKey);
@@ -54,17 +55,19 @@ IntfViaSetKey IntfViaSetConfig::addViaSets(Lanx::IntfId intfId, const Rib::ViaKe
     std::array<Rib::ViaSetKey, ViaSets::all.size()> keys;
     for (std::size_t n = 0; n < keys.size(); ++n) {
         if (af != Lanx::AddressFamily::ipv6 || ViaSets::all[n].inIpv6) {
-            keys[n] = addViaSet(viaKey, af);
+            keys[n] = addViaSet(viaKey, af, ViaSets::all[n]);
         }
     }
     return std::apply([&](const auto... key) { return IntfViaSetKey(intfId, viaKey, key...); },
                       keys);
 }
 
-Rib::ViaSetKey IntfViaSetConfig::addViaSet(const Rib::ViaKey& viaKey, Lanx::AddressFamily af) {
+Rib::ViaSetKey IntfViaSetConfig::addViaSet(const Rib::ViaKey& viaKey, Lanx::AddressFamily af,
+                                           const ViaSetKind& kind) {
     Rib::Memtab::ViaSet viaSet(viaSetConfig()->newViaSetKey());
     viaSet.viaKeyIs(0, viaKey);
     viaSet.flagsIs(0);
+    viaSet.kindIs(kind.number);
     viaSet.familyCodeIs(af == Lanx::AddressFamily::ipv4 ? 2 : 4);
     viaSetConfig()->viaSetCollection()->viaSetIs(viaSet);
     return viaSet.key();

@@ -43,7 +43,8 @@ class IntfViaSetConfig : public Orb::Entity {
     void deleteViaSets(const IntfViaSetKey& key, Lanx::AddressFamily af);
     IntfViaSetKey addViaSets(Lanx::IntfId intfId, const Rib::ViaKey& viaKey,
                              Lanx::AddressFamily af);
-    Rib::ViaSetKey addViaSet(const Rib::ViaKey& viaKey, Lanx::AddressFamily af);
+    Rib::ViaSetKey addViaSet(const Rib::ViaKey& viaKey, Lanx::AddressFamily af,
+                             const ViaSetKind& kind);
 };
 
 } // namespace Routing::DirectNet

@@ -35,19 +35,20 @@ class IntfViaSetKey {
               (Routing::Rib::ViaSetKey, directedBcastViaSetKey))
 };
 
-/// One of the via sets of an interface.
+/// One of the via sets of an interface. Readers in other processes know it by its number.
 struct ViaSetKind {
     std::string_view name;
+    std::uint8_t number;
     Rib::ViaSetKey (IntfViaSetKey::*key)() const;
     bool inIpv6;
 };
 
 namespace ViaSets {
-inline constexpr ViaSetKind connected{"connected", &IntfViaSetKey::viaSetKey, true};
-inline constexpr ViaSetKind receive{"receive", &IntfViaSetKey::rxViaSetKey, true};
-inline constexpr ViaSetKind receiveBroadcast{"receive-broadcast", &IntfViaSetKey::rxBcastViaSetKey,
-                                             false};
-inline constexpr ViaSetKind directedBroadcast{"directed-broadcast",
+inline constexpr ViaSetKind connected{"connected", 1, &IntfViaSetKey::viaSetKey, true};
+inline constexpr ViaSetKind receive{"receive", 2, &IntfViaSetKey::rxViaSetKey, true};
+inline constexpr ViaSetKind receiveBroadcast{"receive-broadcast", 3,
+                                             &IntfViaSetKey::rxBcastViaSetKey, false};
+inline constexpr ViaSetKind directedBroadcast{"directed-broadcast", 4,
                                               &IntfViaSetKey::directedBcastViaSetKey, false};
 
 /// In the order of IntfViaSetKey, in which they are made and deleted.
@@ -96,10 +97,10 @@ constexpr std::string_view routeTypeName(Fib::RouteType type) {
     return {};
 }
 
-/// Which of an interface's via sets the key names; empty if it is none of them.
-inline std::string_view viaSetName(const IntfViaSetKey& keys, Rib::ViaSetKey key) {
+/// What people call the via sets of that number; empty if there are none.
+constexpr std::string_view viaSetName(std::uint8_t number) {
     for (const ViaSetKind& kind : ViaSets::all) {
-        if (key != Rib::ViaSetKey() && key == (keys.*kind.key)()) {
+        if (kind.number == number) {
             return kind.name;
         }
     }

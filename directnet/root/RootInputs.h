@@ -86,11 +86,15 @@ struct RootInputs {
 /// Where the tables are mounted that the library shares with others.
 namespace MountPaths {
 
-// Written: the vias and routes of each family.
+// Written: the vias and routes of each family, and the VRFs that they belong to.
 inline constexpr const char* ipv4Vias = "routing/rib/viaConfig/ipv4/connected";
 inline constexpr const char* ipv6Vias = "routing/rib/viaConfig/ipv6/connected";
 inline constexpr const char* ipv4Routes = "routing/rib/routeConfig/ipv4/connected";
 inline constexpr const char* ipv6Routes = "routing/rib/routeConfig/ipv6/connected";
+inline constexpr const char* vrfs = "routing/rib/vrfStatus/connected";
+
+/// Written through `viaSetConfig`, by a host that mounts its collection here.
+inline constexpr const char* viaSets = "routing/rib/viaSet/connected";
 
 // Read: what is leaked between VRFs, and the kernel's devices.
 inline constexpr const char* ipv4Leaks = "routing/directNetLeakStatus";

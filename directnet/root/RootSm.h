@@ -10,6 +10,7 @@
 #include "directnet/leak/ReceiveRouteLeakSm.h"
 #include "directnet/model/Units.h"
 #include "directnet/ready/AllVrfRibReadySm.h"
+#include "directnet/ready/ProtoVrfSm.h"
 #include "directnet/root/ContainerSm.h"
 #include "directnet/root/RootInputs.h"
 #include "directnet/root/VrfNameSet.h"
@@ -95,6 +96,8 @@ class RootSm : public Orb::Entity {
     ORB_CHILDREN(297, ContainerSm, containerSm)
     ORB_REACTORS(298, VrfStatusLocalSm, vrfStatusLocal)
     ORB_ATTRIBUTE(299, bool, initialized)
+    ORB_ATTRIBUTE(300, Orb::Ptr<Rib::ProtoVrfTable>, protoVrfTable)
+    ORB_CHILD(301, ProtoVrfSm, protoVrfSm)
 
   public:
     static Orb::Ptr<RootSm> RootSmIs(const RootInputs& inputs);

@@ -74,6 +74,7 @@ void RootSm::doRelease() {
     intfStatusManagerRootDel();
     allVrfReadyStatusDel();
     allVrfRibReadySmDel();
+    protoVrfSmDel();
     allVrfVirtualIpStatusDel();
     allVrfVirtualIp6StatusDel();
     vrfVirtualIpStatusHelperDel();
@@ -127,6 +128,9 @@ void RootSm::mountOutputs() {
     routes.collectionInfoIs("route", routeCapacity);
     ipv4AllVrfRouteConfigIs(mountTable<Rib::RouteConfig>(MountPaths::ipv4Routes, routes));
     ipv6AllVrfRouteConfigIs(mountTable<Rib::RouteConfig>(MountPaths::ipv6Routes, routes));
+
+    const OrbMemtab::MountInfo vrfs(OrbMemtab::MountInfo::Type::write);
+    protoVrfTableIs(mountTable<Rib::ProtoVrfTable>(MountPaths::vrfs, vrfs));
 }
 
 void RootSm::mountLeakStatus() {
@@ -161,6 +165,9 @@ void RootSm::createSharedChildren() {
         receiveRouteLeakSmIs(ipv4CrLeakLocalStatus(), ipv6CrLeakLocalStatus(), scheduler(),
                              intfViaSetConfig(), intfBacklogByVrf());
     }
+    protoVrfSmIs(protoVrfTable(), allVrfReadyStatus(), nameToIdMapWrapper(), allVrfRibReady(),
+                 protoStatusDir(), ipv4AllVrfRouteConfig(), ipv6AllVrfRouteConfig(),
+                 ipv4AllVrfViaConfig(), ipv6AllVrfViaConfig());
 }
 
 void RootSm::unmount() {

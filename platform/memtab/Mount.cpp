@@ -10,8 +10,17 @@ void Mount::doMount(const Orb::String& path, std::string_view typeName, const Mo
         for (const auto& [collection, capacity] : info.collectionInfo()) {
             table->collectionCapacityIs(collection, capacity);
         }
+        bind(*table, path, info.type());
     }
     entityManager_->mounted(path);
+}
+
+// Whoever writes a table has it, so that reading it in the same store needs nothing.
+void Mount::bind(Table& table, const Orb::String& path, MountInfo::Type type) {
+    const Orb::Ptr<Vaultdb::Folder>& folder = entityManager_->folder();
+    if (folder != nullptr && !entityManager_->isBound(path) && type == MountInfo::Type::write) {
+        entityManager_->bind(path, table.share(folder, path));
+    }
 }
 
 Orb::Ptr<Orb::Entity> Mount::getEntity(const Orb::String& path) const {

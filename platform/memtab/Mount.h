@@ -9,15 +9,21 @@
 
 namespace OrbMemtab {
 
+class Table;
+
 /// Mounts tables of the store by path and type name. Mounts of one path yield one entity. What is
 /// unmounted stays in the store with all that it holds.
+///
+/// In a store with a folder, a table that is mounted to be written is the folder's, one that is
+/// mounted to be read follows it.
 class Mount {
   public:
     explicit Mount(Orb::Ptr<Vaultdb::EntityManager> entityManager)
         : entityManager_(std::move(entityManager)) {}
 
     /// Throws Error for an unknown type, NameInUseError for a path that holds another type, and
-    /// RangeError for a collection that the table does not have.
+    /// RangeError for a collection that the table does not have. In a store with a folder also
+    /// Vaultdb::TableInUseError for a table that somebody else writes, and Vaultdb::FolderError.
     void doMount(const Orb::String& path, std::string_view typeName, const MountInfo& info);
 
     /// The entity mounted at the path; null where there is none.
@@ -34,6 +40,8 @@ class Mount {
     void cleanup(const Orb::String& path);
 
   private:
+    void bind(Table& table, const Orb::String& path, MountInfo::Type type);
+
     Orb::Ptr<Vaultdb::EntityManager> entityManager_;
 };
 

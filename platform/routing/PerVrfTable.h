@@ -1,108 +1,141 @@
 #pragma once
 
 #include <cstddef>
-#include <limits>
 #include <memory>
-#include <string>
 #include <utility>
+#include <vector>
 
-#include "platform/memtab/Table.h"
+#include "platform/memtab/RecordTable.h"
+#include "platform/memtab/TableEntity.h"
 #include "platform/orb/container/HashMap.h"
-#include "platform/orb/container/HashMap2018.h"
-#include "platform/orb/value/Error.h"
 #include "platform/vrf/VrfId.h"
 
 namespace Routing::Rib {
 
-/// Records of one collection, kept VRF by VRF so that a VRF is cleared at the cost of what it
-/// holds. A record has `key()`, and its key `vrfId()`. An absent record reads as the default one.
-template <typename Record>
-class PerVrfTable {
+/// The records of one collection VRF by VRF, so that one VRF's are walked and cleared at the cost
+/// of what it holds.
+template <typename Form>
+class PerVrfIndex {
   public:
-    struct KeyOf {
-        decltype(auto) operator()(const Record& record) const { return record.key(); }
-    };
     using VrfId = Vrf::VrfIdMap::VrfId;
-    using Key = std::remove_cvref_t<decltype(std::declval<const Record&>().key())>;
-    using Records = Orb::HashMap2018<Record, KeyOf>;
+    using Key = typename Form::Key;
+    using Records = OrbMemtab::Records<Form>;
+    using Slots = OrbMemtab::Slots<typename Form::Record>;
 
-    std::size_t size() const { return size_; }
-    void capacityIs(std::size_t capacity) { capacity_ = capacity; }
+    explicit PerVrfIndex(const Slots& slots) : slots_(&slots) {}
 
-    /// The VRF's records; null while there is none.
-    const Records* records(VrfId vrfId) const {
+    Records* find(VrfId vrfId) const {
         const std::unique_ptr<Records>* found = byVrf_.find(vrfId);
         return found == nullptr ? nullptr : found->get();
     }
+    Records* find(const Key& key) const { return find(key.vrfId()); }
+    Records& findOrMake(const Key& key) {
+        std::unique_ptr<Records>& records = *byVrf_.tryInsert(key.vrfId()).first;
+        if (records == nullptr) {
+            records = std::make_unique<Records>(*slots_);
+        }
+        return *records;
+    }
+    void emptied(const Key& key) { byVrf_.erase(key.vrfId()); }
 
-    const Record* find(const Key& key) const {
-        const Records* vrf = records(key.vrfId());
-        return vrf == nullptr ? nullptr : vrf->find(key);
+    std::vector<VrfId> vrfIds() const {
+        std::vector<VrfId> ids;
+        for (const auto& entry : byVrf_) {
+            ids.push_back(entry.key());
+        }
+        return ids;
     }
 
-    /// Fetches what a search for the key will read first, for a caller that has work until then.
+    /// Takes the VRF's out; null where it has none.
+    std::unique_ptr<Records> take(VrfId vrfId) {
+        auto taken = byVrf_.take(vrfId);
+        return taken ? std::move(taken->value()) : nullptr;
+    }
+
+  private:
+    const Slots* slots_;
+    Orb::HashMap<VrfId, std::unique_ptr<Records>> byVrf_;
+};
+
+/// A table whose key has a `vrfId()`.
+template <typename Form>
+class PerVrfTable : public OrbMemtab::RecordTable<Form, PerVrfIndex<Form>> {
+    using Base = OrbMemtab::RecordTable<Form, PerVrfIndex<Form>>;
+
+  public:
+    using VrfId = Vrf::VrfIdMap::VrfId;
+    using typename Base::Key;
+    using typename Base::Records;
+    using Base::Base;
+
+    /// The VRF's records; null while there is none.
+    const Records* records(VrfId vrfId) const { return this->index().find(vrfId); }
+
+    /// The VRFs that have records.
+    std::vector<VrfId> vrfIds() const { return this->index().vrfIds(); }
+
+    template <typename F>
+    void forEach(F&& function) const {
+        for (const VrfId vrfId : vrfIds()) {
+            for (const auto& value : *records(vrfId)) {
+                function(value);
+            }
+        }
+    }
+
+    /// Fetches what a search for the key will read first, and then what it will read next, for a
+    /// caller that has work until then.
     void prefetch(const Key& key) const {
         if (const Records* vrf = records(key.vrfId())) {
             vrf->prefetch(key);
         }
     }
-
-    /// Whether a record of that key can be added or replaced.
-    bool hasRoomFor(const Key& key) const { return size_ < capacity_ || find(key) != nullptr; }
-
-    /// Adds or replaces; answers whether anything changed. Throws RangeError when full.
-    bool insertOrAssign(const Record& record) {
-        if (!hasRoomFor(record.key())) {
-            throw Orb::RangeError("the table is full: " + std::to_string(capacity_) + " members");
+    void prefetchRecord(const Key& key) const {
+        if (const Records* vrf = records(key.vrfId())) {
+            vrf->prefetchRecord(key);
         }
-        const auto [present, added] = recordsOf(record.key().vrfId()).tryInsert(record);
-        if (added) {
-            ++size_;
-            return true;
-        }
-        const bool changed = !(*present == record);
-        *present = record;
-        return changed;
     }
 
-    bool erase(const Key& key) {
-        std::unique_ptr<Records>* vrf = byVrf_.find(key.vrfId());
-        if (vrf == nullptr || !(*vrf)->erase(key)) {
-            return false;
+    /// Removes all records of a VRF; their keys, if somebody asks for them.
+    std::vector<Key> clear(VrfId vrfId, bool wantsKeys) {
+        std::vector<Key> keys;
+        if (const auto taken = this->index().take(vrfId)) {
+            keys.reserve(wantsKeys ? taken->size() : 0);
+            taken->forEachNumber([&](std::uint32_t number) {
+                if (wantsKeys) {
+                    keys.push_back(Form::key(this->slots().at(number)));
+                }
+                this->slots().remove(number);
+            });
         }
-        --size_;
-        if ((*vrf)->empty()) {
-            byVrf_.erase(key.vrfId());
-        }
-        return true;
+        return keys;
     }
-
-    /// Takes all records of a VRF out; null where it has none.
-    std::unique_ptr<Records> take(VrfId vrfId) {
-        auto taken = byVrf_.take(vrfId);
-        if (!taken) {
-            return nullptr;
-        }
-        std::unique_ptr<Records> records = std::move(taken->value());
-        size_ -= records->size();
-        return records;
-    }
-
-  private:
-    Records& recordsOf(VrfId vrfId) {
-        std::unique_ptr<Records>& records = *byVrf_.tryInsert(vrfId).first;
-        if (records == nullptr) {
-            records = std::make_unique<Records>();
-        }
-        return *records;
-    }
-
-    Orb::HashMap<VrfId, std::unique_ptr<Records>> byVrf_;
-    std::size_t size_ = 0;
-    std::size_t capacity_ = std::numeric_limits<std::size_t>::max();
 };
 
-/// Refuses a capacity for a collection that a table does not have.
-[[noreturn]] void throwUnknownCollection(std::string_view table, std::string_view collection);
+/// An entity whose one collection is kept VRF by VRF.
+template <typename Form>
+class PerVrfTableEntity : public OrbMemtab::TableEntity<PerVrfTable<Form>> {
+  public:
+    using VrfId = Vrf::VrfIdMap::VrfId;
+
+    /// The VRFs that have members.
+    std::vector<VrfId> vrfIds() const { return this->table_.vrfIds(); }
+
+  protected:
+    using OrbMemtab::TableEntity<PerVrfTable<Form>>::TableEntity;
+
+    /// Removes all members of a VRF, then tells of each.
+    void clearVrf(VrfId vrfId, Orb::AttributeId id) {
+        const auto gone = this->table_.clear(vrfId, this->hasReactors());
+        if (gone.empty()) {
+            return;
+        }
+        const Orb::Ptr<const Orb::PtrInterface> kept = Orb::keep(*this);
+        for (const auto& key : gone) {
+            this->notify(id, &key);
+        }
+        this->noteRoom();
+    }
+};
 
 } // namespace Routing::Rib

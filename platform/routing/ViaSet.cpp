@@ -1,12 +1,14 @@
 #include "platform/routing/ViaSet.h"
 
-#include <algorithm>
+#include "platform/orb/value/Error.h"
 
 namespace Routing::Rib::Memtab {
 
 void ViaSet::viaKeyIs(std::size_t index, const ViaKey& key) {
-    viaKeys_.resize(std::max(viaKeys_.size(), index + 1));
-    viaKeys_[index] = key;
+    if (index >= maxVias) {
+        throw Orb::RangeError("a via set has room for one via");
+    }
+    viaKey_ = key;
 }
 
 } // namespace Routing::Rib::Memtab

@@ -5,25 +5,21 @@
 namespace Routing::Rib::Memtab {
 
 ORB_DEFINE_TYPE(ViaSetCollection)
+ORB_REGISTER(ViaSetCollection, ViaSetCollection, 0, 5)
 
 void ViaSetCollection::viaSetIs(const ViaSet& viaSet) {
-    const ViaSetKey key = viaSet.key();
-    const ViaSet* present = sets_.find(key);
-    if (present == nullptr || !(*present == viaSet)) {
-        sets_.insertOrAssign(viaSet);
-        notify(viaSetAttribute, &key);
-    }
+    tellIf(table_.insertOrAssign(viaSet), viaSetAttribute, viaSet.key());
 }
 
 void ViaSetCollection::viaSetDel(ViaSetKey key) {
-    if (sets_.erase(key)) {
-        notify(viaSetAttribute, &key);
+    if (tellIf(table_.erase(key), viaSetAttribute, key)) {
+        noteRoom();
     }
 }
 
 void ViaSetCollection::viaSetDelAll() {
-    while (!sets_.empty()) {
-        viaSetDel(sets_.first()->key());
+    while (const auto viaSet = table_.records().first()) {
+        viaSetDel(viaSet->key());
     }
 }
 

@@ -1,31 +1,37 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+
+#include "platform/memtab/TableEntity.h"
 #include "platform/orb/attribute/Declare.h"
-#include "platform/routing/ViaSet.h"
+#include "platform/routing/RecordForms.h"
 
 namespace Routing::Rib::Memtab {
 
 /// Via sets by key.
-class ViaSetCollection : public Orb::Entity {
+class ViaSetCollection : public OrbMemtab::TableEntity<OrbMemtab::FlatTable<ViaSetForm>> {
     ORB_ENTITY(ViaSetCollection, "Routing::Rib::Memtab::ViaSetCollection")
 
   public:
     static constexpr Orb::AttributeId viaSetAttribute = Orb::firstAttributeId;
 
-    /// The via set, or null. Valid until the next change.
-    const ViaSet* viaSet(ViaSetKey key) const { return sets_.find(key); }
-    std::size_t size() const { return sets_.size(); }
+    ViaSetCollection() : TableEntity("viaSet", ringEntries) {}
+
+    /// A key that the table has not given out before.
+    ViaSetKey newViaSetKey() { return ViaSetKey(table_.newId()); }
+
+    std::optional<ViaSet> viaSet(ViaSetKey key) const { return table_.find(key); }
+
+    /// Whether so many more via sets can come.
+    bool hasRoom(std::size_t count) { return table_.hasRoom(count); }
 
     void viaSetIs(const ViaSet& viaSet);
     void viaSetDel(ViaSetKey key);
     void viaSetDelAll();
 
   private:
-    struct KeyOf {
-        ViaSetKey operator()(const ViaSet& viaSet) const { return viaSet.key(); }
-    };
-
-    Orb::HashMap2018<ViaSet, KeyOf> sets_;
+    static constexpr std::uint32_t ringEntries = 1U << 13;
 };
 
 } // namespace Routing::Rib::Memtab

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "platform/orb/attribute/Declare.h"
 #include "platform/routing/ViaSetCollection.h"
 
@@ -10,17 +12,19 @@ class ViaSetConfig : public Orb::Entity {
     ORB_ENTITY(ViaSetConfig, "Routing::Rib::ViaSetConfig")
 
   public:
-    ViaSetConfig() : collection_(Orb::makePtr<Memtab::ViaSetCollection>()) {}
+    ViaSetConfig() : ViaSetConfig(Orb::makePtr<Memtab::ViaSetCollection>()) {}
+    /// Keeps the via sets in that collection, such as one that is mounted.
+    explicit ViaSetConfig(Orb::Ptr<Memtab::ViaSetCollection> collection)
+        : collection_(std::move(collection)) {}
 
     /// A key that was not given out before.
-    ViaSetKey newViaSetKey() { return ViaSetKey(++lastKey_); }
+    ViaSetKey newViaSetKey() { return collection_->newViaSetKey(); }
 
     const Orb::Ptr<Memtab::ViaSetCollection>& viaSetCollection() const { return collection_; }
     void viaSetDelAll() { collection_->viaSetDelAll(); }
 
   private:
     Orb::Ptr<Memtab::ViaSetCollection> collection_;
-    std::uint64_t lastKey_ = 0;
 };
 
 } // namespace Routing::Rib

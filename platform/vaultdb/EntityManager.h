@@ -3,18 +3,28 @@
 #include <cstdint>
 #include <map>
 #include <string_view>
+#include <utility>
 
 #include "platform/orb/attribute/Declare.h"
 #include "platform/orb/value/Name.h"
+#include "platform/vaultdb/Folder.h"
 
 namespace Vaultdb {
 
 /// The store of the device's state: entities by path. It outlives the agents that mount what it
-/// holds, so a table that one run filled is found by the next.
+/// holds, so a table that one run filled is found by the next. With a folder its tables are shared
+/// with other processes, and outlive this one.
 class EntityManager : public Orb::Entity {
     ORB_ENTITY(EntityManager, "Vaultdb::EntityManager")
 
   public:
+    /// A store in private memory.
+    EntityManager() = default;
+    explicit EntityManager(Orb::Ptr<Folder> folder) : folder_(std::move(folder)) {}
+
+    /// Where the store's tables are shared; null for a private store.
+    const Orb::Ptr<Folder>& folder() const { return folder_; }
+
     /// The entity at the path, made as that type if there is none. Throws Error for a type that
     /// can't be made and NameInUseError for a path that holds another type.
     Orb::Ptr<Orb::Entity> findOrCreate(const Orb::String& path, std::string_view typeName);
@@ -30,9 +40,18 @@ class EntityManager : public Orb::Entity {
     /// Forgets the count of a path that nobody mounts any more. What is stored there stays.
     void cleanup(const Orb::String& path);
 
+    /// Whether the entity at the path is bound to a table of the folder; the bond, if any, is kept
+    /// for the life of the store.
+    bool isBound(const Orb::String& path) const { return bonds_.contains(path); }
+    void bind(const Orb::String& path, Orb::Ptr<Orb::PtrInterface> bond) {
+        bonds_.emplace(path, std::move(bond));
+    }
+
   private:
+    Orb::Ptr<Folder> folder_;
     std::map<Orb::String, Orb::Ptr<Orb::Entity>, std::less<>> entities_;
     std::map<Orb::String, std::uint32_t, std::less<>> mounts_;
+    std::map<Orb::String, Orb::Ptr<Orb::PtrInterface>, std::less<>> bonds_;
 };
 
 } // namespace Vaultdb

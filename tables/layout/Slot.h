@@ -83,6 +83,15 @@ void put(Bytes<Record>& slot, const Record& record, std::uint32_t word) {
     store(slot.word, word);
 }
 
+/// Stores the old bytes of the record that was about to be replaced.
+template <typename Record>
+void restore(Bytes<Record>& slot, const TableHeader& header) {
+    store(slot.head, static_cast<std::uint32_t>(header.replaced[0]));
+    for (std::size_t i = 0; i < Bytes<Record>::bodyWords; ++i) {
+        store(slot.body[i], header.replaced[i + 1]);
+    }
+}
+
 /// Takes the record out of a slot.
 template <typename Record>
 void clear(Bytes<Record>& slot, std::uint32_t word) {

@@ -305,10 +305,9 @@ std::string LibraryHarness::text(const Rib::Route& route) const {
     row.prefix = route.key().prefix().toString();
     row.type = static_cast<unsigned>(route.routeType());
     row.intf = row.via = "dangling";
-    const auto* viaSet = viaSetConfig->viaSetCollection()->viaSet(route.viaSetKey());
-    if (viaSet != nullptr && viaSet->viaKey().size() == 1
-        && viaSet->familyCode() == (ipv4 ? 2 : 4)) {
-        if (const Rib::Via via = vias->via(viaSet->viaKey().front()); via != Rib::Via()) {
+    const auto viaSet = viaSetConfig->viaSetCollection()->viaSet(route.viaSetKey());
+    if (viaSet && viaSet->via() != nullptr && viaSet->familyCode() == (ipv4 ? 2 : 4)) {
+        if (const Rib::Via via = vias->via(*viaSet->via()); via != Rib::Via()) {
             row.intf = via.intfId().name();
             row.via = viaName(route, via.intfId());
         }
@@ -333,8 +332,11 @@ std::string LibraryHarness::viaName(const Rib::Route& route, IntfId intfId) cons
                                        : container->vrfVirtualIp6StatusSm()->ivskStatus();
         for (const auto& status : {own, ofVirtualIps}) {
             const IntfViaSetKey keys = status->intfViaSetKey(intfId);
-            if (const std::string name(viaSetName(keys, route.viaSetKey())); !name.empty()) {
-                return status == own ? name : name + "-virtual";
+            for (const ViaSetKind& kind : ViaSets::all) {
+                if ((keys.*kind.key)() == route.viaSetKey()) {
+                    const std::string name(kind.name);
+                    return status == own ? name : name + "-virtual";
+                }
             }
         }
     }
@@ -366,6 +368,7 @@ std::string LibraryHarness::leftovers() {
     count("via sets", viaSets());
     count("routes",
           root_->ipv4AllVrfRouteConfig()->size() + root_->ipv6AllVrfRouteConfig()->size());
+    count("VRFs in the table", root_->protoVrfTable()->size());
     count("interface status managers", root_->intfStatusManagerRoot()->intfStatusManagers());
     for (const char* netns : {"default", "ns1", "ns2"}) {
         count("kernel status mounts", entityManager->mounts(MountPaths::kernelDevices(netns)));
@@ -376,6 +379,7 @@ std::string LibraryHarness::leftovers() {
         {"AllVrfRibReadySm", 1},
         {"IntfBacklogByVrf", 1},
         {"IntfViaSetConfig", 1},
+        {"ProtoVrfSm", 1},
         {"ReceiveRouteLeakSm", 1},
         {"RootSm", 1},
         {"RootSm::VrfStatusLocalSm", allVrfStatusLocal->vrf().size()},

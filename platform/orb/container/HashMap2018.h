@@ -22,8 +22,8 @@ class HashMap2018 : public HashTable<T, KeyOf> {
     /// Adds the element unless its key is there. Returns the key's element and whether it was
     /// added.
     std::pair<T*, bool> tryInsert(T element) {
-        const auto place = this->placeOf(KeyOf()(element));
-        if (T* present = this->entryAt(place, KeyOf()(element))) {
+        const auto place = this->placeOf(this->keyOf_(element));
+        if (T* present = this->entryAt(place, this->keyOf_(element))) {
             return {present, false};
         }
         return {this->insertNew(std::move(element), place), true};
@@ -31,8 +31,8 @@ class HashMap2018 : public HashTable<T, KeyOf> {
 
     /// Adds the element or replaces the one of the same key. Returns whether the key was added.
     bool insertOrAssign(T element) {
-        const auto place = this->placeOf(KeyOf()(element));
-        if (T* present = this->entryAt(place, KeyOf()(element))) {
+        const auto place = this->placeOf(this->keyOf_(element));
+        if (T* present = this->entryAt(place, this->keyOf_(element))) {
             std::swap(*present, element); // the old one dies last: its destructor may use the map
             return false;
         }

@@ -47,7 +47,9 @@ class HashTable {
     using const_iterator = HashTableIterator<const T>;
 
     HashTable() = default;
-    HashTable(HashTable&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
+    explicit HashTable(KeyOf keyOf) : keyOf_(std::move(keyOf)) {}
+    HashTable(HashTable&& other) noexcept
+        : keyOf_(other.keyOf_), block_(std::exchange(other.block_, nullptr)) {}
     HashTable(const HashTable& other)
         requires std::is_copy_constructible_v<T>
     {
@@ -55,7 +57,7 @@ class HashTable {
             return;
         }
         const Block& source = *other.block_;
-        HashTable copy;
+        HashTable copy(other.keyOf_);
         copy.block_ = Block::allocate(Shape{source.homes, source.slots, source.maxSize});
         for (std::uint32_t slot = other.firstSlot(), left = source.size; left > 0; ++slot, --left) {
             slot = other.occupiedFrom(slot);
@@ -77,7 +79,10 @@ class HashTable {
         }
     }
 
-    void swap(HashTable& other) noexcept { std::swap(block_, other.block_); }
+    void swap(HashTable& other) noexcept {
+        std::swap(block_, other.block_);
+        std::swap(keyOf_, other.keyOf_);
+    }
 
     std::size_t size() const { return block_ == nullptr ? 0 : block_->size; }
     bool empty() const { return block_ == nullptr; }
@@ -147,7 +152,7 @@ class HashTable {
     bool erase(const Key& key) { return take(key).has_value(); }
 
     /// Removes all entries. Those that their destructors add stay.
-    void clear() { HashTable().swap(*this); }
+    void clear() { HashTable(keyOf_).swap(*this); }
 
     /// Bytes allocated, for accounting.
     std::size_t allocatedBytes() const {
@@ -155,6 +160,8 @@ class HashTable {
     }
 
   protected:
+    [[no_unique_address]] KeyOf keyOf_{};
+
     /// Where a key is or belongs, found once for finding and then adding. Valid until the next
     /// insertion or erasure.
     struct Place {
@@ -174,7 +181,7 @@ class HashTable {
 
     /// Adds an entry at the place of its key, which must not be in the table.
     T* insertNew(T entry, Place place) {
-        const Key& key = KeyOf()(entry);
+        const Key& key = keyOf_(entry);
         if (block_ == nullptr || block_->size == block_->maxSize) {
             grow();
             place.slot = lowerBound(place.tag, key);
@@ -261,7 +268,7 @@ class HashTable {
 
     bool isAt(const Place& place, const Key& key) const {
         return block_->tags()[place.slot] == place.tag
-               && KeyOf()(block_->entries()[place.slot]) == key;
+               && keyOf_(block_->entries()[place.slot]) == key;
     }
 
     T* lookUp(const Key& key) const {
@@ -269,7 +276,7 @@ class HashTable {
         const std::uint32_t* tags = block_->tags();
         for (std::uint32_t slot = tagBound(tag); tags[slot] == tag; ++slot) {
             T* entry = block_->entries() + slot;
-            if (KeyOf()(*entry) == key) {
+            if (keyOf_(*entry) == key) {
                 return entry;
             }
         }
@@ -278,7 +285,7 @@ class HashTable {
 
     std::uint32_t lowerBound(std::uint32_t tag, const Key& key) const {
         std::uint32_t slot = tagBound(tag);
-        while (block_->tags()[slot] == tag && KeyOf()(block_->entries()[slot]) < key) {
+        while (block_->tags()[slot] == tag && keyOf_(block_->entries()[slot]) < key) {
             ++slot;
         }
         return slot;

@@ -1,0 +1,263 @@
+#include "platform/memtab/TableMemory.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <new>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+#include "platform/orb/value/Assert.h"
+
+namespace OrbMemtab {
+
+using Tables::TableHeader;
+using Vaultdb::FolderError;
+
+namespace {
+
+constexpr std::size_t pageBytes = 4096;
+
+std::size_t wholePages(std::size_t bytes) { return (bytes + pageBytes - 1) & ~(pageBytes - 1); }
+
+/// Room for an eighth more, so that growing costs little and wastes little.
+std::size_t grown(std::size_t slotBytes) { return wholePages(slotBytes + slotBytes / 8 + 1); }
+
+std::uint64_t wallClock() {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000'000
+           + static_cast<std::uint64_t>(now.tv_nsec);
+}
+
+std::string fileName(Orb::String path) {
+    std::replace(path.begin(), path.end(), '/', '.');
+    return path;
+}
+
+} // namespace
+
+TableMemory::TableMemory(const TableForm& form) : form_{form.kind, form.slotBytes, 0} {
+    const std::size_t size = Tables::slotsAt(0) + pageBytes;
+    void* data =
+        ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (data == MAP_FAILED) {
+        throw std::bad_alloc();
+    }
+    mapped(data, size);
+}
+
+TableMemory::TableMemory(Orb::Ptr<Vaultdb::Folder> folder, const Orb::String& path,
+                         const TableForm& form)
+    : form_(form), folder_(std::move(folder)), path_(path), name_(fileName(path)) {
+    if (path.size() > TableHeader::maxPath) {
+        throw FolderError("table " + path + ": the path is too long");
+    }
+    try {
+        openFile();
+    } catch (...) {
+        release();
+        throw;
+    }
+    folder_->add(*this);
+}
+
+TableMemory::~TableMemory() {
+    if (folder_ != nullptr) {
+        folder_->remove(*this);
+        Tables::store(header().closedAt, wallClock());
+        folder_->ring();
+    }
+    release();
+}
+
+void TableMemory::release() {
+    if (data_ != nullptr) {
+        ::munmap(data_, size_);
+        data_ = nullptr;
+    }
+    file_ = {};
+}
+
+std::string TableMemory::filePath() const { return folder_->path() + "/" + name_; }
+
+void TableMemory::openFile() {
+    const Vaultdb::Folder::Hold hold(*folder_);
+    file_ = Orb::FileDescriptor(::openat(folder_->descriptor(), name_.c_str(),
+                                         O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!file_ && errno != ENOENT) {
+        folder_->moveAside(name_, std::strerror(errno));
+    }
+    if (!file_ || !takeOver()) {
+        makeFile();
+    }
+}
+
+/// False, with the file moved aside, when it is not this table.
+bool TableMemory::takeOver() {
+    struct stat status {};
+    if (::fstat(file_.get(), &status) != 0 || !S_ISREG(status.st_mode)
+        || status.st_uid != ::geteuid()) {
+        folder_->moveAside(name_, "is not a file of this user");
+        return false;
+    }
+    if (!lock()) {
+        refuse();
+    }
+    const auto size = static_cast<std::size_t>(status.st_size);
+    if (size < sizeof(TableHeader)) {
+        folder_->moveAside(name_, "is cut short");
+        return false;
+    }
+    mapWhole(size);
+    if (const char* fault = faultOf(size)) {
+        folder_->moveAside(name_, fault);
+        return false;
+    }
+    become(header().epoch + 1);
+    return true;
+}
+
+/// Why the file that is mapped is not this table; null if it is.
+const char* TableMemory::faultOf(std::size_t fileSize) const {
+    const TableHeader& found = header();
+    if (found.magic != Tables::tableMagic) {
+        return "is not a table";
+    }
+    if (found.layoutVersion != Tables::layoutVersion) {
+        return "has another layout";
+    }
+    if (found.check != Tables::checkOf(found)) {
+        return "is damaged";
+    }
+    if (found.recordKind != form_.kind || found.slotBytes != form_.slotBytes
+        || found.ringEntries != form_.ringEntries
+        || std::strncmp(found.path, path_.c_str(), TableHeader::maxPath) != 0) {
+        return "is another table";
+    }
+    const std::size_t needed =
+        Tables::slotsAt(found.ringEntries) + std::size_t{found.used} * found.slotBytes;
+    return fileSize < needed || found.epoch == 0 ? "is cut short" : nullptr;
+}
+
+// Made under another name first, so that nobody finds half a table.
+void TableMemory::makeFile() {
+    release();
+    const std::string unfinished = name_ + ".new";
+    file_ = folder_->make(unfinished);
+    if (!lock()) {
+        refuse();
+    }
+    if (!claimBytes(0, Tables::slotsAt(form_.ringEntries) + pageBytes)) {
+        const int error = errno;
+        ::unlinkat(folder_->descriptor(), unfinished.c_str(), 0);
+        throw FolderError("table " + filePath() + ": " + std::strerror(error));
+    }
+    mapWhole(Tables::slotsAt(form_.ringEntries) + pageBytes);
+    initialize();
+    become(1);
+    if (::renameat(folder_->descriptor(), unfinished.c_str(), folder_->descriptor(),
+                   name_.c_str())
+        != 0) {
+        throw FolderError("table " + filePath() + ": " + std::strerror(errno));
+    }
+}
+
+void TableMemory::initialize() const {
+    TableHeader& made = header();
+    made.magic = Tables::tableMagic;
+    made.layoutVersion = Tables::layoutVersion;
+    made.recordKind = form_.kind;
+    made.slotBytes = form_.slotBytes;
+    made.ringEntries = form_.ringEntries;
+    path_.copy(made.path, TableHeader::maxPath);
+    made.check = Tables::checkOf(made);
+}
+
+/// Before anything else is changed: whoever follows the former writer takes the state anew.
+void TableMemory::become(std::uint64_t epoch) {
+    TableHeader& taken = header();
+    Tables::store(taken.epoch, epoch);
+    Tables::store(taken.writerPid, static_cast<std::uint32_t>(::getpid()));
+    Tables::store(taken.openedAt, wallClock());
+    Tables::store(taken.heardOfAt, wallClock());
+    Tables::store(taken.closedAt, std::uint64_t{0});
+}
+
+void TableMemory::startAnew(const char* why) {
+    const Vaultdb::Folder::Hold hold(*folder_);
+    folder_->moveAside(name_, why);
+    makeFile();
+}
+
+bool TableMemory::lock() const {
+    struct flock whole {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    return ::fcntl(file_.get(), F_OFD_SETLK, &whole) == 0;
+}
+
+void TableMemory::refuse() const {
+    std::uint32_t pid = 0;
+    const bool known = ::pread(file_.get(), &pid, sizeof pid, offsetof(TableHeader, writerPid))
+                           == static_cast<ssize_t>(sizeof pid)
+                       && pid != 0;
+    throw Vaultdb::TableInUseError("table " + filePath() + ": in use by "
+                                   + (known ? "process " + std::to_string(pid)
+                                            : std::string("another process")));
+}
+
+bool TableMemory::claimBytes(std::size_t from, std::size_t to) {
+    int error = EINTR;
+    while (error == EINTR) {
+        error = ::posix_fallocate(file_.get(), static_cast<off_t>(from),
+                                  static_cast<off_t>(to - from));
+    }
+    errno = error;
+    return error == 0;
+}
+
+void TableMemory::mapWhole(std::size_t size) {
+    void* data = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file_.get(), 0);
+    if (data == MAP_FAILED) {
+        throw FolderError("table " + filePath() + ": " + std::strerror(errno));
+    }
+    mapped(data, size);
+}
+
+void TableMemory::mapped(void* data, std::size_t size) {
+    data_ = static_cast<std::byte*>(data);
+    size_ = size;
+    slots_ = data_ + Tables::slotsAt(form_.ringEntries);
+    const std::size_t room = size - std::min(size, Tables::slotsAt(form_.ringEntries));
+    claimed_ = static_cast<std::uint32_t>(room / form_.slotBytes);
+}
+
+bool TableMemory::claim() {
+    const std::size_t slotsAt = Tables::slotsAt(form_.ringEntries);
+    const std::size_t size = slotsAt + grown(size_ - slotsAt);
+    if (folder_ != nullptr && !claimBytes(size_, size)) {
+        folder_->awaitSpace();
+        return false;
+    }
+    void* data = ::mremap(data_, size_, size, MREMAP_MAYMOVE);
+    if (data == MAP_FAILED) {
+        return false;
+    }
+    mapped(data, size);
+    return true;
+}
+
+void TableMemory::heardOf(std::uint64_t time) { Tables::store(header().heardOfAt, time); }
+
+void TableMemory::spaceAgain() {
+    if (onSpace_) {
+        onSpace_();
+    }
+}
+
+} // namespace OrbMemtab

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "platform/lanx/IpGenPrefix.h"
+#include "tables/layout/Records.h"
+
+// The prefix of a record: its members `prefix`, `length` and `family`.
+
+namespace Routing::Rib {
+
+template <typename Record>
+void storePrefix(Record& record, const Lanx::IpGenPrefix& prefix) {
+    std::memcpy(record.prefix.address, prefix.addr().bytes().data(), sizeof record.prefix.address);
+    record.length = static_cast<std::uint8_t>(prefix.len());
+    record.family = static_cast<std::uint8_t>(prefix.af());
+}
+
+template <typename Record>
+Lanx::IpGenPrefix prefixOf(const Record& record) {
+    Lanx::AddressBytes bytes{};
+    std::memcpy(bytes.data(), record.prefix.address, bytes.size());
+    if (record.family == Tables::ipv4) {
+        return Lanx::IpGenPrefix::covering(Lanx::IpAddr(bytes), record.length);
+    }
+    return Lanx::IpGenPrefix::covering(Lanx::Ip6Addr(bytes), record.length);
+}
+
+/// Whether prefixOf() may be asked for, and is what the record says.
+template <typename Record>
+bool hasSoundPrefix(const Record& record) {
+    if ((record.family != Tables::ipv4 && record.family != Tables::ipv6)
+        || record.length > Lanx::addressBits(Lanx::AddressFamily{record.family})) {
+        return false;
+    }
+    Record same = record;
+    storePrefix(same, prefixOf(record));
+    return std::memcmp(&same.prefix, &record.prefix, sizeof same.prefix) == 0;
+}
+
+} // namespace Routing::Rib
