@@ -38,10 +38,8 @@ class Mirror {
     /// record that is valid during the call, or nullptr for a record that was or is not there.
     template <typename OnChange>
     void tell(OnChange&& onChange) {
+        const Settled settled{*this};
         eachChange(onChange);
-        told_.clear();
-        before_.clear();
-        isAnew_ = false;
     }
 
     /// What tell() will tell, which may be looked at before.
@@ -75,6 +73,16 @@ class Mirror {
     struct Told {
         Record before;
         Record after;
+    };
+
+    /// Forgets what was told, also when telling ends with an exception.
+    struct Settled {
+        Mirror& mirror;
+        ~Settled() {
+            mirror.told_.clear();
+            mirror.before_.clear();
+            mirror.isAnew_ = false;
+        }
     };
 
     /// Reads of one slot before it is called damaged: the writer would have to be faster each time.
