@@ -34,8 +34,8 @@ class Mirror {
     /// copy is as it was, or further on the way, and the next call tries to take the state anew.
     Found bring(const Folder& folder, ErrorText& error);
 
-    /// Tells what has changed since the last call: `onChange(before, after)`, each a pointer to a
-    /// record that is valid during the call, or nullptr for a record that was or is not there.
+    /// Tells what has changed since it was called last: `onChange(before, after)`, each a pointer
+    /// to a record that is valid during the call, or nullptr for a record that was or is not there.
     template <typename OnChange>
     void tell(OnChange&& onChange) {
         const Settled settled{*this};
@@ -53,6 +53,9 @@ class Mirror {
         tell(onChange);
         return found;
     }
+
+    /// Grows whenever bring() finds something, other than the state of another file or writer.
+    std::uint64_t position() const { return cursor_; }
 
     std::size_t count() const { return records_.count(); }
     const Record* find(const RecordKey& key) const { return records_.find(key); }
@@ -103,9 +106,9 @@ class Mirror {
     std::uint64_t epoch_ = 0;  ///< of the writer that is followed; 0 to take the state anew
     std::uint64_t cursor_ = 0; ///< the next change of the ring to look at
 
-    Buffer<Told> told_; ///< changes that are to be told
-    Records before_;    ///< if isAnew_, what was there behind those
-    bool isAnew_ = false;
+    Buffer<Told> told_;   ///< changes that are to be told
+    Records before_;      ///< if isAnew_, what was there behind those
+    bool isAnew_ = false; ///< from before_ on, changes are found by comparing
 };
 
 template <typename Record>
@@ -121,7 +124,7 @@ Found Mirror<Record>::bring(const Folder& folder, ErrorText& error) {
     }
     Step step = Step::behind;
     if (epoch_ != 0 && load(file_.header().epoch) == epoch_) {
-        step = follow(records_, cursor_, true);
+        step = follow(records_, cursor_, !isAnew_);
     }
     for (unsigned starts = 0; step == Step::behind && starts < maxStarts; ++starts) {
         step = takeState();
@@ -209,9 +212,11 @@ typename Mirror<Record>::Step Mirror<Record>::takeState() {
     if (step != Step::done) {
         return step;
     }
-    before_.swap(records_);
+    if (!isAnew_) {
+        before_.swap(records_);
+        isAnew_ = true;
+    }
     records_.swap(records);
-    isAnew_ = true;
     epoch_ = epoch;
     cursor_ = cursor;
     return step;
