@@ -228,14 +228,16 @@ typename Mirror<Record>::Step Mirror<Record>::copySlots(Records& records,
     if (!records.reserve(used)) {
         return Step::noMemory;
     }
-    for (std::uint32_t slot = 0; slot < used; ++slot) {
-        Record record;
-        if (!read(slot, record)) {
-            return Step::damaged;
+    Record block[Records::fillCount];
+    for (std::uint32_t first = 0; first < used; first += Records::fillCount) {
+        const std::uint32_t left = used - first;
+        const unsigned count = left < Records::fillCount ? left : Records::fillCount;
+        for (unsigned n = 0; n < count; ++n) {
+            if (!read(first + n, block[n])) {
+                return Step::damaged;
+            }
         }
-        if (!records.put(slot, record)) {
-            return Step::noMemory;
-        }
+        records.fill(first, block, count);
     }
     return Step::done;
 }
