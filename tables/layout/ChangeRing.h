@@ -11,8 +11,8 @@ namespace Tables {
 /// entry, then the header's count, then the slot. So nobody misses a change, wherever the writer is
 /// killed, and a reader that finds an entry whose slot is not that far yet waits with it.
 ///
-/// A slot may have changed again since an entry was written. Then a later entry tells of it, and the
-/// reader passes the earlier one over: it sees the changes in order, those left out that were
+/// A slot may have changed again since an entry was written. Then a later entry tells of it, and
+/// the reader passes the earlier one over: it sees the changes in order, those left out that were
 /// overtaken before it came.
 struct Change {
     std::uint32_t slot;

@@ -25,7 +25,7 @@ struct PrefixBytes {
 struct RouteRecord {
     std::uint32_t word;
     std::uint32_t vrfId;
-    std::uint64_t viaSet;      ///< the key of a ViaSetRecord; 0 for none
+    std::uint64_t viaSet; ///< the key of a ViaSetRecord; 0 for none
     PrefixBytes prefix;
     std::uint32_t sourceVrfId; ///< the VRF that it is leaked from; noVrf on a local route
     std::uint32_t metric;
@@ -80,10 +80,10 @@ struct VrfRecord {
 
     std::uint32_t word;
     std::uint32_t vrfId;
-    double readyTime;      ///< of the RIB's record: seconds of the writer's clock; 0 for never
+    double readyTime; ///< of the RIB's record: seconds of the writer's clock; 0 for never
     std::uint8_t ipv4Ready;
     std::uint8_t ipv6Ready;
-    std::uint8_t hasRib;   ///< the RIB waits for the VRF, so it has a record of it
+    std::uint8_t hasRib; ///< the RIB waits for the VRF, so it has a record of it
     std::uint8_t ribReady;
     std::uint8_t nameLength;
     char name[maxName];

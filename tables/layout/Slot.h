@@ -26,10 +26,11 @@ namespace Tables {
 /// A reader loads the word, then the bytes - the old ones from the header while bit 0 is set - and
 /// then the word again. If it is still the same, no change of the slot has begun meanwhile: every
 /// store comes after those before it and every load sees what was stored before the value it finds,
-/// so a reader that had seen a byte of a later change would also see the word that was stored before
-/// that byte. For a slot without a record the word alone counts. In the header the same holds: it
-/// is written to again only after the slot's word has changed. So what is read is a record as it
-/// was between two changes, whatever the writer does, and wherever it was stopped or killed.
+/// so a reader that had seen a byte of a later change would also see the word that was stored
+/// before that byte. For a slot without a record the word alone counts. In the header the same
+/// holds: it is written to again only after the slot's word has changed. So what is read is a
+/// record as it was between two changes, whatever the writer does, and wherever it was stopped or
+/// killed.
 ///
 /// The word comes round after 2^30 changes of one slot during one read, which nobody is that slow
 /// for. A reader tries again only when the writer was faster than itself.
