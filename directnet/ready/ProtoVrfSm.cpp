@@ -10,7 +10,6 @@ namespace Routing::DirectNet {
 
 ORB_DEFINE_TYPE(ProtoVrfSm)
 ORB_DEFINE_TYPE(ProtoVrfSm::OrbVrfReadyStatus)
-ORB_REGISTER(ProtoVrfSm, ProtoVrfSm, unitRibReadySm, 4)
 
 void ProtoVrfSm::OrbAllVrfReadyStatus::onAttribute(Orb::AttributeId id, const void* key) {
     if (id == AllVrfReadyStatus::vrfReadyStatusAttribute) {

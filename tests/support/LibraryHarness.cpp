@@ -368,6 +368,7 @@ std::string LibraryHarness::leftovers() {
     count("via sets", viaSets());
     count("routes",
           root_->ipv4AllVrfRouteConfig()->size() + root_->ipv6AllVrfRouteConfig()->size());
+    count("VRFs in the table", root_->protoVrfTable()->size());
     count("interface status managers", root_->intfStatusManagerRoot()->intfStatusManagers());
     for (const char* netns : {"default", "ns1", "ns2"}) {
         count("kernel status mounts", entityManager->mounts(MountPaths::kernelDevices(netns)));
@@ -378,6 +379,7 @@ std::string LibraryHarness::leftovers() {
         {"AllVrfRibReadySm", 1},
         {"IntfBacklogByVrf", 1},
         {"IntfViaSetConfig", 1},
+        {"ProtoVrfSm", 1},
         {"ReceiveRouteLeakSm", 1},
         {"RootSm", 1},
         {"RootSm::VrfStatusLocalSm", allVrfStatusLocal->vrf().size()},
