@@ -27,6 +27,15 @@ Argument socketOption(std::string& path) {
             .complaint = complaintIfEmpty};
 }
 
+Argument tablesOption(std::string& path) {
+    return {.name = "--tables",
+            .help = "The folder of the tables; by default /dev/shm/directnet for root, else "
+                    "directnet in the user's runtime folder",
+            .value = &path,
+            .placeholder = "DIR",
+            .complaint = complaintIfEmpty};
+}
+
 Argument traceOption(int& level) {
     return {.name = "--trace",
             .help = "Trace up to LEVEL on standard error, from 0 (readiness) to 9 (all)",
