@@ -19,6 +19,14 @@ std::string defaultTablesPath() {
     return folder.empty() ? "" : folder + "/directnet";
 }
 
+std::string tablesPathOr(const std::string& named) {
+    std::string path = named.empty() ? defaultTablesPath() : named;
+    if (path.empty()) {
+        throw FailureError("there is no runtime folder to find the tables in; use --tables");
+    }
+    return path;
+}
+
 gid_t readGroup(const std::string& text) {
     if (const group* found = ::getgrnam(text.c_str())) {
         return found->gr_gid;

@@ -10,6 +10,9 @@ namespace Agent {
 /// root, else "directnet" in the user's runtime folder; empty if there is none.
 std::string defaultTablesPath();
 
+/// That folder, or the one by default where none is named. Throws FailureError if there is neither.
+std::string tablesPathOr(const std::string& named);
+
 /// The group of that name or number. Throws BadInputError if there is none.
 gid_t readGroup(const std::string& text);
 

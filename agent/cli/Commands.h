@@ -25,6 +25,7 @@ Argument ringOption(std::string& path);   ///< where the ring trace goes
 Argument socketOption(std::string& path); ///< where the running agent listens
 Argument tablesOption(std::string& path); ///< where the tables are that an agent shares
 Argument traceOption(int& level);         ///< the text trace of an agent that is started
+Argument vrfOption(std::string& name);    ///< the one VRF that is shown
 Argument vipLogOption(std::string& path); ///< where changes of virtual addresses are logged
 
 /// Says "directnet: MESSAGE" on standard error.
