@@ -18,8 +18,9 @@ void Mount::doMount(const Orb::String& path, std::string_view typeName, const Mo
 // Whoever writes a table has it, so that reading it in the same store needs nothing.
 void Mount::bind(Table& table, const Orb::String& path, MountInfo::Type type) {
     const Orb::Ptr<Vaultdb::Folder>& folder = entityManager_->folder();
-    if (folder != nullptr && !entityManager_->isBound(path) && type == MountInfo::Type::write) {
-        entityManager_->bind(path, table.share(folder, path));
+    if (folder != nullptr && !entityManager_->isBound(path)) {
+        const bool writes = type == MountInfo::Type::write;
+        entityManager_->bind(path, writes ? table.share(folder, path) : table.follow(folder, path));
     }
 }
 

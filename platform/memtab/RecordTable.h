@@ -1,12 +1,13 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 #include <limits>
 #include <string>
 
 #include "platform/memtab/Records.h"
 #include "platform/orb/value/Error.h"
+#include "tables/reader/RecordTraits.h"
+#include "tables/reader/TablePaths.h"
 
 namespace OrbMemtab {
 
@@ -16,9 +17,10 @@ namespace OrbMemtab {
 ///     Records* find(const Key&) const;   // null while there are none
 ///     Records& findOrMake(const Key&);
 ///     void emptied(const Key&);          // the key's records have become empty
-template <typename Form, typename Index>
+template <typename FormType, typename Index>
 class RecordTable {
   public:
+    using Form = FormType;
     using Record = typename Form::Record;
     using Value = typename Form::Value;
     using Key = typename Form::Key;
@@ -31,8 +33,8 @@ class RecordTable {
     /// Goes over to a file of the folder, which must happen before the first record comes. Throws
     /// as TableMemory.
     void share(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path) {
-        slots_.share(folder, path, [this](std::uint32_t number, const Record& record) {
-            return Form::isSound(record) && adopt(number, Form::key(record));
+        slots_.share(folder, path, [this, &path](std::uint32_t number, const Record& record) {
+            return isSound(path, record) && adopt(number, Form::key(record));
         });
         if (slots_.size() == 0) {
             index_ = Index(slots_); // what came before a record that could not be used
@@ -72,7 +74,7 @@ class RecordTable {
         Records& records = index_.findOrMake(key);
         const auto place = records.placeOf(key);
         if (const std::uint32_t* number = records.at(place, key)) {
-            const bool changed = !equal(slots_.at(*number), record);
+            const bool changed = !Tables::sameContent(slots_.at(*number), record);
             if (changed) {
                 slots_.replace(*number, record);
             }
@@ -114,6 +116,15 @@ class RecordTable {
     Slots<Record>& slots() { return slots_; }
 
   private:
+    /// Whether the record is one that the table of that path may have.
+    static bool isSound(const Orb::String& path, const Record& record) {
+        std::uint8_t family = Tables::familyAt(path.c_str());
+        if constexpr (requires { record.family; }) {
+            family = family == 0 ? record.family : family;
+        }
+        return Tables::isSound(record, family);
+    }
+
     bool adopt(std::uint32_t number, const Key& key) {
         Records& records = index_.findOrMake(key);
         const auto place = records.placeOf(key);
@@ -122,14 +133,6 @@ class RecordTable {
         }
         records.insert(number, place);
         return true;
-    }
-
-    /// Whether two records are equal but for their slots' words.
-    static bool equal(const Record& a, const Record& b) {
-        constexpr std::size_t word = sizeof(a.word);
-        return std::memcmp(reinterpret_cast<const char*>(&a) + word,
-                           reinterpret_cast<const char*>(&b) + word, sizeof(Record) - word)
-               == 0;
     }
 
     Slots<Record> slots_;

@@ -30,7 +30,6 @@ struct SlotKey {
 ///     static Record record(const Value& value);   // throws RangeError for what does not fit
 ///     static Value value(const Record& record);
 ///     static Key key(const Record& record);
-///     static bool isSound(const Record& record);  // whether value() may be asked for
 template <typename Form>
 class Records : private Orb::HashTable<std::uint32_t, SlotKey<Form>> {
     using Table = Orb::HashTable<std::uint32_t, SlotKey<Form>>;

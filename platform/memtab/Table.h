@@ -29,6 +29,11 @@ class Table : public Orb::Entity {
     /// TableInUseError, FolderError.
     virtual Bond share(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path) = 0;
 
+    /// Follows the folder's table of that mount path, while the bond lives: what its writer has
+    /// changed, now or later, changes here. Must happen while the entity is empty. Throws
+    /// FolderError.
+    virtual Bond follow(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path) = 0;
+
     /// Asks for one notification of roomAttribute, to all that wait.
     void awaitRoom() const { awaited_ = true; }
 

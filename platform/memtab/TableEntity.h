@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/memtab/Following.h"
 #include "platform/memtab/RecordTable.h"
 #include "platform/memtab/Table.h"
 #include "platform/orb/value/Error.h"
@@ -39,7 +40,24 @@ class TableEntity : public Table {
         return nullptr;
     }
 
+    Bond follow(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path) override {
+        using Form = typename Records::Form;
+        using Record = typename Records::Record;
+        return Orb::makePtr<Following<Record>>(
+            folder, path, [this](const Record* before, const Record* after) {
+                if (after != nullptr) {
+                    memberIs(Form::value(*after));
+                } else {
+                    memberDel(Form::key(*before));
+                }
+            });
+    }
+
   protected:
+    /// Adds or replaces a member, or removes it, on behalf of a table that is followed.
+    virtual void memberIs(const Value& value) = 0;
+    virtual void memberDel(const Key& key) = 0;
+
     /// `collection` is what its capacity is declared by. `ringEntries`, a power of two, says how
     /// many changes a reader may be behind.
     TableEntity(std::string_view collection, std::uint32_t ringEntries)

@@ -2,6 +2,7 @@
 
 #include "platform/orb/attribute/DefineType.h"
 #include "platform/orb/value/Error.h"
+#include "platform/memtab/Following.h"
 #include "platform/routing/LeakRecorder.h"
 
 namespace Routing {
@@ -29,6 +30,20 @@ void DirectNetLeakStatus::collectionCapacityIs(std::string_view collection, std:
 OrbMemtab::Table::Bond DirectNetLeakStatus::share(const Orb::Ptr<Vaultdb::Folder>& folder,
                                                   const Orb::String& path) {
     return Orb::makePtr<LeakRecorder>(folder, path, Orb::Ptr<DirectNetLeakStatus>(this));
+}
+
+OrbMemtab::Table::Bond DirectNetLeakStatus::follow(const Orb::Ptr<Vaultdb::Folder>& folder,
+                                                   const Orb::String& path) {
+    using Form = Rib::LeakForm;
+    const Orb::Ptr<DirectNetLeakStatus> status(this);
+    return Orb::makePtr<OrbMemtab::Following<Form::Record>>(
+        folder, path, [status](const Form::Record* before, const Form::Record* after) {
+            if (after != nullptr) {
+                status->leakIs(Form::value(*after));
+            } else {
+                status->leakDel(Form::value(*before));
+            }
+        });
 }
 
 } // namespace Routing

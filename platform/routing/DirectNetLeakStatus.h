@@ -20,6 +20,7 @@ class DirectNetLeakStatus : public OrbMemtab::Table {
     /// Leaks are not bounded by declaration.
     void collectionCapacityIs(std::string_view collection, std::size_t capacity) override;
     Bond share(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path) override;
+    Bond follow(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path) override;
 };
 
 } // namespace Routing

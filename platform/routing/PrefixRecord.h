@@ -27,16 +27,4 @@ Lanx::IpGenPrefix prefixOf(const Record& record) {
     return Lanx::IpGenPrefix::covering(Lanx::Ip6Addr(bytes), record.length);
 }
 
-/// Whether prefixOf() may be asked for, and is what the record says.
-template <typename Record>
-bool hasSoundPrefix(const Record& record) {
-    if ((record.family != Tables::ipv4 && record.family != Tables::ipv6)
-        || record.length > Lanx::addressBits(Lanx::AddressFamily{record.family})) {
-        return false;
-    }
-    Record same = record;
-    storePrefix(same, prefixOf(record));
-    return std::memcmp(&same.prefix, &record.prefix, sizeof same.prefix) == 0;
-}
-
 } // namespace Routing::Rib

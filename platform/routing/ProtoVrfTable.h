@@ -28,6 +28,9 @@ class ProtoVrfTable : public OrbMemtab::TableEntity<OrbMemtab::FlatTable<ProtoVr
     void vrfDel(Vrf::VrfIdMap::VrfId id);
 
   private:
+    void memberIs(const ProtoVrf& value) override { vrfIs(value); }
+    void memberDel(const Vrf::VrfIdMap::VrfId& key) override { vrfDel(key); }
+
     static constexpr std::uint32_t ringEntries = 1U << 8;
 };
 

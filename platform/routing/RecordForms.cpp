@@ -1,6 +1,5 @@
 #include "platform/routing/RecordForms.h"
 
-#include <cmath>
 #include <string>
 
 #include "platform/orb/value/Error.h"
@@ -49,8 +48,6 @@ ViaKey ViaForm::key(const Record& record) {
     return {record.transport, record.viaId, VrfId(record.vrfId), record.routingProtocol};
 }
 
-bool ViaForm::isSound(const Record& record) { return record.nameLength <= Record::maxName; }
-
 ViaSetForm::Record ViaSetForm::record(const Memtab::ViaSet& viaSet) {
     Record record{};
     record.flags = viaSet.flags();
@@ -80,8 +77,6 @@ Memtab::ViaSet ViaSetForm::value(const Record& record) {
 
 ViaSetKey ViaSetForm::key(const Record& record) { return ViaSetKey(record.key); }
 
-bool ViaSetForm::isSound(const Record& record) { return record.key != 0; }
-
 ProtoVrfForm::Record ProtoVrfForm::record(const ProtoVrf& vrf) {
     Record record{};
     record.vrfId = vrf.id.value();
@@ -107,10 +102,6 @@ ProtoVrf ProtoVrfForm::value(const Record& record) {
 
 ProtoVrfForm::Key ProtoVrfForm::key(const Record& record) { return Key(record.vrfId); }
 
-bool ProtoVrfForm::isSound(const Record& record) {
-    return record.nameLength <= Record::maxName && std::isfinite(record.readyTime);
-}
-
 LeakForm::Record LeakForm::record(const LeakedRoute& leak) {
     Record record{};
     record.sourceVrfId = leak.sourceVrfId().value();
@@ -122,7 +113,5 @@ LeakForm::Record LeakForm::record(const LeakedRoute& leak) {
 LeakedRoute LeakForm::value(const Record& record) {
     return {VrfId(record.sourceVrfId), prefixOf(record), VrfId(record.destVrfId)};
 }
-
-bool LeakForm::isSound(const Record& record) { return hasSoundPrefix(record); }
 
 } // namespace Routing::Rib

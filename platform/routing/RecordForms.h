@@ -20,7 +20,6 @@ struct ViaForm {
     static Record record(const Via& via);
     static Via value(const Record& record);
     static ViaKey key(const Record& record);
-    static bool isSound(const Record& record);
 };
 
 struct ViaSetForm {
@@ -31,7 +30,6 @@ struct ViaSetForm {
     static Record record(const Memtab::ViaSet& viaSet);
     static Memtab::ViaSet value(const Record& record);
     static ViaSetKey key(const Record& record);
-    static bool isSound(const Record& record);
 };
 
 struct ProtoVrfForm {
@@ -42,7 +40,6 @@ struct ProtoVrfForm {
     static Record record(const ProtoVrf& vrf);
     static ProtoVrf value(const Record& record);
     static Key key(const Record& record);
-    static bool isSound(const Record& record);
 };
 
 struct LeakForm {
@@ -53,7 +50,6 @@ struct LeakForm {
     static Record record(const LeakedRoute& leak);
     static LeakedRoute value(const Record& record);
     static LeakedRoute key(const Record& record) { return value(record); }
-    static bool isSound(const Record& record);
 };
 
 } // namespace Routing::Rib

@@ -34,6 +34,9 @@ class RouteConfig : public PerVrfTableEntity<RouteForm> {
     void doDeleteRoutesForVrf(Vrf::VrfIdMap::VrfId vrfId);
 
   private:
+    void memberIs(const Route& value) override { routeAdd(value); }
+    void memberDel(const RouteKey& key) override { routeDel(key); }
+
     /// As many changes as a drain makes in its slice.
     static constexpr std::uint32_t ringEntries = 1U << 16;
 };

@@ -34,8 +34,6 @@ struct RouteForm {
     static RouteKey key(const Record& record) {
         return {Vrf::VrfIdMap::VrfId(record.vrfId), prefixOf(record)};
     }
-
-    static bool isSound(const Record& record) { return hasSoundPrefix(record); }
 };
 
 } // namespace Routing::Rib

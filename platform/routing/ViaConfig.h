@@ -35,6 +35,9 @@ class ViaConfig : public PerVrfTableEntity<ViaForm> {
     void doDeleteViasForVrf(Vrf::VrfIdMap::VrfId vrfId);
 
   private:
+    void memberIs(const Via& value) override { viaIs(value); }
+    void memberDel(const ViaKey& key) override { viaDel(key); }
+
     static constexpr std::uint32_t ringEntries = 1U << 12;
 };
 

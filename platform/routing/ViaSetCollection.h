@@ -31,6 +31,9 @@ class ViaSetCollection : public OrbMemtab::TableEntity<OrbMemtab::FlatTable<ViaS
     void viaSetDelAll();
 
   private:
+    void memberIs(const ViaSet& value) override { viaSetIs(value); }
+    void memberDel(const ViaSetKey& key) override { viaSetDel(key); }
+
     static constexpr std::uint32_t ringEntries = 1U << 13;
 };
 

@@ -1,5 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <cstring>
+
+#include "tables/layout/Records.h"
+
 /// Where the tables of a folder are mounted.
 namespace Tables::Paths {
 
@@ -13,3 +18,22 @@ inline constexpr const char* ipv4Leaks = "routing/directNetLeakStatus";
 inline constexpr const char* ipv6Leaks = "routing6/directNetLeakStatus";
 
 } // namespace Tables::Paths
+
+namespace Tables {
+
+/// The family of the prefixes in the table that is mounted there; 0 for one that has none.
+inline std::uint8_t familyAt(const char* path) {
+    for (const char* known : {Paths::ipv4Routes, Paths::ipv4Leaks}) {
+        if (std::strcmp(path, known) == 0) {
+            return ipv4;
+        }
+    }
+    for (const char* known : {Paths::ipv6Routes, Paths::ipv6Leaks}) {
+        if (std::strcmp(path, known) == 0) {
+            return ipv6;
+        }
+    }
+    return 0;
+}
+
+} // namespace Tables
