@@ -53,7 +53,7 @@ class TableMemory final : private Vaultdb::Folder::Tenant {
     /// Announces a change and sees to it that the bell is rung. Before the change.
     void announce(const Tables::Change& change) {
         if (folder_ != nullptr) {
-            Tables::announce(header(), reinterpret_cast<std::uint64_t*>(data_ + ringAt), change);
+            Tables::announce(header(), ring(), change);
             folder_->noteChange();
         }
     }
@@ -68,7 +68,9 @@ class TableMemory final : private Vaultdb::Folder::Tenant {
     std::size_t bytes() const { return size_; }
 
   private:
-    static constexpr std::size_t ringAt = Tables::headerBytes;
+    std::uint64_t* ring() const {
+        return reinterpret_cast<std::uint64_t*>(data_ + Tables::headerBytes);
+    }
 
     void heardOf(std::uint64_t time) override;
     void spaceAgain() override;
@@ -82,6 +84,7 @@ class TableMemory final : private Vaultdb::Folder::Tenant {
     [[noreturn]] void refuse() const;
     void initialize() const;
     bool claimBytes(std::size_t from, std::size_t to);
+    bool claimSpace(std::size_t& size);
     void mapWhole(std::size_t size);
     void mapped(void* data, std::size_t size);
     void release();

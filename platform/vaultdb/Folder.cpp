@@ -173,7 +173,7 @@ void Folder::stamp() {
 }
 
 void Folder::awaitSpace() {
-    if (spaceWakeup_.timeMin() == Orb::Clock::never) {
+    if (!awaitsSpace()) {
         const auto& clock = Orb::activityManager()->clock();
         spaceWakeup_.notifierIs(clock);
         spaceWakeup_.timeMinIs(clock->now() + spaceDelay);

@@ -106,6 +106,7 @@ class Folder : public Orb::PtrInterface {
 
     /// Memory was refused: looks again after a while, as long as somebody asks.
     void awaitSpace();
+    bool awaitsSpace() const { return spaceWakeup_.timeMin() != Orb::Clock::never; }
 
   private:
     class Wakeup : public Orb::Clock::NotifieeConst {
