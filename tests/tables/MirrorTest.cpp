@@ -24,10 +24,10 @@ class Follower {
   public:
     explicit Follower(const std::string& folder) {
         folder_.pathIs(folder.c_str(), error_);
-        EXPECT_EQ(folder_.look(error_), Found::here);
     }
 
     Found update() {
+        EXPECT_EQ(folder_.look(error_), Found::here);
         return mirror_.update(
             folder_, error_,
             [this](const RouteRecord* before, const RouteRecord* after) { told(before, after); });
