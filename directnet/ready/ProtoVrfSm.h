@@ -18,22 +18,20 @@ namespace Routing::DirectNet {
 /// Keeps the table by which readers make sense of the others: each VRF that has a container, with
 /// its readiness and the record that the routing information base has of it.
 ///
-/// What an earlier run left in the tables belongs to VRFs that are yet to come: each is cleared when
-/// its container is made. Those that do not come back are cleared, once, as soon as there are VRFs,
-/// all of them are ready, and every VRF that the routing information base waits for has been
+/// What an earlier run left in the tables belongs to VRFs that are yet to come: each is cleared
+/// when its container is made. Those that do not come back are cleared, once, as soon as there are
+/// VRFs, all of them are ready, and every VRF that the routing information base waits for has been
 /// declared ready to it: until then one may still be on its way.
 class ProtoVrfSm : public Orb::Entity {
     ORB_ENTITY(ProtoVrfSm, "Routing::DirectNet::ProtoVrfSm")
-    ORB_CONSTRUCTOR((Orb::Ptr<Rib::ProtoVrfTable>, protoVrfTable),
-                    (Orb::Ptr<const AllVrfReadyStatus>, allVrfReadyStatus),
-                    (Orb::Ptr<const Vrf::VrfIdMap::NameToIdMapWrapper>, nameToIdMapWrapper,
-                     Orb::mayBeNull),
-                    (Orb::Ptr<const Rib::AllVrfRibReady>, allVrfRibReady),
-                    (Orb::Ptr<const Orb::Dir>, protoStatusDir),
-                    (Orb::Ptr<Rib::RouteConfig>, route4Config),
-                    (Orb::Ptr<Rib::RouteConfig>, route6Config),
-                    (Orb::Ptr<Rib::Ip::ViaConfig>, ipv4ViaConfig),
-                    (Orb::Ptr<Rib::Ip::ViaConfig>, ipv6ViaConfig))
+    ORB_CONSTRUCTOR(
+        (Orb::Ptr<Rib::ProtoVrfTable>, protoVrfTable),
+        (Orb::Ptr<const AllVrfReadyStatus>, allVrfReadyStatus),
+        (Orb::Ptr<const Vrf::VrfIdMap::NameToIdMapWrapper>, nameToIdMapWrapper, Orb::mayBeNull),
+        (Orb::Ptr<const Rib::AllVrfRibReady>, allVrfRibReady),
+        (Orb::Ptr<const Orb::Dir>, protoStatusDir), (Orb::Ptr<Rib::RouteConfig>, route4Config),
+        (Orb::Ptr<Rib::RouteConfig>, route6Config), (Orb::Ptr<Rib::Ip::ViaConfig>, ipv4ViaConfig),
+        (Orb::Ptr<Rib::Ip::ViaConfig>, ipv6ViaConfig))
 
   public:
     using VrfId = Vrf::VrfIdMap::VrfId;

@@ -28,8 +28,8 @@ class TableEntity : public Table {
 
     void collectionCapacityIs(std::string_view collection, std::size_t capacity) override {
         if (collection != collection_) {
-            throw Orb::RangeError("a table of " + std::string(collection_)
-                                  + " has no collection " + std::string(collection));
+            throw Orb::RangeError("a table of " + std::string(collection_) + " has no collection "
+                                  + std::string(collection));
         }
         table_.capacityIs(capacity);
     }
@@ -43,14 +43,14 @@ class TableEntity : public Table {
     Bond follow(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path) override {
         using Form = typename Records::Form;
         using Record = typename Records::Record;
-        return Orb::makePtr<Following<Record>>(
-            folder, path, [this](const Record* before, const Record* after) {
-                if (after != nullptr) {
-                    memberIs(Form::value(*after));
-                } else {
-                    memberDel(Form::key(*before));
-                }
-            });
+        return Orb::makePtr<Following<Record>>(folder, path,
+                                               [this](const Record* before, const Record* after) {
+                                                   if (after != nullptr) {
+                                                       memberIs(Form::value(*after));
+                                                   } else {
+                                                       memberDel(Form::key(*before));
+                                                   }
+                                               });
     }
 
   protected:

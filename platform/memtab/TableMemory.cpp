@@ -43,8 +43,7 @@ std::string fileName(Orb::String path) {
 
 TableMemory::TableMemory(const TableForm& form) : form_{form.kind, form.slotBytes, 0} {
     const std::size_t size = Tables::slotsAt(0) + pageBytes;
-    void* data =
-        ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    void* data = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (data == MAP_FAILED) {
         throw std::bad_alloc();
     }
@@ -160,8 +159,7 @@ void TableMemory::makeFile() {
     mapWhole(Tables::slotsAt(form_.ringEntries) + pageBytes);
     initialize();
     become(1);
-    if (::renameat(folder_->descriptor(), unfinished.c_str(), folder_->descriptor(),
-                   name_.c_str())
+    if (::renameat(folder_->descriptor(), unfinished.c_str(), folder_->descriptor(), name_.c_str())
         != 0) {
         throw FolderError("table " + filePath() + ": " + std::strerror(errno));
     }
@@ -206,16 +204,16 @@ void TableMemory::refuse() const {
     const bool known = ::pread(file_.get(), &pid, sizeof pid, offsetof(TableHeader, writerPid))
                            == static_cast<ssize_t>(sizeof pid)
                        && pid != 0;
-    throw Vaultdb::TableInUseError("table " + filePath() + ": in use by "
-                                   + (known ? "process " + std::to_string(pid)
-                                            : std::string("another process")));
+    throw Vaultdb::TableInUseError(
+        "table " + filePath() + ": in use by "
+        + (known ? "process " + std::to_string(pid) : std::string("another process")));
 }
 
 bool TableMemory::claimBytes(std::size_t from, std::size_t to) {
     int error = EINTR;
     while (error == EINTR) {
-        error = ::posix_fallocate(file_.get(), static_cast<off_t>(from),
-                                  static_cast<off_t>(to - from));
+        error =
+            ::posix_fallocate(file_.get(), static_cast<off_t>(from), static_cast<off_t>(to - from));
     }
     errno = error;
     return error == 0;

@@ -1,8 +1,8 @@
 #include "platform/routing/DirectNetLeakStatus.h"
 
+#include "platform/memtab/Following.h"
 #include "platform/orb/attribute/DefineType.h"
 #include "platform/orb/value/Error.h"
-#include "platform/memtab/Following.h"
 #include "platform/routing/LeakRecorder.h"
 
 namespace Routing {

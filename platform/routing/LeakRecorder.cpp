@@ -16,9 +16,8 @@ void LeakRecorder::StatusReactor::onAttribute(Orb::AttributeId id, const void* k
 void LeakRecorder::SourceReactor::onAttribute(Orb::AttributeId id, const void* key) {
     if (id == RouteLeakedFromVrf::destVrfIdAttribute) {
         const auto& leaked = Orb::keyAs<LeakedPrefix>(key);
-        owner()->handleLeak(
-            {notifier()->sourceVrfId(), leaked.genPrefix(), leaked.destVrfId()},
-            notifier()->leaks(leaked.genPrefix(), leaked.destVrfId()));
+        owner()->handleLeak({notifier()->sourceVrfId(), leaked.genPrefix(), leaked.destVrfId()},
+                            notifier()->leaks(leaked.genPrefix(), leaked.destVrfId()));
     }
 }
 

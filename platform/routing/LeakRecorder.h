@@ -9,8 +9,8 @@
 
 namespace Routing {
 
-/// Writes the leaks of a status to a table of a folder, from now on, after it has put those into the
-/// status that it found there. What does not fit is said once and comes when there is room.
+/// Writes the leaks of a status to a table of a folder, from now on, after it has put those into
+/// the status that it found there. What does not fit is said once and comes when there is room.
 class LeakRecorder : public Orb::PtrInterface {
   public:
     using VrfId = Vrf::VrfIdMap::VrfId;

@@ -64,9 +64,9 @@ class PerVrfTable : public OrbMemtab::RecordTable<Form, PerVrfIndex<Form>> {
 
   public:
     using VrfId = Vrf::VrfIdMap::VrfId;
+    using Base::Base;
     using typename Base::Key;
     using typename Base::Records;
-    using Base::Base;
 
     /// The VRF's records; null while there is none.
     const Records* records(VrfId vrfId) const { return this->index().find(vrfId); }

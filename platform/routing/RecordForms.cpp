@@ -69,8 +69,8 @@ Memtab::ViaSet ViaSetForm::value(const Record& record) {
     viaSet.familyCodeIs(record.familyCode);
     viaSet.kindIs(static_cast<std::uint8_t>(record.kind));
     if (record.viaId != 0) {
-        viaSet.viaKeyIs(0, ViaKey(record.transport, record.viaId, VrfId(record.vrfId),
-                                  record.routingProtocol));
+        viaSet.viaKeyIs(
+            0, ViaKey(record.transport, record.viaId, VrfId(record.vrfId), record.routingProtocol));
     }
     return viaSet;
 }
@@ -92,8 +92,8 @@ ProtoVrfForm::Record ProtoVrfForm::record(const ProtoVrf& vrf) {
 }
 
 ProtoVrf ProtoVrfForm::value(const Record& record) {
-    ProtoVrf vrf{L3::VrfName(nameOf(record)), key(record), record.ipv4Ready != 0,
-                 record.ipv6Ready != 0, {}};
+    ProtoVrf vrf{
+        L3::VrfName(nameOf(record)), key(record), record.ipv4Ready != 0, record.ipv6Ready != 0, {}};
     if (record.hasRib != 0) {
         vrf.rib = ProtoVrf::Rib{record.ribReady != 0, record.readyTime};
     }

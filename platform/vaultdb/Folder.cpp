@@ -94,9 +94,8 @@ Folder::Hold::~Hold() { ::flock(folder_.descriptor(), LOCK_UN); }
 
 Orb::FileDescriptor Folder::make(const std::string& name) const {
     ::unlinkat(descriptor(), name.c_str(), 0);
-    Orb::FileDescriptor file(::openat(descriptor(), name.c_str(),
-                                      O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                                      fileMode));
+    Orb::FileDescriptor file(::openat(
+        descriptor(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, fileMode));
     if (!file) {
         fail(path() + "/" + name, std::strerror(errno));
     }
@@ -114,8 +113,8 @@ void Folder::moveAside(const std::string& name, std::string_view why) const {
 }
 
 Orb::FileDescriptor Folder::openBellFile() const {
-    Orb::FileDescriptor bell(::openat(descriptor(), Tables::bellName,
-                                      O_RDWR | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+    Orb::FileDescriptor bell(
+        ::openat(descriptor(), Tables::bellName, O_RDWR | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     if (bell
         && (::fstat(bell.get(), &status) != 0 || !S_ISFIFO(status.st_mode)

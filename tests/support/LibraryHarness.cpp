@@ -46,7 +46,20 @@ std::string RouteRow::text() const {
            + (via.empty() ? usualVia(type) : via) + (sourceVrf.empty() ? "" : " from " + sourceVrf);
 }
 
-LibraryHarness::LibraryHarness(bool started) {
+template <typename T>
+Orb::Ptr<T> LibraryHarness::written(const Orb::String& path) {
+    store.doMount(path, T::fwkType().name(),
+                  OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
+    return store.getEntity<T>(path);
+}
+
+LibraryHarness::LibraryHarness(Orb::Ptr<Vaultdb::EntityManager> tables, bool started)
+    : entityManager(std::move(tables)),
+      viaSetConfig(Orb::makePtr<Rib::ViaSetConfig>(
+          written<Rib::Memtab::ViaSetCollection>(MountPaths::viaSets))) {
+    for (const char* path : {MountPaths::ipv4Leaks, MountPaths::ipv6Leaks}) {
+        written<DirectNetLeakStatus>(path)->leakedRouteBySourceVrfDelAll();
+    }
     nameToIdMapWrapper->nameToIdMapIs(Orb::makePtr<Vrf::VrfIdMap::NameToIdMap>());
     if (started) {
         start();

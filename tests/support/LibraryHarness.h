@@ -30,7 +30,10 @@ struct RouteRow {
 /// when a test gives them one. At its end all VRFs go, and nothing of them may be left.
 class LibraryHarness {
   public:
-    explicit LibraryHarness(bool started = true);
+    explicit LibraryHarness(bool started = true)
+        : LibraryHarness(Orb::makePtr<Vaultdb::EntityManager>(), started) {}
+    /// On a store that may be shared. Leaks that are found there go.
+    explicit LibraryHarness(Orb::Ptr<Vaultdb::EntityManager> tables, bool started = true);
     LibraryHarness(const LibraryHarness&) = delete;
     LibraryHarness& operator=(const LibraryHarness&) = delete;
     ~LibraryHarness();
@@ -108,9 +111,10 @@ class LibraryHarness {
 
     Input<ManualClock> clock;
     Orb::ActivityManager activityManager{clock};
-    Input<Vaultdb::EntityManager> entityManager;
+    const Orb::Ptr<Vaultdb::EntityManager> entityManager;
+    OrbMemtab::Mount store{entityManager};
     Orb::Ptr<Kiln::TaskScheduler> scheduler = Orb::makePtr<Kiln::TaskScheduler>(clock);
-    Input<Rib::ViaSetConfig> viaSetConfig;
+    const Orb::Ptr<Rib::ViaSetConfig> viaSetConfig;
     Input<Ip::Status> ipStatus;
     Input<Ip6::Status> ip6Status;
     Input<VirtualIp::VirtualIpStatus> virtualIpStatus;
@@ -123,12 +127,13 @@ class LibraryHarness {
     Input<Rib::AllVrfRibReady> allVrfRibReady;
     Input<Orb::Dir> protoStatusDir;
     Orb::Ptr<GrState> grState = Orb::makePtr<GrState>(GrState::Arguments{false});
-    OrbMemtab::Mount store{entityManager};
 
   private:
     void runUntil(double end);
     template <typename T>
     Orb::Ptr<T> table(const Orb::String& path);
+    template <typename T>
+    Orb::Ptr<T> written(const Orb::String& path);
     RouteLeakedFromVrf* leaksFrom(unsigned source, const std::string& prefix);
     std::string text(const Rib::Route& route) const;
     /// The via set's part among those of its interface, looked for where such a route's belongs.

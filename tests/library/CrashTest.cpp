@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <tuple>
+
+#include "tests/library/RandomDevice.h"
+#include "tests/support/SharedTables.h"
+
+namespace Routing::DirectNet {
+namespace {
+
+/// Changes the device at random until it is killed.
+void changeForEver(const SharedFolder& folder, std::uint32_t seed) {
+    LibraryHarness harness(folder.store());
+    RandomDevice device(harness, seed);
+    for (;;) {
+        device.step();
+    }
+}
+
+/// Takes the tables over, changes the device at random and comes to rest: then the tables have what
+/// the device says, and of earlier writers nothing.
+void changeAndRest(const SharedFolder& folder, std::uint32_t seed) {
+    auto harness = std::make_unique<LibraryHarness>(folder.store());
+    RandomDevice device(*harness, seed);
+    for (int step = 0; step < 40; ++step) {
+        device.step();
+    }
+    harness->allVrfRibReady->vrfDelAll();
+    harness->vrf("last", 99);
+    harness->settle();
+    std::size_t routes = 0;
+    for (const std::string& vrf : device.model().vrfsWithContainer()) {
+        const auto expected = device.model().routes(vrf);
+        routes += expected.size();
+        EXPECT_TRUE(hasRoutes(*harness, vrf, expected));
+    }
+    const RootSm& root = harness->root();
+    EXPECT_EQ(root.ipv4AllVrfRouteConfig()->size() + root.ipv6AllVrfRouteConfig()->size(), routes);
+    EXPECT_EQ(root.protoVrfTable()->size(), root.containerSm().size());
+    Reader reader(folder);
+    reader.update();
+    EXPECT_EQ(reader.routes(), routes);
+    std::ignore = harness.release(); // the end of the process is to find the tables as they are
+}
+
+// Every writer is killed at some moment; the tables that it leaves are read by another process, and
+// taken over by the next writer. One follower lives through all of it.
+TEST(CrashTest, TablesOfKilledWritersAreWholeAndAreTakenOver) {
+    constexpr std::uint32_t kills = 300;
+    const SharedFolder folder;
+    Reader follower(folder);
+    std::mt19937 random(7);
+    for (std::uint32_t n = 0; n < kills; ++n) {
+        Child writer([&] { changeForEver(folder, n); });
+        ::usleep(static_cast<useconds_t>(random() % 30000));
+        writer.kill();
+        follower.update();
+        Reader fresh(folder);
+        fresh.update();
+        ASSERT_EQ(follower.differencesTo(fresh), 0U) << n;
+        if (n % 3 == 0) {
+            ASSERT_TRUE(Child([&] { changeAndRest(folder, 1000 + n); }).succeeds()) << n;
+            follower.update();
+            Reader after(folder);
+            after.update();
+            ASSERT_EQ(follower.differencesTo(after), 0U) << n;
+        }
+    }
+}
+
+} // namespace
+} // namespace Routing::DirectNet
