@@ -28,6 +28,8 @@ class Update {
     }
 
   private:
+    static constexpr unsigned maxRounds = 8;
+
     void note(Found found) {
         incomplete_ |= found != Found::here;
         if (found == Found::refused && tables_.error.empty()) {
@@ -35,11 +37,26 @@ class Update {
         }
     }
 
-    /// A writer makes a via set before the routes through it, so whoever has read the routes finds
-    /// the sets.
+    /// Routes as they were at a time when nothing changed in what they refer to: so each finds its
+    /// via set and via, unless the writer keeps changing those as well. What it writes without a
+    /// pause is read so often only; at least what a route refers to when it comes is there.
     void bringAll() {
-        bring(tables_.leaks4, tables_.leaks6, tables_.routes4, tables_.routes6, tables_.viaSets,
-              tables_.vias4, tables_.vias6, tables_.vrfs);
+        bringReferred();
+        bool moved = true;
+        for (unsigned rounds = 0; moved && rounds < maxRounds; ++rounds) {
+            bring(tables_.leaks4, tables_.leaks6, tables_.routes4, tables_.routes6);
+            const std::uint64_t before = positions();
+            bringReferred();
+            moved = positions() != before;
+        }
+    }
+
+    void bringReferred() { bring(tables_.viaSets, tables_.vias4, tables_.vias6, tables_.vrfs); }
+
+    /// Sums what only grows.
+    std::uint64_t positions() const {
+        return tables_.viaSets.position() + tables_.vias4.position() + tables_.vias6.position()
+               + tables_.vrfs.position();
     }
 
     template <typename... Mirrors>

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <type_traits>
 
+#include <sys/mman.h>
+
 namespace Tables {
 
 /// An array that grows. What needs memory returns false, and changes nothing, when there is none.
@@ -78,7 +80,21 @@ class Buffer {
         }
         data_ = static_cast<T*>(data);
         capacity_ = capacity;
+        preferHugePages();
         return true;
+    }
+
+    /// Filling a large array costs less so, and looking around in it.
+    void preferHugePages() const {
+        static constexpr std::size_t pageBytes = std::size_t{4} << 10U;
+        static constexpr std::size_t hugeBytes = std::size_t{2} << 20U;
+        const std::size_t bytes = capacity_ * sizeof(T);
+        if (bytes >= hugeBytes) {
+            const auto begin = reinterpret_cast<std::uintptr_t>(data_);
+            const std::size_t skipped = -begin % pageBytes;
+            ::madvise(reinterpret_cast<char*>(data_) + skipped,
+                      (bytes - skipped) / pageBytes * pageBytes, MADV_HUGEPAGE);
+        }
     }
 
     T* data_ = nullptr;

@@ -34,14 +34,12 @@ class Mirror {
     /// copy is as it was, or further on the way, and the next call tries to take the state anew.
     Found bring(const Folder& folder, ErrorText& error);
 
-    /// Tells what has changed since the last call: `onChange(before, after)`, each a pointer to a
-    /// record that is valid during the call, or nullptr for a record that was or is not there.
+    /// Tells what has changed since it was called last: `onChange(before, after)`, each a pointer
+    /// to a record that is valid during the call, or nullptr for a record that was or is not there.
     template <typename OnChange>
     void tell(OnChange&& onChange) {
+        const Settled settled{*this};
         eachChange(onChange);
-        told_.clear();
-        before_.clear();
-        isAnew_ = false;
     }
 
     /// What tell() will tell, which may be looked at before.
@@ -55,6 +53,9 @@ class Mirror {
         tell(onChange);
         return found;
     }
+
+    /// Grows whenever bring() finds something, other than the state of another file or writer.
+    std::uint64_t position() const { return cursor_; }
 
     std::size_t count() const { return records_.count(); }
     const Record* find(const RecordKey& key) const { return records_.find(key); }
@@ -77,6 +78,16 @@ class Mirror {
         Record after;
     };
 
+    /// Forgets what was told, also when telling ends with an exception.
+    struct Settled {
+        Mirror& mirror;
+        ~Settled() {
+            mirror.told_.clear();
+            mirror.before_.clear();
+            mirror.isAnew_ = false;
+        }
+    };
+
     /// Reads of one slot before it is called damaged: the writer would have to be faster each time.
     static constexpr unsigned maxReads = 100000;
     /// Starts of taking the state before the writer is called too fast.
@@ -92,28 +103,35 @@ class Mirror {
     TableSpec spec_;
     TableFile file_;
     Records records_;
-    std::uint64_t epoch_ = 0;  ///< of the writer that is followed; 0 to take the state anew
-    std::uint64_t cursor_ = 0; ///< the next change of the ring to look at
+    std::uint64_t epoch_ = 0;      ///< of the writer that is followed; 0 to take the state anew
+    std::uint64_t generation_ = 0; ///< of the folder when its file was last looked at
+    std::uint64_t cursor_ = 0;     ///< the next change of the ring to look at
 
-    Buffer<Told> told_; ///< changes that are to be told
-    Records before_;    ///< if isAnew_, what was there behind those
-    bool isAnew_ = false;
+    Buffer<Told> told_;   ///< changes that are to be told
+    Records before_;      ///< if isAnew_, what was there behind those
+    bool isAnew_ = false; ///< from before_ on, changes are found by comparing
 };
 
 template <typename Record>
 Found Mirror<Record>::bring(const Folder& folder, ErrorText& error) {
-    if (!file_.isOpen() || !file_.isCurrent(folder, spec_)) {
+    const bool isKnown = file_.isOpen() && generation_ == folder.generation();
+    if (!isKnown && (!file_.isOpen() || !file_.isCurrent(folder, spec_))) {
         const Found found = file_.open(folder, spec_, error);
         if (found == Found::refused || !file_.isOpen()) {
             return found;
         }
-        if (found == Found::here) {
+        if (found == Found::absent) {
+            generation_ = 0; // the old one is followed, and a new one is about to come
+        } else {
             epoch_ = 0;
+            generation_ = folder.generation();
         }
+    } else {
+        generation_ = folder.generation();
     }
     Step step = Step::behind;
     if (epoch_ != 0 && load(file_.header().epoch) == epoch_) {
-        step = follow(records_, cursor_, true);
+        step = follow(records_, cursor_, !isAnew_);
     }
     for (unsigned starts = 0; step == Step::behind && starts < maxStarts; ++starts) {
         step = takeState();
@@ -201,9 +219,11 @@ typename Mirror<Record>::Step Mirror<Record>::takeState() {
     if (step != Step::done) {
         return step;
     }
-    before_.swap(records_);
+    if (!isAnew_) {
+        before_.swap(records_);
+        isAnew_ = true;
+    }
     records_.swap(records);
-    isAnew_ = true;
     epoch_ = epoch;
     cursor_ = cursor;
     return step;
@@ -215,14 +235,16 @@ typename Mirror<Record>::Step Mirror<Record>::copySlots(Records& records,
     if (!records.reserve(used)) {
         return Step::noMemory;
     }
-    for (std::uint32_t slot = 0; slot < used; ++slot) {
-        Record record;
-        if (!read(slot, record)) {
-            return Step::damaged;
+    Record block[Records::fillCount];
+    for (std::uint32_t first = 0; first < used; first += Records::fillCount) {
+        const std::uint32_t left = used - first;
+        const unsigned count = left < Records::fillCount ? left : Records::fillCount;
+        for (unsigned n = 0; n < count; ++n) {
+            if (!read(first + n, block[n])) {
+                return Step::damaged;
+            }
         }
-        if (!records.put(slot, record)) {
-            return Step::noMemory;
-        }
+        records.fill(first, block, count);
     }
     return Step::done;
 }

@@ -59,8 +59,27 @@ class RecordSet {
             records_[slot] = record;
             return true;
         }
-        return enter(slot, record, key, told);
+        return enter(slot, record, key, hashOf(key), told);
     }
+
+    /// Fills slots that hold nothing and that there is room for, `count` from `first` on. The
+    /// index is looked up for all of them at once, since each look is a wait for memory.
+    void fill(std::uint32_t first, const Record* records, unsigned count) {
+        const auto told = [](const Record*, const Record*) { return true; };
+        std::uint32_t hashes[fillCount];
+        for (unsigned n = 0; n < count; ++n) {
+            hashes[n] = hashOf(keyOf(records[n]));
+            __builtin_prefetch(&entries_[home(hashes[n])], 1);
+        }
+        for (unsigned n = 0; n < count; ++n) {
+            if (isPresent(records[n])) {
+                enter(first + n, records[n], keyOf(records[n]), hashes[n], told);
+            } else {
+                records_[first + n] = records[n];
+            }
+        }
+    }
+    static constexpr unsigned fillCount = 32;
 
     bool put(std::uint32_t slot, const Record& record) {
         return put(slot, record, [](const Record*, const Record*) { return true; });
@@ -125,8 +144,8 @@ class RecordSet {
     }
 
     template <typename Told>
-    bool enter(std::uint32_t slot, const Record& record, const RecordKey& key, Told& told) {
-        const std::uint32_t hash = hashOf(key);
+    bool enter(std::uint32_t slot, const Record& record, const RecordKey& key, std::uint32_t hash,
+               Told& told) {
         Entry& entry = entries_[seek(key, hash)];
         if (entry.slot == 0) {
             entry = {hash, slot + 1};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -16,12 +17,10 @@ struct RecordKey {
 };
 
 inline std::uint32_t hashOf(const RecordKey& key) {
-    std::uint64_t hash = 0;
-    for (const std::uint64_t part : key.parts) {
-        hash = (hash ^ part) * 0x9E3779B97F4A7C15;
-        hash ^= hash >> 32U;
-    }
-    return static_cast<std::uint32_t>((hash * 0x9E3779B97F4A7C15) >> 32U);
+    const std::uint64_t sum = key.parts[0] * 0x9E3779B97F4A7C15 + key.parts[1] * 0xC2B2AE3D27D4EB4F
+                              + std::rotl(key.parts[2] * 0x165667B19E3779F9, 23)
+                              + std::rotl(key.parts[3] * 0xD6E8FEB86659FD93, 41);
+    return static_cast<std::uint32_t>(((sum ^ sum >> 32U) * 0x9FB21C651E98DF25) >> 32U);
 }
 
 inline RecordKey prefixKey(const PrefixBytes& prefix, std::uint8_t family, std::uint8_t length,
@@ -50,19 +49,20 @@ inline RecordKey vrfKey(std::uint32_t vrfId) { return {{vrfId, 0, 0, 0}}; }
 inline RecordKey keyOf(const VrfRecord& vrf) { return vrfKey(vrf.vrfId); }
 
 /// Whether it is a subnet of the family: no longer than its addresses, and zero behind its length.
-constexpr bool isPrefix(const PrefixBytes& prefix, std::uint8_t family, std::uint8_t length) {
+inline bool isPrefix(const PrefixBytes& prefix, std::uint8_t family, std::uint8_t length) {
     if ((family != ipv4 && family != ipv6) || length > (family == ipv4 ? 32 : 128)) {
         return false;
     }
-    unsigned bits = length;
-    for (const std::uint8_t byte : prefix.address) {
-        const unsigned kept = bits < 8 ? bits : 8;
-        if ((byte & (0xFFU >> kept)) != 0) {
-            return false;
+    std::uint64_t halves[2];
+    std::memcpy(halves, prefix.address, sizeof halves);
+    const auto isZeroBehind = [](std::uint64_t half, unsigned bits) {
+        if constexpr (std::endian::native == std::endian::little) {
+            half = __builtin_bswap64(half);
         }
-        bits -= kept;
-    }
-    return true;
+        return bits >= 64 || (half & (~std::uint64_t{0} >> bits)) == 0;
+    };
+    return isZeroBehind(halves[0], length)
+           && isZeroBehind(halves[1], length < 64 ? 0 : length - 64U);
 }
 
 inline bool isName(const char* name, unsigned length, unsigned maxLength) {
@@ -71,10 +71,10 @@ inline bool isName(const char* name, unsigned length, unsigned maxLength) {
 
 /// Whether a record that was read from a table is one that a table may have. `family` is that of
 /// the table, 0 for none.
-constexpr bool isSound(const RouteRecord& route, std::uint8_t family) {
+inline bool isSound(const RouteRecord& route, std::uint8_t family) {
     return route.family == family && isPrefix(route.prefix, route.family, route.length);
 }
-constexpr bool isSound(const LeakRecord& leak, std::uint8_t family) {
+inline bool isSound(const LeakRecord& leak, std::uint8_t family) {
     return leak.family == family && isPrefix(leak.prefix, leak.family, leak.length);
 }
 inline bool isSound(const ViaRecord& via, std::uint8_t /*family*/) {

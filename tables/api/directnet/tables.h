@@ -202,7 +202,9 @@ DIRECTNET_TABLES_API const char* directnet_tables_error(const directnet_tables* 
 /// and one that finds another writer, is told how the state differs from its view.
 ///
 /// A route can be resolved whenever it is told of: VRFs, vias and via sets that come are told
-/// before the routes and leaks, those that go after them.
+/// before the routes and leaks, those that go after them. At a writer that changes all of them
+/// without a pause, a route may be told as gone an update after its via set. A VRF may go an update
+/// before its last routes: that is how its writer takes it away.
 ///
 /// A table that is refused stays in the view as it was; the others are brought to the present all
 /// the same. A table or folder that is not there is no error.
