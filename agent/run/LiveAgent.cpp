@@ -222,7 +222,7 @@ void LiveAgent::onChange(const RouteFeed::Event& event) {
 void LiveAgent::turn() {
     activityManager_.runOnce(longestSleep);
     reportRing(report_);
-    room_.check(**root_, report_);
+    room_.check(**root_, clock_->now(), report_);
     // After a restart the routes count as complete only when all there is has been seen.
     if (!verifying_ && device_->isLearned()) {
         DevicePatch patch;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include <sys/stat.h>
 #include <sys/types.h>
 
@@ -39,14 +41,21 @@ class Folder {
 
     /// -1 while no folder has been found.
     int descriptor() const { return descriptor_.get(); }
+    /// Another number when look() found that a file may have been made, renamed or removed since it
+    /// was called before. So nobody has to look at every file each time.
+    std::uint64_t generation() const { return generation_; }
     /// Who owns the folder, and so has to own what is in it.
     uid_t owner() const { return owner_; }
 
   private:
+    void noteTimes(const struct stat& status);
+
     char path_[maxPath] = {};
     Descriptor descriptor_;
     FileIdentity identity_;
     uid_t owner_ = 0;
+    std::uint64_t generation_ = 0;
+    timespec modified_{}; ///< the folder's own time
 };
 
 } // namespace Tables

@@ -37,6 +37,10 @@ void FolderWatch::acknowledge() {
 }
 
 void FolderWatch::look(const Folder& folder) {
+    if (bell_ && generation_ == folder.generation()) {
+        return;
+    }
+    generation_ = folder.generation();
     struct stat status {};
     if (::fstatat(folder.descriptor(), bellName, &status, AT_SYMLINK_NOFOLLOW) != 0
         || !S_ISFIFO(status.st_mode)) {

@@ -23,7 +23,7 @@ class FolderWatch {
 
     void acknowledge();
 
-    /// Follows the bell that the folder has now.
+    /// Follows the bell that the folder has now. It has been looked for just before.
     void look(const Folder& folder);
 
     /// Whether the reader still waits for something else than the bell to be made.
@@ -39,6 +39,7 @@ class FolderWatch {
     Descriptor timer_;
     Descriptor bell_;
     FileIdentity bellIdentity_;
+    std::uint64_t generation_ = 0; ///< of the folder when the bell was last looked at
     bool isTimed_ = false;
     bool isUrgent_ = false; ///< how the timer is set, if isTimed_
 };

@@ -103,8 +103,9 @@ class Mirror {
     TableSpec spec_;
     TableFile file_;
     Records records_;
-    std::uint64_t epoch_ = 0;  ///< of the writer that is followed; 0 to take the state anew
-    std::uint64_t cursor_ = 0; ///< the next change of the ring to look at
+    std::uint64_t epoch_ = 0;      ///< of the writer that is followed; 0 to take the state anew
+    std::uint64_t generation_ = 0; ///< of the folder when its file was last looked at
+    std::uint64_t cursor_ = 0;     ///< the next change of the ring to look at
 
     Buffer<Told> told_;   ///< changes that are to be told
     Records before_;      ///< if isAnew_, what was there behind those
@@ -113,14 +114,20 @@ class Mirror {
 
 template <typename Record>
 Found Mirror<Record>::bring(const Folder& folder, ErrorText& error) {
-    if (!file_.isOpen() || !file_.isCurrent(folder, spec_)) {
+    const bool isKnown = file_.isOpen() && generation_ == folder.generation();
+    if (!isKnown && (!file_.isOpen() || !file_.isCurrent(folder, spec_))) {
         const Found found = file_.open(folder, spec_, error);
         if (found == Found::refused || !file_.isOpen()) {
             return found;
         }
-        if (found == Found::here) {
+        if (found == Found::absent) {
+            generation_ = 0; // the old one is followed, and a new one is about to come
+        } else {
             epoch_ = 0;
+            generation_ = folder.generation();
         }
+    } else {
+        generation_ = folder.generation();
     }
     Step step = Step::behind;
     if (epoch_ != 0 && load(file_.header().epoch) == epoch_) {
