@@ -16,7 +16,7 @@
 //   x_memcpy         CPU time over that of copying the bytes of N records into fresh memory
 //   median_us, p99_us
 //                    Follow: from the end of the drain to the reader's having the changes.
-//                    Bell: CPU time of the writer for one ring
+//                    Bell: CPU time of the writer's thread for one ring
 //   cpu_ms           BurstFollowed: CPU time of the writer; the median of runs that take turns
 //                    with those without readers
 //   x_alone          cpu_ms over that without readers
@@ -197,9 +197,9 @@ void Bell(benchmark::State& state) {
     for (auto iteration : state) {
         const auto metric = static_cast<std::uint32_t>(microseconds.size() + 1);
         shared.config->routeAdd(routeOf(0, metric));
-        const double start = cpuSeconds();
+        const double start = threadCpuSeconds();
         shared.folder->ring();
-        const double time = cpuSeconds() - start;
+        const double time = threadCpuSeconds() - start;
         followers.awaitMetric(metric);
         state.SetIterationTime(time);
         microseconds.push_back(time * 1e6);
