@@ -35,8 +35,15 @@ class Slots {
 
     std::uint32_t size() const { return size_; }
 
-    /// Whether another record can come; memory is claimed for it.
-    bool hasRoom() { return free_ != none || fresh_ < claimed() || claim(); }
+    /// Whether so many more records can come; memory is claimed for them, of which a table gets
+    /// more than a few at a time.
+    bool hasRoom(std::size_t count = 1) {
+        for (Number free = free_; count > 0 && free != none; --count) {
+            free = slot(free).head;
+        }
+        return count == 0 || fresh_ + count <= claimed()
+               || (claim() && fresh_ + count <= claimed());
+    }
 
     /// Stores a record for which there is room.
     Number stage(const Record& record);
@@ -146,6 +153,7 @@ template <typename Record>
 void Slots<Record>::forgetFreeSlots() {
     free_ = none;
     fresh_ = 0;
+    memory_->discard();
 }
 
 template <typename Record>

@@ -283,7 +283,7 @@ typename Mirror<Record>::Step Mirror<Record>::followOne(Records& records, const 
     if (slot < records.slots() && Slot::changesSince(records.at(slot).word, word) <= 0) {
         return Step::done;
     }
-    if (slot >= TableFile::maxSlots || !file_.mapThrough(slot + 1)) {
+    if (slot >= maxSlots || !file_.mapThrough(slot + 1)) {
         return Step::damaged;
     }
     Record record;
