@@ -26,8 +26,8 @@ class Mirror {
     explicit Mirror(const char* path, std::uint8_t family = 0)
         : spec_{path, recordKindOf<Record>, sizeof(Record), family} {}
 
-    /// Brings the copy to the present; tell() has to follow each time. A table that is absent stays
-    /// as it was.
+    /// Brings the copy to the present, as often as one likes before tell(). The folder has been
+    /// looked for just before. A table that is absent stays as it was.
     ///
     /// Refused, with the text of the error, when there is something else than a table in its place,
     /// the table is damaged or changes faster than it can be read, or there is no memory. Then the
@@ -54,7 +54,7 @@ class Mirror {
         return found;
     }
 
-    /// Grows whenever bring() finds something, other than the state of another file or writer.
+    /// Where the copy is among the writer's changes: another number when bring() found some.
     std::uint64_t position() const { return cursor_; }
 
     std::size_t count() const { return records_.count(); }
