@@ -1,9 +1,29 @@
 #include "agent/cli/Commands.h"
 
+#include "agent/base/Utf8.h"
 #include "agent/output/OutputFile.h"
+#include "platform/orb/value/Error.h"
 #include "platform/ringlog/Printable.h"
+#include "platform/vrf/VrfName.h"
 
 namespace Agent {
+
+namespace {
+
+/// What makes the text no name of a VRF; empty if it is one.
+std::string complaintAboutVrf(const std::string& name) {
+    if (name.empty() || !isUtf8(name)) {
+        return "must be a name in UTF-8";
+    }
+    try {
+        const L3::VrfName checked(name);
+    } catch (const Orb::Error& error) {
+        return error.what();
+    }
+    return {};
+}
+
+} // namespace
 
 std::string complaintIfEmpty(const std::string& value) {
     return value.empty() ? "must not be empty" : "";
@@ -27,6 +47,15 @@ Argument socketOption(std::string& path) {
             .complaint = complaintIfEmpty};
 }
 
+Argument tablesOption(std::string& path) {
+    return {.name = "--tables",
+            .help = "The folder of the tables; by default /dev/shm/directnet for root, else "
+                    "directnet in the user's runtime folder",
+            .value = &path,
+            .placeholder = "DIR",
+            .complaint = complaintIfEmpty};
+}
+
 Argument traceOption(int& level) {
     return {.name = "--trace",
             .help = "Trace up to LEVEL on standard error, from 0 (readiness) to 9 (all)",
@@ -41,6 +70,14 @@ Argument vipLogOption(std::string& path) {
             .value = &path,
             .placeholder = "FILE",
             .complaint = complaintIfEmpty};
+}
+
+Argument vrfOption(std::string& name) {
+    return {.name = "--vrf",
+            .help = "Only this VRF; of leaks those out of it",
+            .value = &name,
+            .placeholder = "NAME",
+            .complaint = complaintAboutVrf};
 }
 
 void report(const std::string& message) {

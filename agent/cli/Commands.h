@@ -8,9 +8,11 @@ namespace Agent {
 
 // The commands, each in a source of its own.
 Command replayCommand();
+Command leaksCommand();
 Command ringlogCommand();
 Command runCommand();
 Command showCommand();
+Command tablesCommand();
 Command traceCommand();
 Command vipLogCommand();
 Command watchCommand();
@@ -21,7 +23,9 @@ std::string complaintIfEmpty(const std::string& value);
 // Arguments that several commands have.
 Argument ringOption(std::string& path);   ///< where the ring trace goes
 Argument socketOption(std::string& path); ///< where the running agent listens
+Argument tablesOption(std::string& path); ///< where the tables are that an agent shares
 Argument traceOption(int& level);         ///< the text trace of an agent that is started
+Argument vrfOption(std::string& name);    ///< the one VRF that is shown
 Argument vipLogOption(std::string& path); ///< where changes of virtual addresses are logged
 
 /// Says "directnet: MESSAGE" on standard error.

@@ -1,10 +1,12 @@
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <sys/resource.h>
 #include <vector>
 
 #include "agent/base/SocketAddress.h"
+#include "agent/base/TablesPath.h"
 #include "agent/cli/Commands.h"
 #include "agent/output/Output.h"
 #include "agent/ring/RingPlace.h"
@@ -26,6 +28,10 @@ struct RunOptions {
     bool noSocket = false;
     std::string ring;
     std::string vipLog;
+    std::string tables;
+    bool noTables = false;
+    std::string tablesGroup;
+    std::string leaks = "config";
 };
 
 /// Namespaces and clients take descriptors, and the usual soft limit is for programs that select().
@@ -45,11 +51,25 @@ void listen(LiveAgent& agent, const RunOptions& options) {
     }
 }
 
+/// None for private tables.
+std::optional<LiveAgent::TablesPlace> tablesPlace(const RunOptions& options) {
+    const auto group =
+        options.tablesGroup.empty() ? std::nullopt : std::optional(readGroup(options.tablesGroup));
+    if (!options.tables.empty()) {
+        return LiveAgent::TablesPlace{options.tables, false, group};
+    }
+    if (options.once || options.noTables) {
+        return std::nullopt;
+    }
+    return LiveAgent::TablesPlace{defaultTablesPath(), true, group};
+}
+
 void run(const RunOptions& options) {
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
     raiseFileLimit();
     placeRing(options.ring, options.once ? RingDefault::nowhere : RingDefault::stateFolder, report);
-    LiveAgent agent({readVrfOptions(options.vrfs), options.configFile});
+    LiveAgent agent({readVrfOptions(options.vrfs), options.configFile, tablesPlace(options),
+                     options.leaks == "external"});
     listen(agent, options);
     if (!options.vipLog.empty()) {
         agent.logVirtualIps(options.vipLog);
@@ -102,6 +122,27 @@ Command runCommand() {
               .help = "Let no clients ask",
               .value = &options->noSocket,
               .excludes = "--socket"},
+             {.name = "--tables",
+              .help = "The folder of the tables, which other processes read; by default "
+                      "/dev/shm/directnet for root, else directnet in the user's runtime folder, "
+                      "and nowhere with --once",
+              .value = &options->tables,
+              .placeholder = "DIR",
+              .complaint = complaintIfEmpty},
+             {.name = "--no-tables",
+              .help = "Let no other process read the tables",
+              .value = &options->noTables,
+              .excludes = "--tables"},
+             {.name = "--tables-group",
+              .help = "The group that may read the tables, by name or number",
+              .value = &options->tablesGroup,
+              .placeholder = "GROUP",
+              .complaint = complaintIfEmpty},
+             {.name = "--leaks",
+              .help = "Whose leaks there are: those of the configuration, or external ones in "
+                      "the tables, see the command leaks",
+              .value = &options->leaks,
+              .choices = {"config", "external"}},
              ringOption(options->ring),
              vipLogOption(options->vipLog)},
         .run = [options] { run(*options); }};

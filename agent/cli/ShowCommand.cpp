@@ -2,12 +2,10 @@
 #include <memory>
 #include <string>
 
-#include "agent/base/Utf8.h"
 #include "agent/cli/Commands.h"
 #include "agent/client/AgentConnection.h"
 #include "agent/output/Output.h"
 #include "agent/topics/Topics.h"
-#include "platform/orb/value/Error.h"
 
 namespace Agent {
 
@@ -36,19 +34,6 @@ std::string topicHelp() {
     return help;
 }
 
-/// What makes the text no name of a VRF; empty if it is one.
-std::string complaintAboutVrf(const std::string& name) {
-    if (name.empty() || !isUtf8(name)) {
-        return "must be a name in UTF-8";
-    }
-    try {
-        const L3::VrfName checked(name);
-    } catch (const Orb::Error& error) {
-        return error.what();
-    }
-    return {};
-}
-
 void show(const ShowOptions& options) {
     const Topic& topic = *findTopic(options.topic);
     AgentConnection answer(options.socket, showRequest(options.topic, options.vrf));
@@ -72,11 +57,7 @@ Command showCommand() {
                            .help = topicHelp(),
                            .value = &options->topic,
                            .choices = topicNames()},
-                          {.name = "--vrf",
-                           .help = "Only this VRF; of leaks those out of it",
-                           .value = &options->vrf,
-                           .placeholder = "NAME",
-                           .complaint = complaintAboutVrf},
+                          vrfOption(options->vrf),
                           {.name = "--json",
                            .help = "Print JSON: routes as one state document, else one object a "
                                    "line",

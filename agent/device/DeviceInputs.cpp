@@ -11,60 +11,77 @@ namespace Agent {
 
 using Routing::DirectNetLeakStatus;
 using Routing::DirectNet::GrState;
+using Routing::Rib::Memtab::ViaSetCollection;
 namespace MountPaths = Routing::DirectNet::MountPaths;
 
 namespace {
 
-Orb::Ptr<DirectNetLeakStatus> mountLeakStatus(const Orb::Ptr<Vaultdb::EntityManager>& entityManager,
-                                              const Orb::String& path) {
+template <typename T>
+Orb::Ptr<T> mountToWrite(const Orb::Ptr<Vaultdb::EntityManager>& entityManager,
+                         const Orb::String& path) {
     OrbMemtab::Mount mount(entityManager);
-    mount.doMount(path, DirectNetLeakStatus::orbTypeName,
-                  OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
-    return mount.getEntity<DirectNetLeakStatus>(path);
+    mount.doMount(path, T::orbTypeName, OrbMemtab::MountInfo(OrbMemtab::MountInfo::Type::write));
+    return mount.getEntity<T>(path);
 }
 
-/// The walks of the leaks bear no other patch in the middle, which the answer to some notification
-/// may be. So nobody answers before they have ended.
-template <typename Walk>
-void withoutAnswers(const Walk& walk) {
-    Orb::decide(walk);
+/// What an earlier run leaked is not to be leaked before it is said again.
+Orb::Ptr<DirectNetLeakStatus> mountLeaks(const Orb::Ptr<Vaultdb::EntityManager>& entityManager,
+                                         const Orb::String& path) {
+    auto status = mountToWrite<DirectNetLeakStatus>(entityManager, path);
+    status->leakedRouteBySourceVrfDelAll();
+    return status;
 }
 
 } // namespace
 
-DeviceInputs::DeviceInputs(Orb::Ptr<Kiln::TaskScheduler> scheduler, bool gracefulRestart)
-    : entityManager_(Orb::makePtr<Vaultdb::EntityManager>()), scheduler_(std::move(scheduler)),
-      viaSetConfig_(Orb::makePtr<Routing::Rib::ViaSetConfig>()),
+DeviceInputs::Leaks::Leaks(const Orb::Ptr<Vaultdb::EntityManager>& entityManager)
+    : ipv4(mountLeaks(entityManager, MountPaths::ipv4Leaks)),
+      ipv6(mountLeaks(entityManager, MountPaths::ipv6Leaks)) {}
+
+// The via sets are mounted first: of two agents the second is refused before it has changed
+// anything.
+DeviceInputs::DeviceInputs(Orb::Ptr<Kiln::TaskScheduler> scheduler, bool gracefulRestart,
+                           Tables tables)
+    : entityManager_(Orb::makePtr<Vaultdb::EntityManager>(std::move(tables.folder))),
+      scheduler_(std::move(scheduler)),
+      viaSetConfig_(Orb::makePtr<Routing::Rib::ViaSetConfig>(
+          mountToWrite<ViaSetCollection>(entityManager_, MountPaths::viaSets))),
       virtualIpAsReceiveRoute_(Orb::makePtr<Arp::VirtualIpAsReceiveRoute>()),
       allIntfStatusDir_(Orb::makePtr<Interface::AllIntfStatusDir>()),
       allIntfStatusLocalDir_(Orb::makePtr<Interface::AllIntfStatusLocalDir>()),
       ribWaits_(Orb::makePtr<Routing::Rib::AllVrfRibReady>()),
       protoStatusDir_(Orb::makePtr<Orb::Dir>()),
-      grState_(Orb::makePtr<GrState>(GrState::Arguments{gracefulRestart})), kernel_(entityManager_),
-      leaks4_(mountLeakStatus(entityManager_, MountPaths::ipv4Leaks)),
-      leaks6_(mountLeakStatus(entityManager_, MountPaths::ipv6Leaks)) {}
+      grState_(Orb::makePtr<GrState>(GrState::Arguments{gracefulRestart})),
+      kernel_(entityManager_) {
+    if (!tables.externalLeaks) {
+        leaks_.emplace(entityManager_);
+    }
+}
 
 void DeviceInputs::apply(const DevicePatch& patch) {
     checkGracefulRestart(patch);
     const VrfInputs::Plan plan = vrfs_.plan(patch.vrfs);
 
     vrfs_.withdraw(plan);
-    withoutAnswers([&] {
+    changeLeaks([&](Leaks& leaks) {
         for (const L3::VrfName& name : plan.idsThatGo) {
-            leaks4_.vrfIdDel(name);
-            leaks6_.vrfIdDel(name);
+            leaks.ipv4.vrfIdDel(name);
+            leaks.ipv6.vrfIdDel(name);
         }
     });
     kernel_.apply(patch.kernel);
     ipv4_.apply(patch.ipv4);
     ipv6_.apply(patch.ipv6);
     apply(patch.virtualIps);
-    withoutAnswers([&] { apply(patch.leaks); });
+    changeLeaks([&](Leaks& leaks) {
+        leaks.ipv4.apply(memberOf<&LeaksPatch::ipv4>(patch.leaks));
+        leaks.ipv6.apply(memberOf<&LeaksPatch::ipv6>(patch.leaks));
+    });
     vrfs_.publish(plan);
-    withoutAnswers([&] {
+    changeLeaks([&](Leaks& leaks) {
         for (const auto& [name, id] : plan.idsThatCome) {
-            leaks4_.vrfIdIs(name, id);
-            leaks6_.vrfIdIs(name, id);
+            leaks.ipv4.vrfIdIs(name, id);
+            leaks.ipv6.vrfIdIs(name, id);
         }
     });
     applyRibWaits(patch.ribWaits);
@@ -86,9 +103,13 @@ void DeviceInputs::apply(const Edit<VirtualIpsPatch>& patch) {
     virtualIps6_.apply(memberOf<&VirtualIpsPatch::ipv6>(patch));
 }
 
-void DeviceInputs::apply(const Edit<LeaksPatch>& patch) {
-    leaks4_.apply(memberOf<&LeaksPatch::ipv4>(patch));
-    leaks6_.apply(memberOf<&LeaksPatch::ipv6>(patch));
+// The walks of the leaks bear no other patch in the middle, which the answer to some notification
+// may be. So nobody answers before they have ended.
+template <typename Change>
+void DeviceInputs::changeLeaks(const Change& change) {
+    if (leaks_) {
+        Orb::decide([&] { change(*leaks_); });
+    }
 }
 
 void DeviceInputs::applyRibWaits(const Edit<VrfSetPatch>& patch) {

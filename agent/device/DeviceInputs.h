@@ -1,5 +1,8 @@
 #pragma once
 
+#include <optional>
+#include <utility>
+
 #include "agent/device/Ipv4Inputs.h"
 #include "agent/device/Ipv6Inputs.h"
 #include "agent/device/KernelInputs.h"
@@ -32,8 +35,20 @@ namespace Agent {
 /// One agent thread, no locks.
 class DeviceInputs {
   public:
-    /// `gracefulRestart` is how the agent was started, which no patch can change.
-    DeviceInputs(Orb::Ptr<Kiln::TaskScheduler> scheduler, bool gracefulRestart);
+    /// Where the tables are.
+    struct Tables {
+        Orb::Ptr<Vaultdb::Folder> folder{}; ///< null for private ones
+        /// The tables of leaks are somebody else's, and what patches say of leaks is not applied.
+        bool externalLeaks = false;
+    };
+
+    /// `gracefulRestart` is how the agent was started, which no patch can change. Leaks that an
+    /// earlier run left in the tables are removed. Throws Vaultdb::TableInUseError when somebody
+    /// writes one of the tables that are mounted here, Vaultdb::FolderError.
+    DeviceInputs(Orb::Ptr<Kiln::TaskScheduler> scheduler, bool gracefulRestart, Tables tables);
+    /// With private tables.
+    DeviceInputs(Orb::Ptr<Kiln::TaskScheduler> scheduler, bool gracefulRestart)
+        : DeviceInputs(std::move(scheduler), gracefulRestart, Tables{}) {}
     DeviceInputs(const DeviceInputs&) = delete;
     DeviceInputs& operator=(const DeviceInputs&) = delete;
     ~DeviceInputs() = default;
@@ -68,9 +83,18 @@ class DeviceInputs {
     const Orb::Ptr<Routing::DirectNet::GrState>& grState() const { return grState_; }
 
   private:
+    /// The leaks of both families.
+    struct Leaks {
+        explicit Leaks(const Orb::Ptr<Vaultdb::EntityManager>& entityManager);
+
+        LeakInputs<Lanx::IpPrefix> ipv4;
+        LeakInputs<Lanx::Ip6Prefix> ipv6;
+    };
+
     void checkGracefulRestart(const DevicePatch& patch) const;
     void apply(const Edit<VirtualIpsPatch>& patch);
-    void apply(const Edit<LeaksPatch>& patch);
+    template <typename Change>
+    void changeLeaks(const Change& change);
     void applyRibWaits(const Edit<VrfSetPatch>& patch);
 
     Orb::Ptr<Vaultdb::EntityManager> entityManager_;
@@ -88,8 +112,7 @@ class DeviceInputs {
     Ipv6Inputs ipv6_;
     VirtualIpInputs<VirtualIp4Traits> virtualIps4_;
     VirtualIpInputs<VirtualIp6Traits> virtualIps6_;
-    LeakInputs<Lanx::IpPrefix> leaks4_;
-    LeakInputs<Lanx::Ip6Prefix> leaks6_;
+    std::optional<Leaks> leaks_; // none while they are somebody else's
 };
 
 } // namespace Agent

@@ -1,22 +1,26 @@
 #pragma once
 
 #include <functional>
-#include <set>
+#include <map>
 #include <string>
 
 #include "directnet/root/RootSm.h"
 
 namespace Agent {
 
-/// Says of each VRF, once while it lasts, that the tables have no room for all that it has.
+/// Says of each VRF, once while it lasts, that the tables have no room for all that it has. What
+/// waits is tried again now and then, and does not wait meanwhile: that is not the end of it.
 class RoomReport {
   public:
     using Report = std::function<void(const std::string& message)>;
 
-    void check(const Routing::DirectNet::RootSm& root, const Report& report);
+    /// `now` are the seconds of the agent's clock.
+    void check(const Routing::DirectNet::RootSm& root, double now, const Report& report);
 
   private:
-    std::set<L3::VrfName> waiting_;
+    static constexpr double pause = 5; // seconds without waiting after which it is over
+
+    std::map<L3::VrfName, double> waiting_; // when each was seen to wait last
 };
 
 } // namespace Agent

@@ -54,7 +54,7 @@ void Replay::run() {
 }
 
 void Replay::reportFullTables(const RoomReport::Report& report) const {
-    RoomReport().check(**root_, report);
+    RoomReport().check(**root_, clock_->now(), report);
 }
 
 void Replay::runUntilIdle() {

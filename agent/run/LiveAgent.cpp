@@ -8,6 +8,7 @@
 
 #include "agent/base/Errors.h"
 #include "agent/output/OutputFile.h"
+#include "agent/patch/Merge.h"
 #include "agent/ring/RingPlace.h"
 #include "agent/run/ConfigText.h"
 #include "agent/topics/ChangeRow.h"
@@ -26,22 +27,31 @@ std::optional<std::string> textOf(const std::string& configFile) {
     return configFile.empty() ? std::nullopt : std::optional(readConfigText(configFile));
 }
 
+template <typename Prefix>
+bool hasAny(const Edit<LeakPatch<Prefix>>& leaks) {
+    return leaks.value() != nullptr && !isEmpty(*leaks.value());
+}
+
+bool hasLeaks(const DevicePatch& config) {
+    const LeaksPatch* leaks = config.leaks.value();
+    return leaks != nullptr && (hasAny(leaks->ipv4) || hasAny(leaks->ipv6));
+}
+
 } // namespace
 
 // Signals are taken only when the configuration has been read: standard input may keep it waiting.
 LiveAgent::LiveAgent(const Options& options) : LiveAgent(options, textOf(options.configFile)) {}
 
 LiveAgent::LiveAgent(const Options& options, std::optional<std::string> configText)
-    : configFile_(options.configFile),
+    : configFile_(options.configFile), externalLeaks_(options.externalLeaks),
       signals_(std::in_place, clock_, [this](int signal) { onSignal(signal); }) {
     std::optional<ConfigFile> config;
     if (configText) {
         config.emplace(configFile_, std::move(*configText));
     }
     const DevicePatch document = config ? config->document() : DevicePatch();
-    inputs_.emplace(Orb::makePtr<Kiln::TaskScheduler>(clock_),
-                    after<&DevicePatch::gracefulRestart>(document, std::nullopt));
-    root_.emplace(*inputs_);
+    checkLeaks(document);
+    start(options, after<&DevicePatch::gracefulRestart>(document, std::nullopt));
     reportRing(report_);
     lookup_.emplace(view());
     feed_.emplace(**root_, *inputs_, [this](const RouteFeed::Event& event) { onChange(event); });
@@ -54,6 +64,51 @@ LiveAgent::LiveAgent(const Options& options, std::optional<std::string> configTe
 
 LiveAgent::~LiveAgent() {
     feed_.reset(); // before the root takes all routes back
+}
+
+void LiveAgent::start(const Options& options, bool gracefulRestart) {
+    if (!options.tables) {
+        if (externalLeaks_) {
+            throw FailureError("--leaks external needs tables that others can write, see --tables");
+        }
+        startWith({}, gracefulRestart);
+        return;
+    }
+    try {
+        startWith({openFolder(*options.tables), externalLeaks_}, gracefulRestart);
+    } catch (const Vaultdb::FolderError& error) {
+        root_.reset();
+        inputs_.reset();
+        if (!options.tables->isDefault || externalLeaks_) {
+            throw;
+        }
+        report_(std::string(error.what()) + "; nobody can read the tables of this agent");
+        startWith({}, gracefulRestart);
+    }
+}
+
+Orb::Ptr<Vaultdb::Folder> LiveAgent::openFolder(const TablesPlace& place) const {
+    if (place.path.empty()) {
+        throw Vaultdb::FolderError("no runtime folder to keep the tables in");
+    }
+    return Orb::makePtr<Vaultdb::Folder>(
+        Vaultdb::Folder::Options{.path = place.path, .group = place.group, .report = report_});
+}
+
+void LiveAgent::startWith(const DeviceInputs::Tables& tables, bool gracefulRestart) {
+    inputs_.emplace(Orb::makePtr<Kiln::TaskScheduler>(clock_), gracefulRestart, tables);
+    root_.emplace(*inputs_);
+    if (tables.folder != nullptr) {
+        heartbeat_.emplace(tables.folder, clock_);
+    }
+}
+
+/// Says it once when the configuration has leaks that do not count.
+void LiveAgent::checkLeaks(const DevicePatch& config) {
+    if (externalLeaks_ && !saidLeaks_ && hasLeaks(config)) {
+        report_("the configuration's leaks are not used: --leaks is external");
+        saidLeaks_ = true;
+    }
 }
 
 void LiveAgent::runOnce(StatePrinter& printer) {
@@ -167,7 +222,7 @@ void LiveAgent::onChange(const RouteFeed::Event& event) {
 void LiveAgent::turn() {
     activityManager_.runOnce(longestSleep);
     reportRing(report_);
-    room_.check(**root_, report_);
+    room_.check(**root_, clock_->now(), report_);
     // After a restart the routes count as complete only when all there is has been seen.
     if (!verifying_ && device_->isLearned()) {
         DevicePatch patch;
@@ -216,6 +271,7 @@ void LiveAgent::reload() {
     }
     try {
         const ConfigFile config(configFile_, readConfigText(configFile_));
+        checkLeaks(config.document());
         try {
             device_->configure(config.document());
         } catch (const DocumentError& error) {

@@ -10,6 +10,7 @@
 #include "agent/device/RoomReport.h"
 #include "agent/output/OutputQueue.h"
 #include "agent/run/ConfigFile.h"
+#include "agent/run/Heartbeat.h"
 #include "agent/run/LiveDevice.h"
 #include "agent/run/LiveMessages.h"
 #include "agent/run/RouteFeed.h"
@@ -30,9 +31,20 @@ namespace Agent {
 /// One agent thread, no locks.
 class LiveAgent {
   public:
+    /// Where other processes can read the tables: in the folder `path`, or where they are by
+    /// default. Where the default folder cannot be had the agent keeps its tables to itself, and
+    /// says so.
+    struct TablesPlace {
+        std::string path;
+        bool isDefault = false;
+        std::optional<gid_t> group; // who may read
+    };
+
     struct Options {
         std::vector<VrfOption> vrfs;
-        std::string configFile; // empty for none
+        std::string configFile;            // empty for none
+        std::optional<TablesPlace> tables; // none for private tables
+        bool externalLeaks = false;        // the tables of leaks are somebody else's
     };
 
     /// Where the agent can be asked: at `path`, or where it is by default. At the default place it
@@ -49,7 +61,7 @@ class LiveAgent {
     };
 
     /// Throws BadInputError for a bad configuration file, FailureError and Orb::Error when the
-    /// device cannot be followed.
+    /// device cannot be followed or the tables cannot be where they must be.
     explicit LiveAgent(const Options& options);
     LiveAgent(const LiveAgent&) = delete;
     LiveAgent& operator=(const LiveAgent&) = delete;
@@ -76,6 +88,10 @@ class LiveAgent {
   private:
     LiveAgent(const Options& options, std::optional<std::string> configText);
 
+    void start(const Options& options, bool gracefulRestart);
+    void startWith(const DeviceInputs::Tables& tables, bool gracefulRestart);
+    Orb::Ptr<Vaultdb::Folder> openFolder(const TablesPlace& place) const;
+    void checkLeaks(const DevicePatch& config);
     void onSignal(int signal);
     void reload();
     AgentView view() const { return {**root_, *inputs_, *clock_}; }
@@ -94,9 +110,12 @@ class LiveAgent {
     bool stopped_ = false;
     ChangeForm form_;
     bool verifying_ = false;
+    bool externalLeaks_;
+    bool saidLeaks_ = false;
     std::optional<Signals> signals_;
     std::optional<DeviceInputs> inputs_;
     std::optional<AgentRoot> root_;
+    std::optional<Heartbeat> heartbeat_; // while the tables are shared
     std::optional<RouteLookup> lookup_;
     std::optional<RouteFeed> feed_;
     std::optional<LiveDevice> device_;

@@ -2,6 +2,7 @@
 #include <functional>
 
 #include "agent/device/DeviceInputs.h"
+#include "agent/topics/LeakRow.h"
 #include "agent/topics/RowTopic.h"
 #include "directnet/root/RootSm.h"
 #include "platform/routing/DirectNetLeakLocalStatus.h"
@@ -11,19 +12,6 @@ namespace Agent {
 namespace {
 
 using Vrf::VrfIdMap::VrfId;
-
-/// A prefix whose addresses one VRF leaks to another. The routes that come of it are the other's.
-struct LeakRow {
-    std::string vrf;
-    Lanx::IpGenPrefix prefix;
-    std::string to;
-
-    static void describe(auto& row, auto&& column) {
-        column({"vrf", "VRF"}, row.vrf);
-        column({"prefix", "PREFIX"}, row.prefix);
-        column({"to", "TO"}, row.to);
-    }
-};
 
 class LeakWalk {
   public:

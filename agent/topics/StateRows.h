@@ -53,12 +53,25 @@ struct ValueForm<std::optional<RibWait>> {
     }
 };
 
+template <>
+struct ValueForm<std::optional<std::size_t>> {
+    static void write(JsonWriter& out, const std::optional<std::size_t>& value) {
+        out.value(*value);
+    }
+    static std::string text(const std::optional<std::size_t>& value) {
+        return value ? std::to_string(*value) : "-";
+    }
+    static std::optional<std::size_t> read(const JsonValue& json) {
+        return ValueForm<std::size_t>::read(json);
+    }
+};
+
 struct VrfRow {
     std::string vrf;
     std::uint32_t id = 0;
     Readiness ready;
-    std::optional<RibWait> rib; // while the RIB waits for the VRF
-    std::size_t backlog = 0;
+    std::optional<RibWait> rib;         // while the RIB waits for the VRF
+    std::optional<std::size_t> backlog; // none where nobody is asked that knows it
     std::size_t ipv4Routes = 0;
     std::size_t ipv6Routes = 0;
 

@@ -36,7 +36,10 @@ void StateTables::printVrf(const VrfRow& row, const Routes& routes) {
     if (row.rib) {
         out_ << ", rib " << ValueForm<std::optional<RibWait>>::text(row.rib);
     }
-    out_ << ", backlog " << row.backlog << '\n';
+    if (row.backlog) {
+        out_ << ", backlog " << *row.backlog;
+    }
+    out_ << '\n';
     RowTable<RouteRow> ipv4;
     RowTable<RouteRow> ipv6;
     for (const RouteRow& route : routes) {

@@ -1,31 +1,25 @@
 #include "agent/topics/RowTopic.h"
+#include "agent/topics/StateLines.h"
 #include "agent/topics/StatePrinter.h"
 #include "agent/topics/StateWalk.h"
+#include "agent/topics/VrfTable.h"
 
 namespace Agent {
 
 namespace {
 
-/// The lines of a state: {"time":..}, for each VRF {"vrf":..} followed by its routes, {"prefix":..}
-/// each, and in the end {"vias":..}.
-class StateAnswer final : public Answer, private StateSink {
+class StateAnswer final : public Answer {
   public:
     StateAnswer(const AgentView& view, const std::optional<L3::VrfName>& vrf, bool withRoutes)
         : walk_(view, vrf, withRoutes) {}
 
     bool appendNext(std::string& out) override {
-        out_ = &out;
-        return walk_.step(*this);
+        StateLines lines(out);
+        return walk_.step(lines);
     }
 
   private:
-    void time(const TimeRow& row) override { appendJsonLine(*out_, row); }
-    void vrf(const VrfRow& row) override { appendJsonLine(*out_, row); }
-    void route(const RouteRow& row) override { appendJsonLine(*out_, row); }
-    void totals(const TotalsRow& row) override { appendJsonLine(*out_, row); }
-
     StateWalk walk_;
-    std::string* out_ = nullptr;
 };
 
 /// Reads the lines of a state.
@@ -48,21 +42,6 @@ class StateReader final : public AnswerPrinter {
 
   private:
     std::unique_ptr<StateSink> sink_;
-};
-
-/// The VRFs of a state as one table.
-class VrfTable final : public StateSink {
-  public:
-    explicit VrfTable(std::ostream& out) : out_(out) {}
-
-  private:
-    void time(const TimeRow&) override {}
-    void vrf(const VrfRow& row) override { table_.append(row); }
-    void route(const RouteRow&) override {}
-    void totals(const TotalsRow&) override { table_.print(out_, ""); }
-
-    std::ostream& out_;
-    RowTable<VrfRow> table_;
 };
 
 template <bool withRoutes>

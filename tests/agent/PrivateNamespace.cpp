@@ -1,7 +1,9 @@
 #include "tests/agent/PrivateNamespace.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
@@ -19,10 +21,15 @@ bool write(const std::string& file, const std::string& text) {
     return out.good();
 }
 
+/// Where an agent keeps files unless told otherwise.
+constexpr const char* ownFolders[] = {"/run", "/dev/shm"};
+
 bool enter() {
     return ::unshare(CLONE_NEWNET | CLONE_NEWNS) == 0
            && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
-           && ::mount("none", "/run", "tmpfs", 0, nullptr) == 0;
+           && std::all_of(std::begin(ownFolders), std::end(ownFolders), [](const char* folder) {
+                  return ::mount("none", folder, "tmpfs", 0, nullptr) == 0;
+              });
 }
 
 /// Whether the process as it is can make namespaces, which a child tries out.
@@ -60,7 +67,9 @@ void LiveTest::SetUp() {
     }
     static bool hasOwn = false; // with all that the test before has mounted there
     if (hasOwn) {
-        ASSERT_EQ(::umount2("/run", MNT_DETACH), 0);
+        for (const char* folder : ownFolders) {
+            ASSERT_EQ(::umount2(folder, MNT_DETACH), 0);
+        }
     }
     hasOwn = enter();
     ASSERT_TRUE(hasOwn && ip("link set lo up"));

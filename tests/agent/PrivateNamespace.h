@@ -5,10 +5,10 @@
 
 namespace TestSupport {
 
-/// A test with network and mounts of its own, and with an empty /run: nothing outside is touched,
-/// and nothing of it is left once the next has begun or the process has ended. A process without
-/// the privilege for that becomes root of a user namespace first. Where not even that is permitted
-/// the test is skipped.
+/// A test with network and mounts of its own, and with an empty /run and /dev/shm: nothing outside
+/// is touched, and nothing of it is left once the next has begun or the process has ended. A
+/// process without the privilege for that becomes root of a user namespace first. Where not even
+/// that is permitted the test is skipped.
 class LiveTest : public testing::Test {
   protected:
     void SetUp() override;

@@ -60,8 +60,8 @@ long wakeUps(pid_t process) {
 }
 
 TEST_F(RunFailure, LackOfDescriptorsIsSaidOnceAndHoldsAVrfUpOnlyWhileItLasts) {
-    LiveProgram agent =
-        LiveProgram::ofShell(agentWithoutTypeChecks() + "run --no-socket --vrf red=nsred");
+    LiveProgram agent = LiveProgram::ofShell(agentWithoutTypeChecks()
+                                             + "run --no-socket --no-tables --vrf red=nsred");
     const std::string comes = "+ red 127.0.0.0/8 ";
     const std::string goes = "- red 127.0.0.0/8";
     const std::string failure = "Too many open files\n";

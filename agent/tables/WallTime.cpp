@@ -1,0 +1,35 @@
+#include "agent/tables/WallTime.h"
+
+#include <array>
+#include <ctime>
+
+namespace Agent {
+
+namespace {
+
+constexpr std::uint64_t second = 1'000'000'000;
+
+} // namespace
+
+std::uint64_t wallTime() {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * second
+           + static_cast<std::uint64_t>(now.tv_nsec);
+}
+
+std::string wallTimeText(std::uint64_t nanoseconds) {
+    const auto seconds = static_cast<std::time_t>(nanoseconds / second);
+    std::tm local{};
+    ::localtime_r(&seconds, &local);
+    std::array<char, 64> text{};
+    std::string result(text.data(),
+                       std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S%z", &local));
+    constexpr std::size_t zoneMinutes = 2; // behind the colon that is missing
+    if (result.size() > zoneMinutes) {
+        result.insert(result.size() - zoneMinutes, ":");
+    }
+    return result;
+}
+
+} // namespace Agent
