@@ -1,6 +1,9 @@
 #include "platform/lanx/IntfId.h"
 
+#include <string>
 #include <unordered_set>
+
+#include "platform/orb/value/Error.h"
 
 namespace Lanx {
 
@@ -41,5 +44,13 @@ class IntfId::Table {
 
 IntfId::IntfId(std::string_view name)
     : record_(name.empty() ? nullptr : Table::instance().record(name)) {}
+
+IntfId IntfId::fromString(std::string_view text) {
+    if (text.size() > maxLength) {
+        throw Orb::RangeError("an interface's name has at most " + std::to_string(maxLength)
+                              + " bytes");
+    }
+    return IntfId(text);
+}
 
 } // namespace Lanx

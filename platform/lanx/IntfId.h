@@ -18,6 +18,9 @@ namespace Lanx {
 /// One agent thread, no locks: names are interned on that thread only.
 class IntfId {
   public:
+    /// What the tables that other processes read have room for.
+    static constexpr std::size_t maxLength = 60;
+
     constexpr IntfId() = default;
     explicit IntfId(std::string_view name);
 
@@ -32,7 +35,8 @@ class IntfId {
     }
 
     void appendTo(std::string& out) const { out += name(); }
-    static IntfId fromString(std::string_view text) { return IntfId(text); }
+    /// Throws RangeError for a name of more than maxLength bytes.
+    static IntfId fromString(std::string_view text);
 
     friend bool operator==(IntfId left, IntfId right) { return left.record_ == right.record_; }
     friend std::strong_ordering operator<=>(IntfId left, IntfId right) {

@@ -28,6 +28,9 @@ std::string_view nameOf(const Record& record) {
 
 } // namespace
 
+static_assert(Tables::ViaRecord::maxName == Lanx::IntfId::maxLength);
+static_assert(Tables::VrfRecord::maxName == L3::VrfName::maxLength);
+
 ViaForm::Record ViaForm::record(const Via& via) {
     Record record{};
     record.vrfId = via.key().vrfId().value();

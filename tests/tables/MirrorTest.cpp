@@ -22,9 +22,7 @@ constexpr const char* path = Tables::Paths::ipv4Routes;
 /// What a reader is told, put together; every change has to fit onto what was told before.
 class Follower {
   public:
-    explicit Follower(const std::string& folder) {
-        folder_.pathIs(folder.c_str(), error_);
-    }
+    explicit Follower(const std::string& folder) { folder_.pathIs(folder.c_str(), error_); }
 
     Found update() {
         EXPECT_EQ(folder_.look(error_), Found::here);
@@ -172,8 +170,9 @@ TEST(MirrorTest, FollowersEndWithTheTableThatChangesWhileTheyRead) {
     const TemporaryFolder folder;
     RandomWriter writer(folder.path(), 1, 64);
     std::atomic<bool> isOver = false;
-    std::vector<std::jthread> readers;
     std::atomic<unsigned> rounds = 0;
+    std::vector<std::jthread> readers;
+    readers.reserve(2);
     for (int n = 0; n < 2; ++n) {
         readers.emplace_back([&, n] {
             Follower follower(folder.path());
