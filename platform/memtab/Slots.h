@@ -41,8 +41,7 @@ class Slots {
         for (Number free = free_; count > 0 && free != none; --count) {
             free = slot(free).head;
         }
-        return count == 0 || fresh_ + count <= claimed()
-               || (claim() && fresh_ + count <= claimed());
+        return count == 0 || isClaimed(count) || claim(count);
     }
 
     /// Stores a record for which there is room.
@@ -82,7 +81,11 @@ class Slots {
     Tables::TableHeader& header() { return memory().header(); }
     Slot& slot(Number number) const { return reinterpret_cast<Slot*>(memory_->slots())[number]; }
     std::uint32_t claimed() const { return memory_ == nullptr ? 0 : memory_->claimed(); }
-    bool claim() { return fresh_ < memory().claimed() || memory_->claim(); }
+    bool isClaimed(std::size_t count) const { return fresh_ + count <= claimed(); }
+    bool claim(std::size_t count) {
+        memory(); // has some from the beginning
+        return isClaimed(count) || (memory_->claim() && isClaimed(count));
+    }
 
     template <typename Found>
     bool takeOver(Found&& found);
