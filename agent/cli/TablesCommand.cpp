@@ -1,7 +1,9 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
+#include <poll.h>
 #include <string>
+#include <unistd.h>
 
 #include <directnet/tables.hpp>
 
@@ -39,17 +41,23 @@ void showOnce(const TablesOptions& options, const TablesForm& form) {
     showTables(std::cout, tables, options.topic, options.vrf, form);
 }
 
-/// How often the agent is looked at, which does not say that it has been stopped.
+/// How often the agent is looked at, which does not say that it has been stopped, and whoever reads
+/// the output.
 constexpr std::chrono::seconds lookPause(1);
 
-[[noreturn]] void follow(const TablesOptions& options, const TablesForm& form) {
+bool isReaderGone() {
+    pollfd output{STDOUT_FILENO, 0, 0};
+    return ::poll(&output, 1, 0) > 0 && (output.revents & POLLERR) != 0;
+}
+
+void follow(const TablesOptions& options, const TablesForm& form) {
     if (options.topic != "routes") {
         throw BadInputError("directnet: --follow: only routes can be followed");
     }
     directnet::Tables tables(tablesPathOr(options.folder), DIRECTNET_TABLES_WAIT);
     RoutePrinter printer(std::cout, tables, options.vrf, form);
     WriterReport writer(report);
-    for (std::string said;;) {
+    for (std::string said; !isReaderGone();) {
         std::string error;
         try {
             printer.update();
@@ -63,14 +71,16 @@ constexpr std::chrono::seconds lookPause(1);
         writer.check(tables.writer());
         tables.wait(lookPause);
     }
+    throw ReaderGoneError();
 }
 
 void readTables(const TablesOptions& options) {
     const TablesForm form{options.json, Colour(useColour())};
     if (options.follow) {
         follow(options, form);
+    } else {
+        showOnce(options, form);
     }
-    showOnce(options, form);
 }
 
 } // namespace

@@ -160,6 +160,7 @@ template <typename Record>
 void Slots<Record>::forgetFreeSlots() {
     free_ = none;
     fresh_ = 0;
+    memory_->discard();
 }
 
 template <typename Record>
@@ -173,8 +174,8 @@ void Slots<Record>::share(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::St
             forgetRecords();
         }
     } catch (...) {
-        memory_.reset();
         forgetRecords();
+        memory_.reset();
         throw;
     }
 }
