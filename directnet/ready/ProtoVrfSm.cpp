@@ -20,6 +20,7 @@ void ProtoVrfSm::OrbAllVrfReadyStatus::onAttribute(Orb::AttributeId id, const vo
 void ProtoVrfSm::OrbProtoStatusDir::onAttribute(Orb::AttributeId id, const void* key) {
     if (id == Orb::Dir::entityAttribute) {
         owner()->watchRib(Orb::keyAs<Orb::Name>(key));
+        owner()->maybeClearLeftovers(); // nobody may wait any more for one that did not come
     }
 }
 
