@@ -127,8 +127,8 @@ TEST_F(KilledWithinTest, ChangesAreMadeOrNotWhereverTheirWriterIsKilled) {
         Orb::ActivityManager activityManager(Orb::makePtr<ManualClock>());
         Table table(16);
         open(table, store_);
-        table.insertOrAssign(route(0, 1));
         table.insertOrAssign(route(1, 2));
+        table.insertOrAssign(route(0, 1));
         table.erase(route(2, 4).key());
         table.erase(route(3, 5).key());
         const std::array routes = {route(0, 3), route(1, 2), route(2, 4), route(3, 5)};
