@@ -69,14 +69,16 @@ TableMemory::TableMemory(Orb::Ptr<Vaultdb::Folder> folder, const Orb::String& pa
 }
 
 TableMemory::~TableMemory() {
-    if (folder_ != nullptr) {
-        folder_->remove(*this);
-        if (data_ != nullptr) { // not when it could not start anew
-            Tables::store(header().closedAt, wallClock());
-            folder_->ring();
-        }
+    if (folder_ == nullptr) {
+        release();
+        return;
+    }
+    folder_->remove(*this);
+    if (data_ != nullptr) { // not when it could not start anew
+        Tables::store(header().closedAt, wallClock());
     }
     release();
+    folder_->ring(); // now that the lock is gone, so that who looks sees it
 }
 
 void TableMemory::release() {
