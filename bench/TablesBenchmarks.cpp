@@ -229,7 +229,7 @@ void BurstFollowed(benchmark::State& state) {
     const auto readers = static_cast<unsigned>(state.range(1));
     for (auto iteration : state) {
         std::array<std::vector<double>, 2> seconds;
-        for (int run = 0; run < 7; ++run) {
+        for (int run = 0; run < 5; ++run) {
             for (const std::size_t followed : {0U, 1U}) {
                 const unsigned present = followed == 0 ? 0 : readers;
                 seconds[followed].push_back(inChild([&] { return burst(count, present); }).cpu);

@@ -156,6 +156,7 @@ TEST_F(FullSharedTest, VrfThatTheTableHasNoRoomForKeepsItsRoutes) {
     inOwnFileSystem([this] {
         routes()->routeAdd(route(VrfId(77), "10.9.9.0/24"));
         LibraryHarness h(folder_.store());
+        h.ribWaits("late"); // so nothing is cleared yet
         spareIs(0);
         for (int n = 1; n <= Crowd::vrfs; ++n) {
             h.vrf(vrfName(n), static_cast<unsigned>(n));
@@ -164,6 +165,7 @@ TEST_F(FullSharedTest, VrfThatTheTableHasNoRoomForKeepsItsRoutes) {
         h.address(vrfName(Crowd::vrfs), "Et1", host(1, 1));
         h.run(10);
         EXPECT_LT(h.root().protoVrfTable()->size(), static_cast<std::size_t>(Crowd::vrfs));
+        h.ribWaits("late", false);
         EXPECT_EQ(h.routes(vrfName(Crowd::vrfs)).size(), 1U);
         spareIs(enough);
         h.settle();
