@@ -137,7 +137,7 @@ TEST_F(Tables, ShowWhatTheAgentShowsWhetherItRunsIsStoppedOrDeadAndTheNextRunAft
     agent.signal(SIGSTOP);
     EXPECT_EQ(comparable(tables("--json")), state);
     EXPECT_TRUE(agent.until(
-        [] { return saidOfTables().find("is not running since 20") != std::string::npos; }));
+        [] { return saidOfTables().find("not heard of since 20") != std::string::npos; }));
     EXPECT_EQ(agent.endedBy(SIGKILL), -1);
     EXPECT_EQ(comparable(tables("--json")), state);
     EXPECT_THAT(saidOfTables(), HasSubstr("was killed at about 20"));
