@@ -18,9 +18,16 @@ void Mount::doMount(const Orb::String& path, std::string_view typeName, const Mo
 // Whoever writes a table has it, so that reading it in the same store needs nothing.
 void Mount::bind(Table& table, const Orb::String& path, MountInfo::Type type) {
     const Orb::Ptr<Vaultdb::Folder>& folder = entityManager_->folder();
-    if (folder != nullptr && !entityManager_->isBound(path)) {
-        const bool writes = type == MountInfo::Type::write;
-        entityManager_->bind(path, writes ? table.share(folder, path) : table.follow(folder, path));
+    if (folder == nullptr) {
+        return;
+    }
+    const bool writes = type == MountInfo::Type::write;
+    const auto* bond = entityManager_->bond(path);
+    if (bond == nullptr) {
+        entityManager_->bondIs(
+            path, {writes, writes ? table.share(folder, path) : table.follow(folder, path)});
+    } else if (writes && !bond->writes) {
+        throw Vaultdb::TableInUseError("table " + path + ": is mounted to be read");
     }
 }
 

@@ -55,9 +55,9 @@ class RecordTable {
         return records == nullptr ? std::nullopt : records->find(key);
     }
 
-    /// Whether so many more records can come; memory is claimed for one.
+    /// Whether so many more records can come; memory is claimed for them.
     bool hasRoom(std::size_t count = 1) {
-        return slots_.size() + count <= capacity_ && slots_.hasRoom();
+        return slots_.size() + count <= capacity_ && slots_.hasRoom(count);
     }
 
     /// Whether a record of that key can be added or replaced.

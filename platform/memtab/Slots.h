@@ -35,8 +35,14 @@ class Slots {
 
     std::uint32_t size() const { return size_; }
 
-    /// Whether another record can come; memory is claimed for it.
-    bool hasRoom() { return free_ != none || fresh_ < claimed() || claim(); }
+    /// Whether so many more records can come; memory is claimed for them, of which a table gets
+    /// more than a few at a time.
+    bool hasRoom(std::size_t count = 1) {
+        for (Number free = free_; count > 0 && free != none; --count) {
+            free = slot(free).head;
+        }
+        return count == 0 || isClaimed(count) || claim(count);
+    }
 
     /// Stores a record for which there is room.
     Number stage(const Record& record);
@@ -75,7 +81,11 @@ class Slots {
     Tables::TableHeader& header() { return memory().header(); }
     Slot& slot(Number number) const { return reinterpret_cast<Slot*>(memory_->slots())[number]; }
     std::uint32_t claimed() const { return memory_ == nullptr ? 0 : memory_->claimed(); }
-    bool claim() { return fresh_ < memory().claimed() || memory_->claim(); }
+    bool isClaimed(std::size_t count) const { return fresh_ + count <= claimed(); }
+    bool claim(std::size_t count) {
+        memory(); // has some from the beginning
+        return isClaimed(count) || (memory_->claim() && isClaimed(count));
+    }
 
     template <typename Found>
     bool takeOver(Found&& found);
@@ -146,6 +156,7 @@ template <typename Record>
 void Slots<Record>::forgetFreeSlots() {
     free_ = none;
     fresh_ = 0;
+    memory_->discard();
 }
 
 template <typename Record>

@@ -21,6 +21,8 @@ using Vaultdb::FolderError;
 namespace {
 
 constexpr std::size_t pageBytes = 4096;
+/// Below that, a table that empties and fills again is not to ask for memory each time.
+constexpr std::size_t worthDiscarding = std::size_t{1} << 20;
 
 std::size_t wholePages(std::size_t bytes) { return (bytes + pageBytes - 1) & ~(pageBytes - 1); }
 
@@ -138,6 +140,9 @@ const char* TableMemory::faultOf(std::size_t fileSize) const {
         || std::strncmp(found.path, path_.c_str(), TableHeader::maxPath) != 0) {
         return "is another table";
     }
+    if (found.used > Tables::maxSlots) {
+        return "is damaged";
+    }
     const std::size_t needed =
         Tables::slotsAt(found.ringEntries) + std::size_t{found.used} * found.slotBytes;
     return fileSize < needed || found.epoch == 0 ? "is cut short" : nullptr;
@@ -248,6 +253,14 @@ bool TableMemory::claim() {
     }
     mapped(data, size);
     return true;
+}
+
+// Readers may still look at the slots of a shared table.
+void TableMemory::discard() {
+    if (folder_ == nullptr && size_ >= worthDiscarding) {
+        ::madvise(slots_, size_ - static_cast<std::size_t>(slots_ - data_), MADV_DONTNEED);
+        header().used = 0;
+    }
 }
 
 void TableMemory::heardOf(std::uint64_t time) { Tables::store(header().heardOfAt, time); }

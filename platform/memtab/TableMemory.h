@@ -50,11 +50,14 @@ class TableMemory final : private Vaultdb::Folder::Tenant {
     /// told when it is worth to try again.
     bool claim();
 
+    /// No slot is in use. Private memory that is not small goes back to the system.
+    void discard();
+
     /// Announces a change and sees to it that the bell is rung. Before the change.
     void announce(const Tables::Change& change) {
         if (folder_ != nullptr) {
+            folder_->noteChange(); // may throw, and nothing may between announcing and changing
             Tables::announce(header(), reinterpret_cast<std::uint64_t*>(data_ + ringAt), change);
-            folder_->noteChange();
         }
     }
 

@@ -40,18 +40,23 @@ class EntityManager : public Orb::Entity {
     /// Forgets the count of a path that nobody mounts any more. What is stored there stays.
     void cleanup(const Orb::String& path);
 
-    /// Whether the entity at the path is bound to a table of the folder; the bond, if any, is kept
-    /// for the life of the store.
-    bool isBound(const Orb::String& path) const { return bonds_.contains(path); }
-    void bind(const Orb::String& path, Orb::Ptr<Orb::PtrInterface> bond) {
-        bonds_.emplace(path, std::move(bond));
+    /// How the entity at a path is bound to the folder's table. What keeps them alike is held for
+    /// the life of the store.
+    struct Bond {
+        bool writes;
+        Orb::Ptr<Orb::PtrInterface> keeper; ///< null where none is needed
+    };
+    const Bond* bond(const Orb::String& path) const {
+        const auto found = bonds_.find(path);
+        return found == bonds_.end() ? nullptr : &found->second;
     }
+    void bondIs(const Orb::String& path, Bond bond) { bonds_.emplace(path, std::move(bond)); }
 
   private:
     Orb::Ptr<Folder> folder_;
     std::map<Orb::String, Orb::Ptr<Orb::Entity>, std::less<>> entities_;
     std::map<Orb::String, std::uint32_t, std::less<>> mounts_;
-    std::map<Orb::String, Orb::Ptr<Orb::PtrInterface>, std::less<>> bonds_;
+    std::map<Orb::String, Bond, std::less<>> bonds_;
 };
 
 } // namespace Vaultdb

@@ -30,8 +30,9 @@ class Update {
   private:
     static constexpr unsigned maxRounds = 8;
 
+    /// What is refused is not waited for in haste: whoever makes it anew rings the bell.
     void note(Found found) {
-        incomplete_ |= found != Found::here;
+        incomplete_ |= found == Found::absent;
         if (found == Found::refused && tables_.error.empty()) {
             tables_.error = error_;
         }
@@ -53,7 +54,7 @@ class Update {
 
     void bringReferred() { bring(tables_.viaSets, tables_.vias4, tables_.vias6, tables_.vrfs); }
 
-    /// Sums what only grows.
+    /// Another number when one of those has changed.
     std::uint64_t positions() const {
         return tables_.viaSets.position() + tables_.vias4.position() + tables_.vias6.position()
                + tables_.vrfs.position();

@@ -56,6 +56,9 @@ inline constexpr std::uint32_t layoutVersion = 1;
 inline constexpr std::size_t headerBytes = 4096;
 static_assert(sizeof(TableHeader) <= headerBytes);
 
+/// More slots than any table has; so many are a sign of damage.
+inline constexpr std::uint32_t maxSlots = 1U << 26U;
+
 /// Where the slots begin.
 constexpr std::size_t slotsAt(std::uint32_t ringEntries) {
     return headerBytes + std::size_t{ringEntries} * sizeof(std::uint64_t);

@@ -3,8 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <sched.h>
-
 #include "tables/layout/ChangeRing.h"
 #include "tables/layout/Slot.h"
 #include "tables/reader/RecordSet.h"
@@ -26,8 +24,8 @@ class Mirror {
     explicit Mirror(const char* path, std::uint8_t family = 0)
         : spec_{path, recordKindOf<Record>, sizeof(Record), family} {}
 
-    /// Brings the copy to the present; tell() has to follow each time. A table that is absent stays
-    /// as it was.
+    /// Brings the copy to the present, as often as one likes before tell(). The folder has been
+    /// looked for just before. A table that is absent stays as it was.
     ///
     /// Refused, with the text of the error, when there is something else than a table in its place,
     /// the table is damaged or changes faster than it can be read, or there is no memory. Then the
@@ -54,7 +52,7 @@ class Mirror {
         return found;
     }
 
-    /// Grows whenever bring() finds something, other than the state of another file or writer.
+    /// Where the copy is among the writer's changes: another number when bring() found some.
     std::uint64_t position() const { return cursor_; }
 
     std::size_t count() const { return records_.count(); }
@@ -89,7 +87,8 @@ class Mirror {
     };
 
     /// Reads of one slot before it is called damaged: the writer would have to be faster each time.
-    static constexpr unsigned maxReads = 100000;
+    /// There is nothing to wait for between them, since one fails only where the writer went on.
+    static constexpr unsigned maxReads = 10000;
     /// Starts of taking the state before the writer is called too fast.
     static constexpr unsigned maxStarts = 16;
 
@@ -189,9 +188,6 @@ bool Mirror<Record>::read(std::uint32_t slot, Record& record) const {
         if (reads == maxReads) {
             return false;
         }
-        if (reads % 64 == 63) {
-            ::sched_yield();
-        }
     }
     return !Records::isPresent(record) || isSound(record, spec_.family);
 }
@@ -283,7 +279,7 @@ typename Mirror<Record>::Step Mirror<Record>::followOne(Records& records, const 
     if (slot < records.slots() && Slot::changesSince(records.at(slot).word, word) <= 0) {
         return Step::done;
     }
-    if (slot >= TableFile::maxSlots || !file_.mapThrough(slot + 1)) {
+    if (slot >= maxSlots || !file_.mapThrough(slot + 1)) {
         return Step::damaged;
     }
     Record record;

@@ -20,8 +20,6 @@ struct TableSpec {
 /// does shrink it ends the process that reads by SIGBUS.
 class TableFile {
   public:
-    /// More slots than any table has; so many are a sign of damage.
-    static constexpr std::uint32_t maxSlots = 1U << 26U;
     static constexpr std::uint32_t maxRingEntries = 1U << 26U;
 
     TableFile() = default;

@@ -59,6 +59,7 @@ LibraryHarness::LibraryHarness(Orb::Ptr<Vaultdb::EntityManager> tables, bool sta
           written<Rib::Memtab::ViaSetCollection>(MountPaths::viaSets))) {
     for (const char* path : {MountPaths::ipv4Leaks, MountPaths::ipv6Leaks}) {
         written<DirectNetLeakStatus>(path)->leakedRouteBySourceVrfDelAll();
+        store.doUnmount(path); // so that the mounts are the root's alone
     }
     nameToIdMapWrapper->nameToIdMapIs(Orb::makePtr<Vrf::VrfIdMap::NameToIdMap>());
     if (started) {
