@@ -105,6 +105,9 @@ void ProtoVrfSm::handleVrf(const L3::VrfName& name) {
         return;
     }
     vrfReadyStatusDel(name);
+}
+
+void ProtoVrfSm::handleVrfGone(const L3::VrfName& name) {
     if (vrfId().contains(name)) {
         const VrfId id = vrfId(name);
         vrfIdDel(name);

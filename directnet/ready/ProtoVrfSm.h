@@ -53,8 +53,10 @@ class ProtoVrfSm : public Orb::Entity {
     ~ProtoVrfSm() override;
 
     void handleInitialized();
-    /// A VRF has got a container, or lost it.
+    /// A VRF is about to get a container, or to lose it.
     void handleVrf(const L3::VrfName& name);
+    /// A VRF has no container, and its routes are gone.
+    void handleVrfGone(const L3::VrfName& name);
     /// Brings a VRF's entry in line with what is known of it.
     void doUpdate(const L3::VrfName& name);
     void maybeClearLeftovers();

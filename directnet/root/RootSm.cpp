@@ -253,6 +253,7 @@ void RootSm::doDeleteContainer(const L3::VrfName& name) {
         allVrfReadyStatus()->vrfReadyStatusDel(name);
         const ContainerSm* container = containerSm(name);
         if (container == nullptr) {
+            protoVrfSm()->handleVrfGone(name);
             return;
         }
         ORB_ASSERT(container->references() == 1, "container->references() == 1");
@@ -261,6 +262,7 @@ void RootSm::doDeleteContainer(const L3::VrfName& name) {
         vrfVirtualIpStatusHelper()->maybeDeleteVrfVirtualIpStatus(name.value());
         vrfVirtualIp6StatusHelper()->maybeDeleteVrfVirtualIpStatus(name.value());
         intfBacklogByVrf()->intfBacklogDel(vrfId);
+        protoVrfSm()->handleVrfGone(name);
     });
 }
 

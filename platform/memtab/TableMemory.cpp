@@ -68,12 +68,14 @@ TableMemory::TableMemory(Orb::Ptr<Vaultdb::Folder> folder, const Orb::String& pa
 }
 
 TableMemory::~TableMemory() {
-    if (folder_ != nullptr) {
-        folder_->remove(*this);
-        Tables::store(header().closedAt, wallClock());
-        folder_->ring();
+    if (folder_ == nullptr) {
+        release();
+        return;
     }
+    folder_->remove(*this);
+    Tables::store(header().closedAt, wallClock());
     release();
+    folder_->ring(); // now that the lock is gone, so that who looks sees it
 }
 
 void TableMemory::release() {
