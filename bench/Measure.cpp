@@ -10,11 +10,19 @@
 
 namespace Bench {
 
-double cpuSeconds() {
+namespace {
+
+double secondsOf(clockid_t clock) {
     timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    clock_gettime(clock, &time);
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
+
+} // namespace
+
+double cpuSeconds() { return secondsOf(CLOCK_PROCESS_CPUTIME_ID); }
+
+double threadCpuSeconds() { return secondsOf(CLOCK_THREAD_CPUTIME_ID); }
 
 double residentBytes() {
     long total = 0;

@@ -8,6 +8,9 @@ namespace Bench {
 /// CPU seconds that the process has used.
 double cpuSeconds();
 
+/// CPU seconds that this thread has used.
+double threadCpuSeconds();
+
 /// Bytes of memory that the process has resident.
 double residentBytes();
 

@@ -26,9 +26,9 @@ double secondsNow() {
 
 } // namespace
 
-Rig::Rig(Orb::Ptr<Orb::Clock> clock)
+Rig::Rig(Orb::Ptr<Orb::Clock> clock, Orb::Ptr<Vaultdb::Folder> folder)
     : clock_(std::move(clock)), activityManager_(clock_),
-      inputs_(Orb::makePtr<Kiln::TaskScheduler>(clock_), false),
+      inputs_(Orb::makePtr<Kiln::TaskScheduler>(clock_), false, {.folder = std::move(folder)}),
       root_(std::make_unique<Agent::AgentRoot>(inputs_)) {
     for (std::size_t vrf = 0; vrf < vrfs; ++vrf) {
         addVrf(vrf);

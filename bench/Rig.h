@@ -9,6 +9,7 @@
 #include "agent/device/DeviceInputs.h"
 #include "platform/orb/loop/ActivityManager.h"
 #include "platform/orb/loop/Clock.h"
+#include "platform/vaultdb/Folder.h"
 
 namespace Bench {
 
@@ -19,7 +20,8 @@ class Rig {
     static constexpr std::size_t vrfs = 16;
     static constexpr std::size_t interfaces = 1024;
 
-    explicit Rig(Orb::Ptr<Orb::Clock> clock);
+    /// With a folder its tables are shared.
+    explicit Rig(Orb::Ptr<Orb::Clock> clock, Orb::Ptr<Vaultdb::Folder> folder = nullptr);
 
     const L3::VrfName& vrfName(std::size_t vrf) const { return vrfs_[vrf].name; }
     static ::Vrf::VrfIdMap::VrfId vrfId(std::size_t vrf);

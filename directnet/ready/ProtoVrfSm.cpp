@@ -20,6 +20,7 @@ void ProtoVrfSm::OrbAllVrfReadyStatus::onAttribute(Orb::AttributeId id, const vo
 void ProtoVrfSm::OrbProtoStatusDir::onAttribute(Orb::AttributeId id, const void* key) {
     if (id == Orb::Dir::entityAttribute) {
         owner()->watchRib(Orb::keyAs<Orb::Name>(key));
+        owner()->maybeClearLeftovers(); // nobody may wait any more for one that did not come
     }
 }
 
@@ -152,8 +153,10 @@ bool ProtoVrfSm::hasLeftovers() const {
 
 bool ProtoVrfSm::isComplete() const {
     const auto& vrfs = allVrfReadyStatus()->vrfReadyStatus();
-    const auto isReady = [](const auto& status) {
-        return status->v4DirectNetsReady() && status->v6DirectNetsReady();
+    // One that is not in the table, for want of room, would look like a leftover.
+    const auto isReady = [this](const auto& status) {
+        return status->v4DirectNetsReady() && status->v6DirectNetsReady()
+               && vrfId().contains(status->vrfName());
     };
     const auto names = Orb::keysOf(allVrfRibReady()->vrf());
     const auto isDeclared = [this](const L3::VrfName& name) {

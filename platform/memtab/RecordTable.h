@@ -33,9 +33,15 @@ class RecordTable {
     /// Goes over to a file of the folder, which must happen before the first record comes. Throws
     /// as TableMemory.
     void share(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path) {
-        slots_.share(folder, path, [this, &path](std::uint32_t number, const Record& record) {
+        const auto found = [this, &path](std::uint32_t number, const Record& record) {
             return isSound(path, record) && adopt(number, Form::key(record));
-        });
+        };
+        try {
+            slots_.share(folder, path, found);
+        } catch (...) {
+            index_ = Index(slots_);
+            throw;
+        }
         if (slots_.size() == 0) {
             index_ = Index(slots_); // what came before a record that could not be used
         }
@@ -80,20 +86,14 @@ class RecordTable {
             }
             return changed;
         }
-        if (!hasRoom()) {
+        try {
+            add(records, place, record);
+        } catch (...) {
             if (records.empty()) {
                 index_.emptied(key);
             }
-            throw Orb::RangeError("the table is full: " + std::to_string(size()) + " members");
-        }
-        const std::uint32_t number = slots_.stage(record);
-        try {
-            records.insert(number, place);
-        } catch (...) {
-            slots_.unstage(number);
             throw;
         }
-        slots_.publish(number);
         return true;
     }
 
@@ -123,6 +123,20 @@ class RecordTable {
             family = family == 0 ? record.family : family;
         }
         return Tables::isSound(record, family);
+    }
+
+    void add(Records& records, const typename Records::Place& place, const Record& record) {
+        if (!hasRoom()) {
+            throw Orb::RangeError("the table is full: " + std::to_string(size()) + " members");
+        }
+        const std::uint32_t number = slots_.stage(record);
+        try {
+            records.insert(number, place);
+        } catch (...) {
+            slots_.unstage(number);
+            throw;
+        }
+        slots_.publish(number);
     }
 
     bool adopt(std::uint32_t number, const Key& key) {

@@ -26,7 +26,7 @@ class Slots {
     /// Goes over to a file of the folder, in place of private memory, which must be empty. Its
     /// records are told, each with its slot: `found(number, record)` answers whether it can be
     /// used; where one cannot, the file is moved aside and the table is empty. Throws what
-    /// TableMemory does.
+    /// TableMemory does, and then nothing has changed.
     template <typename Found>
     void share(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path, Found&& found);
 
@@ -35,13 +35,14 @@ class Slots {
 
     std::uint32_t size() const { return size_; }
 
-    /// Whether so many more records can come; memory is claimed for them, of which a table gets
-    /// more than a few at a time.
-    bool hasRoom(std::size_t count = 1) {
-        for (Number free = free_; count > 0 && free != none; --count) {
-            free = slot(free).head;
+    /// Whether so many more records can come; memory is claimed for them.
+    bool hasRoom(std::size_t count) {
+        while (claimed() - size_ < count) {
+            if (!claim()) {
+                return false;
+            }
         }
-        return count == 0 || isClaimed(count) || claim(count);
+        return true;
     }
 
     /// Stores a record for which there is room.
@@ -81,15 +82,12 @@ class Slots {
     Tables::TableHeader& header() { return memory().header(); }
     Slot& slot(Number number) const { return reinterpret_cast<Slot*>(memory_->slots())[number]; }
     std::uint32_t claimed() const { return memory_ == nullptr ? 0 : memory_->claimed(); }
-    bool isClaimed(std::size_t count) const { return fresh_ + count <= claimed(); }
-    bool claim(std::size_t count) {
-        memory(); // has some from the beginning
-        return isClaimed(count) || (memory_->claim() && isClaimed(count));
-    }
+    bool claim() { return memory_ == nullptr ? memory().claimed() > 0 : memory_->claim(); }
 
     template <typename Found>
     bool takeOver(Found&& found);
     void repair(Number number);
+    void forgetRecords();
     void forgetFreeSlots();
     void release(Number number);
     /// What the slot's word will be; announced.
@@ -153,6 +151,12 @@ void Slots<Record>::release(Number number) {
 }
 
 template <typename Record>
+void Slots<Record>::forgetRecords() {
+    size_ = 0;
+    forgetFreeSlots();
+}
+
+template <typename Record>
 void Slots<Record>::forgetFreeSlots() {
     free_ = none;
     fresh_ = 0;
@@ -164,10 +168,15 @@ template <typename Found>
 void Slots<Record>::share(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path,
                           Found&& found) {
     memory_ = std::make_unique<TableMemory>(folder, path, form_);
-    if (!takeOver(found)) {
-        memory_->startAnew("is damaged");
-        size_ = 0;
-        forgetFreeSlots();
+    try {
+        if (!takeOver(found)) {
+            memory_->startAnew("is damaged");
+            forgetRecords();
+        }
+    } catch (...) {
+        forgetRecords();
+        memory_.reset();
+        throw;
     }
 }
 

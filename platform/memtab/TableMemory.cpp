@@ -21,6 +21,7 @@ using Vaultdb::FolderError;
 namespace {
 
 constexpr std::size_t pageBytes = 4096;
+constexpr off_t blockBytes = 512; ///< what stat() counts in
 /// Below that, a table that empties and fills again is not to ask for memory each time.
 constexpr std::size_t worthDiscarding = std::size_t{1} << 20;
 
@@ -73,7 +74,9 @@ TableMemory::~TableMemory() {
         return;
     }
     folder_->remove(*this);
-    Tables::store(header().closedAt, wallClock());
+    if (data_ != nullptr) { // not when it could not start anew
+        Tables::store(header().closedAt, wallClock());
+    }
     release();
     folder_->ring(); // now that the lock is gone, so that who looks sees it
 }
@@ -116,6 +119,10 @@ bool TableMemory::takeOver() {
         folder_->moveAside(name_, "is cut short");
         return false;
     }
+    if (status.st_blocks * blockBytes < status.st_size) {
+        folder_->moveAside(name_, "has holes"); // which there may be no memory for
+        return false;
+    }
     mapWhole(size);
     if (const char* fault = faultOf(size)) {
         folder_->moveAside(name_, fault);
@@ -147,7 +154,14 @@ const char* TableMemory::faultOf(std::size_t fileSize) const {
     }
     const std::size_t needed =
         Tables::slotsAt(found.ringEntries) + std::size_t{found.used} * found.slotBytes;
-    return fileSize < needed || found.epoch == 0 ? "is cut short" : nullptr;
+    if (found.epoch == 0 || found.epoch + 1 == 0) {
+        return "is damaged";
+    }
+    if (fileSize < needed) {
+        return "is cut short";
+    }
+    const std::uint64_t last = ring()[(found.changes - 1) & (found.ringEntries - 1)];
+    return found.changes != 0 && Tables::unpacked(last).slot >= found.used ? "is damaged" : nullptr;
 }
 
 // Made under another name first, so that nobody finds half a table.
@@ -244,17 +258,33 @@ void TableMemory::mapped(void* data, std::size_t size) {
 
 bool TableMemory::claim() {
     const std::size_t slotsAt = Tables::slotsAt(form_.ringEntries);
-    const std::size_t size = slotsAt + grown(size_ - slotsAt);
-    if (folder_ != nullptr && !claimBytes(size_, size)) {
-        folder_->awaitSpace();
-        return false;
-    }
-    void* data = ::mremap(data_, size_, size, MREMAP_MAYMOVE);
+    std::size_t size = slotsAt + grown(size_ - slotsAt);
+    void* data = claimSpace(size) ? ::mremap(data_, size_, size, MREMAP_MAYMOVE) : MAP_FAILED;
     if (data == MAP_FAILED) {
+        if (folder_ != nullptr) {
+            folder_->awaitSpace();
+        }
         return false;
     }
     mapped(data, size);
     return true;
+}
+
+/// Claims space for the file to have that size, or for one page more than now where that is all
+/// that there is. Between two looks for space it answers no at once: asking the system costs as
+/// much as there is to be had, and many may ask.
+bool TableMemory::claimSpace(std::size_t& size) {
+    if (folder_ == nullptr) {
+        return true;
+    }
+    if (folder_->awaitsSpace()) {
+        return false;
+    }
+    if (claimBytes(size_, size)) {
+        return true;
+    }
+    size = size_ + pageBytes;
+    return claimBytes(size_, size);
 }
 
 // Readers may still look at the slots of a shared table.

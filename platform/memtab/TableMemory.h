@@ -57,7 +57,7 @@ class TableMemory final : private Vaultdb::Folder::Tenant {
     void announce(const Tables::Change& change) {
         if (folder_ != nullptr) {
             folder_->noteChange(); // may throw, and nothing may between announcing and changing
-            Tables::announce(header(), reinterpret_cast<std::uint64_t*>(data_ + ringAt), change);
+            Tables::announce(header(), ring(), change);
         }
     }
 
@@ -71,7 +71,9 @@ class TableMemory final : private Vaultdb::Folder::Tenant {
     std::size_t bytes() const { return size_; }
 
   private:
-    static constexpr std::size_t ringAt = Tables::headerBytes;
+    std::uint64_t* ring() const {
+        return reinterpret_cast<std::uint64_t*>(data_ + Tables::headerBytes);
+    }
 
     void heardOf(std::uint64_t time) override;
     void spaceAgain() override;
@@ -85,6 +87,7 @@ class TableMemory final : private Vaultdb::Folder::Tenant {
     [[noreturn]] void refuse() const;
     void initialize() const;
     bool claimBytes(std::size_t from, std::size_t to);
+    bool claimSpace(std::size_t& size);
     void mapWhole(std::size_t size);
     void mapped(void* data, std::size_t size);
     void release();

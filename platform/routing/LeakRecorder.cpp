@@ -59,8 +59,11 @@ void LeakRecorder::handleLeak(const LeakedRoute& leak, bool present) {
         table_.erase(leak);
     } else if (table_.hasRoomFor(leak)) {
         table_.insertOrAssign(leak);
-    } else if (!std::exchange(isIncomplete_, true)) {
-        folder_->report("table " + path_ + ": no space for all leaks");
+    } else {
+        isIncomplete_ = true;
+        if (!std::exchange(isReported_, true)) {
+            folder_->report("table " + path_ + ": no space for all leaks");
+        }
     }
 }
 
@@ -69,6 +72,7 @@ void LeakRecorder::handleSpace() {
         for (const auto& leaks : status_.notifier()->leakedRouteBySourceVrf()) {
             writeAll(*leaks);
         }
+        isReported_ = isIncomplete_;
     }
 }
 

@@ -42,6 +42,7 @@ class LeakRecorder : public Orb::PtrInterface {
     Orb::String path_;
     Rib::PerVrfTable<Rib::LeakForm> table_{ringEntries};
     bool isIncomplete_ = false;
+    bool isReported_ = false; ///< since it was complete
     StatusReactor status_{this};
     std::map<VrfId, SourceReactor> sources_;
 };

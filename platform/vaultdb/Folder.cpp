@@ -126,20 +126,26 @@ Orb::FileDescriptor Folder::openBellFile() const {
 }
 
 void Folder::openBell() {
-    bell_ = openBellFile();
-    if (bell_) {
-        return;
+    Orb::FileDescriptor fifo = openBellFile();
+    if (!fifo) {
+        fifo = makeBellFile();
     }
+    bell_ = std::make_unique<Bell>(std::move(fifo));
+}
+
+Orb::FileDescriptor Folder::makeBellFile() const {
     if (errno != ENOENT) {
         moveAside(Tables::bellName, "is not the bell");
     }
+    Orb::FileDescriptor fifo;
     if (::mkfifoat(descriptor(), Tables::bellName, fileMode) == 0) {
-        bell_ = openBellFile();
+        fifo = openBellFile();
     }
-    if (!bell_) {
+    if (!fifo) {
         fail(path() + "/" + Tables::bellName, std::strerror(errno));
     }
-    giveToReaders(bell_.get(), fileMode);
+    giveToReaders(fifo.get(), fileMode);
+    return fifo;
 }
 
 void Folder::ringSoon() {
@@ -149,17 +155,11 @@ void Folder::ringSoon() {
     ringing_ = true;
 }
 
-// Emptied first: readers are woken by the step from empty to not empty.
 void Folder::ring() {
     ringing_ = false;
     ringWakeup_.timeMinIs(Orb::Clock::never);
     stamp();
-    char bytes[64];
-    while (::read(bell_.get(), bytes, sizeof bytes) == static_cast<ssize_t>(sizeof bytes)) {
-    }
-    const char byte = 0;
-    // One that finds no room has been rung already.
-    [[maybe_unused]] const ssize_t written = ::write(bell_.get(), &byte, 1);
+    bell_->ring();
 }
 
 void Folder::stamp() {
@@ -173,7 +173,7 @@ void Folder::stamp() {
 }
 
 void Folder::awaitSpace() {
-    if (spaceWakeup_.timeMin() == Orb::Clock::never) {
+    if (!awaitsSpace()) {
         const auto& clock = Orb::activityManager()->clock();
         spaceWakeup_.notifierIs(clock);
         spaceWakeup_.timeMinIs(clock->now() + spaceDelay);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -12,6 +13,7 @@
 #include "platform/orb/loop/FileDescriptor.h"
 #include "platform/orb/object/PtrInterface.h"
 #include "platform/orb/value/Error.h"
+#include "platform/vaultdb/Bell.h"
 
 namespace Vaultdb {
 
@@ -31,7 +33,7 @@ class TableInUseError : public FolderError {
 /// tells all that wait for a change at once. Its mode is 0750, that of the files 0640.
 ///
 /// The bell is rung once for all changes that the thread makes before it returns to its event loop,
-/// or when ring() is called. It is one write to a FIFO, whoever listens.
+/// or when ring() is called.
 ///
 /// One agent thread, no locks.
 class Folder : public Orb::PtrInterface {
@@ -106,6 +108,7 @@ class Folder : public Orb::PtrInterface {
 
     /// Memory was refused: looks again after a while, as long as somebody asks.
     void awaitSpace();
+    bool awaitsSpace() const { return spaceWakeup_.timeMin() != Orb::Clock::never; }
 
   private:
     class Wakeup : public Orb::Clock::NotifieeConst {
@@ -125,11 +128,12 @@ class Folder : public Orb::PtrInterface {
     void tellSpace();
     void openBell();
     Orb::FileDescriptor openBellFile() const;
+    Orb::FileDescriptor makeBellFile() const;
     void giveToReaders(int file, mode_t mode) const;
 
     Options options_;
     Orb::FileDescriptor folder_;
-    Orb::FileDescriptor bell_;
+    std::unique_ptr<Bell> bell_;
     std::set<Tenant*> tenants_;
     bool ringing_ = false;
     Wakeup ringWakeup_{*this, &Folder::ring};

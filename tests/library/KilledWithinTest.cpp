@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <random>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/mman.h>
 #include <sys/ptrace.h>
 
 #include "platform/orb/loop/ActivityManager.h"
@@ -19,18 +22,51 @@ namespace {
 
 using VrfId = Vrf::VrfIdMap::VrfId;
 
+/// A file as another process changes it.
+class WatchedFile {
+  public:
+    explicit WatchedFile(const std::filesystem::path& path)
+        : file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)),
+          size_(std::filesystem::file_size(path)),
+          data_(static_cast<const char*>(
+              ::mmap(nullptr, size_, PROT_READ, MAP_SHARED, file_.get(), 0))),
+          seen_(data_, size_) {}
+    WatchedFile(const WatchedFile&) = delete;
+    WatchedFile& operator=(const WatchedFile&) = delete;
+    ~WatchedFile() { ::munmap(const_cast<char*>(data_), size_); }
+
+    /// Whether it has changed since this was asked last.
+    bool hasChanged() {
+        const bool changed = std::memcmp(data_, seen_.data(), size_) != 0;
+        if (changed) {
+            seen_.assign(data_, size_);
+        }
+        return changed;
+    }
+
+  private:
+    const Orb::FileDescriptor file_;
+    const std::size_t size_;
+    const char* const data_;
+    std::string seen_;
+};
+
 /// Runs a child that traces itself, instruction by instruction, from its first SIGSTOP to the
-/// second, but no further than so many. Returns how many there were.
-long stepThrough(const Child& child, long atMost) {
+/// second. Where one has changed the file, `visit` is called.
+template <typename Visit>
+void stepThrough(const Child& child, const std::filesystem::path& path, const Visit& visit) {
     child.wait();
-    for (long steps = 0; steps < atMost; ++steps) {
+    WatchedFile file(path);
+    for (;;) {
         ::ptrace(PTRACE_SINGLESTEP, child.pid(), nullptr, nullptr);
         const int status = child.wait(__WALL);
         if (!WIFSTOPPED(status) || WSTOPSIG(status) == SIGSTOP) {
-            return steps;
+            return;
+        }
+        if (file.hasChanged()) {
+            visit();
         }
     }
-    return atMost;
 }
 
 class KilledWithinTest : public testing::Test {
@@ -42,8 +78,12 @@ class KilledWithinTest : public testing::Test {
         return {Rib::RouteKey(VrfId(5), prefix), Rib::ViaSetKey(type * 0x0101010101010101),
                 Fib::RouteType{static_cast<std::uint8_t>(type)}, MetricPref(type, type)};
     }
-    void open(Table& table) const {
-        table.share(store_.store()->folder(), Tables::Paths::ipv4Routes);
+    static void open(Table& table, const SharedFolder& folder) {
+        table.share(folder.store()->folder(), Tables::Paths::ipv4Routes);
+    }
+    static std::filesystem::path file(const SharedFolder& folder) {
+        return std::filesystem::path(folder.path())
+               / Tables::TableFileName(Tables::Paths::ipv4Routes).text;
     }
     /// What the table has: the type of each route, in their order.
     std::string types(const Table& table) const {
@@ -80,14 +120,15 @@ class KilledWithinTest : public testing::Test {
     SharedFolder store_;
 };
 
-// The writer is killed after so many instructions of the same changes, from the first to the last.
+// Every state that the memory has during some changes is one that a killed writer may leave. In
+// each the table is read, and taken over by another writer, who has a copy and goes on.
 TEST_F(KilledWithinTest, ChangesAreMadeOrNotWhereverTheirWriterIsKilled) {
-    const auto writer = [this] {
+    const Child writer([this] {
         Orb::ActivityManager activityManager(Orb::makePtr<ManualClock>());
         Table table(16);
-        open(table);
-        table.insertOrAssign(route(0, 1));
+        open(table, store_);
         table.insertOrAssign(route(1, 2));
+        table.insertOrAssign(route(0, 1));
         table.erase(route(2, 4).key());
         table.erase(route(3, 5).key());
         const std::array routes = {route(0, 3), route(1, 2), route(2, 4), route(3, 5)};
@@ -95,34 +136,38 @@ TEST_F(KilledWithinTest, ChangesAreMadeOrNotWhereverTheirWriterIsKilled) {
         ::raise(SIGSTOP);
         change(table, routes);
         ::raise(SIGSTOP);
-    };
-    const long all = [&] {
-        const Child child(writer);
-        return stepThrough(child, 10'000'000);
-    }();
-    ASSERT_GT(all, 100);
+    });
+    Orb::ActivityManager activityManager(Orb::makePtr<ManualClock>());
     Reader follower(store_);
-    std::size_t reached = 0;
-    std::mt19937 random(11);
-    constexpr long kills = 60;
-    for (long n = 0; n < kills; ++n) {
-        const long steps = all * n / kills + static_cast<long>(random() % (all / kills + 1));
-        Child child(writer);
-        stepThrough(child, steps);
-        child.kill();
+    std::ptrdiff_t reached = 0;
+    int visits = 0;
+    stepThrough(writer, file(store_), [&] {
+        ++visits;
         Reader fresh(store_);
         const std::string seen = read(fresh);
         const auto state = std::ranges::find(states, seen) - std::begin(states);
-        ASSERT_LT(state, std::ssize(states)) << seen << " after " << steps;
-        EXPECT_GE(state, static_cast<std::ptrdiff_t>(reached)) << seen << " after " << steps;
-        reached = static_cast<std::size_t>(state);
+        ASSERT_LT(state, std::ssize(states)) << seen << " in state " << visits;
+        EXPECT_TRUE(state == reached || state == reached + 1) << seen << " in state " << visits;
+        reached = state;
         EXPECT_EQ(read(follower), seen);
+
+        const SharedFolder copied;
+        std::filesystem::copy_file(file(store_), file(copied));
+        Reader across(copied);
+        EXPECT_EQ(read(across), seen);
         Table next(16);
-        open(next);
+        open(next, copied);
         EXPECT_EQ(types(next), seen);
-        EXPECT_EQ(read(follower), seen);
-    }
-    EXPECT_EQ(reached, std::size(states) - 1);
+        EXPECT_EQ(read(across), seen);
+        for (unsigned n = 0; n < 4; ++n) {
+            next.insertOrAssign(route(n, 6 + n));
+            next.insertOrAssign(route(n, 5 + n));
+        }
+        EXPECT_EQ(types(next), "5678");
+        EXPECT_EQ(read(across), "5678");
+    });
+    EXPECT_EQ(reached, std::ssize(states) - 1);
+    EXPECT_GT(visits, 30);
 }
 
 } // namespace

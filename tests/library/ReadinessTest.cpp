@@ -3,12 +3,15 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <vector>
 
 #include "platform/routing/ProtoVrfStatus.h"
 #include "tests/support/LibraryHarness.h"
 
 namespace Routing::DirectNet {
 namespace {
+
+using ::Vrf::VrfIdMap::VrfId;
 
 class ReadinessTest : public testing::Test {
   protected:
@@ -110,6 +113,26 @@ TEST_F(ReadinessTest, RecordsOfAnEarlierRunAreRemoved) {
     harness.start();
     EXPECT_EQ(harness.ribStatus("red"), nullptr);
     EXPECT_NE(harness.ribStatus("blue"), nullptr);
+}
+
+// They may still be on their way until then.
+TEST_F(ReadinessTest, RoutesOfVrfsThatDoNotComeBackGoWhenAllOthersAreReady) {
+    const auto routes = harness.root().ipv4AllVrfRouteConfig();
+    harness.stop();
+    for (const unsigned id : {5U, 77U}) {
+        routes->routeAdd({Rib::RouteKey(VrfId(id), Lanx::IpGenPrefix::fromString("10.9.0.0/16")),
+                          Rib::ViaSetKey(1), Fib::RouteType::connected});
+    }
+    harness.ribWaits("green");
+    harness.start();
+    harness.vrfId("default", 0);
+    harness.settle();
+    EXPECT_EQ(routes->size(), 2U);
+    harness.vrf("red", 5);
+    harness.settle();
+    EXPECT_EQ(routes->vrfIds(), std::vector{VrfId(77)});
+    harness.ribWaits("green", false);
+    EXPECT_EQ(routes->size(), 0U);
 }
 
 } // namespace

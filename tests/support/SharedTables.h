@@ -59,6 +59,7 @@ class Reader {
     }
 
     std::size_t routes() const { return routes4_.count() + routes6_.count(); }
+    std::size_t leaks() const { return leaks4_.count() + leaks6_.count(); }
 
     /// How many records are not the same in the other.
     std::size_t differencesTo(Reader& other) {
@@ -140,11 +141,12 @@ class Child {
         pid_ = 0;
     }
     /// Waits for its end.
-    bool succeeds() {
+    int result() {
         const int status = wait();
         pid_ = 0;
-        return status == 0;
+        return status;
     }
+    bool succeeds() { return result() == 0; }
 
   private:
     pid_t pid_ = 0;
