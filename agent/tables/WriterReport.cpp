@@ -34,7 +34,8 @@ void WriterReport::check(const directnet_writer& writer) {
         report_("there is no agent yet");
         break;
     case State::stopped:
-        report_(agent + "is not running since " + wallTimeText(writer.heard_of_at));
+        report_(agent + "is stopped or busy, not heard of since "
+                + wallTimeText(writer.heard_of_at));
         break;
     case State::ended:
         report_(agent + (writer.closed_at != 0 ? "has ended at " : "was killed at about ")
