@@ -165,6 +165,9 @@ TEST_F(KilledWithinTest, ChangesAreMadeOrNotWhereverTheirWriterIsKilled) {
         }
         EXPECT_EQ(types(next), "5678");
         EXPECT_EQ(read(across), "5678");
+        const Tables::TableHeader& header = across.ipv4Routes().file().header();
+        EXPECT_EQ(header.epoch, 2U);
+        EXPECT_EQ(header.used, 4U); // what was free is used again
     });
     EXPECT_EQ(reached, std::ssize(states) - 1);
     EXPECT_GT(visits, 30);
