@@ -38,7 +38,7 @@
 #include "bench/Rig.h"
 #include "platform/orb/loop/RealClock.h"
 #include "platform/routing/RouteConfig.h"
-#include "tables/reader/TablePaths.h"
+#include "tables/layout/TablePaths.h"
 
 namespace Bench {
 

@@ -12,7 +12,7 @@
 
 #include "directnet/tables.h"
 #include "tables/layout/FileLayout.h"
-#include "tables/reader/TablePaths.h"
+#include "tables/layout/TablePaths.h"
 
 namespace {
 

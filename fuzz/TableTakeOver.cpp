@@ -19,7 +19,7 @@
 #include "platform/routing/RouteConfig.h"
 #include "platform/routing/ViaConfig.h"
 #include "platform/routing/ViaSetCollection.h"
-#include "tables/reader/TablePaths.h"
+#include "tables/layout/TablePaths.h"
 
 namespace {
 

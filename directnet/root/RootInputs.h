@@ -5,6 +5,7 @@
 #include "platform/lanx/NamespaceName.h"
 #include "platform/orb/object/Ptr.h"
 #include "platform/orb/value/Name.h"
+#include "tables/layout/TablePaths.h"
 
 namespace Arp {
 class VirtualIpAsReceiveRoute;
@@ -87,18 +88,18 @@ struct RootInputs {
 namespace MountPaths {
 
 // Written: the vias and routes of each family, and the VRFs that they belong to.
-inline constexpr const char* ipv4Vias = "routing/rib/viaConfig/ipv4/connected";
-inline constexpr const char* ipv6Vias = "routing/rib/viaConfig/ipv6/connected";
-inline constexpr const char* ipv4Routes = "routing/rib/routeConfig/ipv4/connected";
-inline constexpr const char* ipv6Routes = "routing/rib/routeConfig/ipv6/connected";
-inline constexpr const char* vrfs = "routing/rib/vrfStatus/connected";
+using Tables::Paths::ipv4Routes;
+using Tables::Paths::ipv4Vias;
+using Tables::Paths::ipv6Routes;
+using Tables::Paths::ipv6Vias;
+using Tables::Paths::vrfs;
 
-/// Written through `viaSetConfig`, by a host that mounts its collection here.
-inline constexpr const char* viaSets = "routing/rib/viaSet/connected";
+// Written through `viaSetConfig`, by a host that mounts its collection here.
+using Tables::Paths::viaSets;
 
 // Read: what is leaked between VRFs, and the kernel's devices.
-inline constexpr const char* ipv4Leaks = "routing/directNetLeakStatus";
-inline constexpr const char* ipv6Leaks = "routing6/directNetLeakStatus";
+using Tables::Paths::ipv4Leaks;
+using Tables::Paths::ipv6Leaks;
 
 /// The devices of a network namespace, whatever bytes its name has.
 inline Orb::String kernelDevices(const Lanx::NamespaceName& netNs) {

@@ -8,9 +8,9 @@
 #include "platform/orb/object/Ptr.h"
 #include "platform/orb/value/Name.h"
 #include "platform/vaultdb/Folder.h"
+#include "tables/layout/TablePaths.h"
 #include "tables/reader/FolderWatch.h"
 #include "tables/reader/Mirror.h"
-#include "tables/reader/TablePaths.h"
 
 namespace OrbMemtab {
 

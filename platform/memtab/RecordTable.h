@@ -6,8 +6,8 @@
 
 #include "platform/memtab/Records.h"
 #include "platform/orb/value/Error.h"
+#include "tables/layout/TablePaths.h"
 #include "tables/reader/RecordTraits.h"
-#include "tables/reader/TablePaths.h"
 
 namespace OrbMemtab {
 

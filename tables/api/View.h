@@ -5,11 +5,11 @@
 
 #include "directnet/tables.h"
 #include "tables/api/Departures.h"
+#include "tables/layout/TablePaths.h"
 #include "tables/reader/ErrorText.h"
 #include "tables/reader/Folder.h"
 #include "tables/reader/FolderWatch.h"
 #include "tables/reader/Mirror.h"
-#include "tables/reader/TablePaths.h"
 
 /// A folder of tables with the view of it that the functions of directnet/tables.h give.
 struct directnet_tables {

@@ -11,8 +11,8 @@
 #include <unistd.h>
 
 #include "platform/vaultdb/EntityManager.h"
+#include "tables/layout/TablePaths.h"
 #include "tables/reader/Mirror.h"
-#include "tables/reader/TablePaths.h"
 
 namespace Routing::DirectNet {
 

@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
+#include "tables/layout/TablePaths.h"
 #include "tables/reader/Mirror.h"
-#include "tables/reader/TablePaths.h"
 #include "tests/tables/TableWriter.h"
 
 namespace TablesTest {

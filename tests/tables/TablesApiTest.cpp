@@ -10,7 +10,7 @@
 #include <arpa/inet.h>
 
 #include "directnet/tables.hpp"
-#include "tables/reader/TablePaths.h"
+#include "tables/layout/TablePaths.h"
 #include "tests/tables/TableWriter.h"
 
 namespace TablesTest {
