@@ -127,6 +127,7 @@ TEST_F(KilledWithinTest, ChangesAreMadeOrNotWhereverTheirWriterIsKilled) {
         Orb::ActivityManager activityManager(Orb::makePtr<ManualClock>());
         Table table(16);
         open(table, store_);
+        EXPECT_EQ(table.newId(), 1U);
         table.insertOrAssign(route(1, 2));
         table.insertOrAssign(route(0, 1));
         table.erase(route(2, 4).key());
@@ -164,6 +165,7 @@ TEST_F(KilledWithinTest, ChangesAreMadeOrNotWhereverTheirWriterIsKilled) {
             next.insertOrAssign(route(n, 5 + n));
         }
         EXPECT_EQ(types(next), "5678");
+        EXPECT_EQ(next.newId(), 2U);
         EXPECT_EQ(read(across), "5678");
         const Tables::TableHeader& header = across.ipv4Routes().file().header();
         EXPECT_EQ(header.epoch, 2U);
