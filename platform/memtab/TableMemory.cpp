@@ -95,13 +95,20 @@ void TableMemory::openFile() {
     const Vaultdb::Folder::Hold hold(*folder_);
     file_ = Orb::FileDescriptor(::openat(folder_->descriptor(), name_.c_str(),
                                          O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (!file_ && errno != ENOENT) {
+    const bool wasThere = file_ || errno != ENOENT;
+    if (!file_ && wasThere) {
         folder_->moveAside(name_, std::strerror(errno));
     }
     if (!file_ || !takeOver()) {
         makeFile();
+        if (wasThere) {
+            skipIds();
+        }
     }
 }
+
+// Other tables may still name ids that the one that was there gave out, how many is not known.
+void TableMemory::skipIds() const { Tables::store(header().lastId, wallClock()); }
 
 /// False, with the file moved aside, when it is not this table.
 bool TableMemory::takeOver() {
@@ -211,6 +218,7 @@ void TableMemory::startAnew(const char* why) {
     const Vaultdb::Folder::Hold hold(*folder_);
     folder_->moveAside(name_, why);
     makeFile();
+    skipIds();
 }
 
 bool TableMemory::lock() const {

@@ -86,6 +86,7 @@ class TableMemory final : private Vaultdb::Folder::Tenant {
     bool lock() const;
     [[noreturn]] void refuse() const;
     void initialize() const;
+    void skipIds() const;
     bool claimBytes(std::size_t from, std::size_t to);
     bool claimSpace(std::size_t& size);
     void mapWhole(std::size_t size);
