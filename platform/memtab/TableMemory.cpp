@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "platform/orb/value/Assert.h"
+#include "platform/memtab/WriterProcess.h"
 
 namespace OrbMemtab {
 
@@ -22,6 +22,8 @@ namespace {
 
 constexpr std::size_t pageBytes = 4096;
 constexpr off_t blockBytes = 512; ///< what stat() counts in
+constexpr int lockTries = 400;
+constexpr long lockPauseNs = 5'000'000;
 /// Below that, a table that empties and fills again is not to ask for memory each time.
 constexpr std::size_t worthDiscarding = std::size_t{1} << 20;
 
@@ -118,9 +120,7 @@ bool TableMemory::takeOver() {
         folder_->moveAside(name_, "is not a file of this user");
         return false;
     }
-    if (!lock()) {
-        refuse();
-    }
+    lockOrRefuse();
     const auto size = static_cast<std::size_t>(status.st_size);
     if (size < sizeof(TableHeader)) {
         folder_->moveAside(name_, "is cut short");
@@ -228,14 +228,30 @@ bool TableMemory::lock() const {
     return ::fcntl(file_.get(), F_OFD_SETLK, &whole) == 0;
 }
 
-void TableMemory::refuse() const {
+// One that was killed a moment ago is waited for: it still holds its lock while its memory goes.
+void TableMemory::lockOrRefuse() const {
+    for (int tries = 0; !lock(); ++tries) {
+        const std::uint32_t pid = writerPid();
+        if (tries == lockTries || pid == 0 || !isEnding(pid)) {
+            refuse();
+        }
+        const timespec pause{0, lockPauseNs};
+        ::nanosleep(&pause, nullptr);
+    }
+}
+
+/// Of the file's writer; 0 if it is not known.
+std::uint32_t TableMemory::writerPid() const {
     std::uint32_t pid = 0;
-    const bool known = ::pread(file_.get(), &pid, sizeof pid, offsetof(TableHeader, writerPid))
-                           == static_cast<ssize_t>(sizeof pid)
-                       && pid != 0;
+    const ssize_t size = ::pread(file_.get(), &pid, sizeof pid, offsetof(TableHeader, writerPid));
+    return size == static_cast<ssize_t>(sizeof pid) ? pid : 0;
+}
+
+void TableMemory::refuse() const {
+    const std::uint32_t pid = writerPid();
     throw Vaultdb::TableInUseError(
         "table " + filePath() + ": in use by "
-        + (known ? "process " + std::to_string(pid) : std::string("another process")));
+        + (pid != 0 ? "process " + std::to_string(pid) : std::string("another process")));
 }
 
 bool TableMemory::claimBytes(std::size_t from, std::size_t to) {

@@ -84,6 +84,8 @@ class TableMemory final : private Vaultdb::Folder::Tenant {
     const char* faultOf(std::size_t fileSize) const;
     void become(std::uint64_t epoch);
     bool lock() const;
+    void lockOrRefuse() const;
+    std::uint32_t writerPid() const;
     [[noreturn]] void refuse() const;
     void initialize() const;
     void skipIds() const;

@@ -130,7 +130,11 @@ void Folder::openBell() {
     if (!fifo) {
         fifo = makeBellFile();
     }
-    bell_ = std::make_unique<Bell>(std::move(fifo));
+    try {
+        bell_ = std::make_unique<Bell>(std::move(fifo));
+    } catch (const Orb::Error& error) {
+        fail(path(), error.what());
+    }
 }
 
 Orb::FileDescriptor Folder::makeBellFile() const {
