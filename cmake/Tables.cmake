@@ -15,7 +15,7 @@ endif()
 
 # None of the standard library that is not in its headers: no exceptions, no assertions of its own.
 foreach(target directnet_reader directnet_tables_objects)
-  target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics
+  target_compile_options(${target} PRIVATE -fno-exceptions -fno-rtti
                                            -U_GLIBCXX_ASSERTIONS)
   set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON CXX_EXTENSIONS OFF
                                              CXX_VISIBILITY_PRESET hidden
