@@ -5,7 +5,7 @@
 #include <map>
 #include <tuple>
 
-#include "agent/tables/WallTime.h"
+#include "tables/layout/WallTime.h"
 
 namespace Agent {
 
@@ -121,7 +121,7 @@ ClockTime clockTime(const directnet::Tables& tables) {
     if (writer.present == 0) {
         return {};
     }
-    const std::uint64_t now = writer.lives != 0 ? wallTime() : writer.absent_since;
+    const std::uint64_t now = writer.lives != 0 ? Tables::wallTime() : writer.absent_since;
     return {clockStart + (static_cast<double>(now) - static_cast<double>(writer.opened_at)) / 1e9};
 }
 

@@ -5,21 +5,8 @@
 
 namespace Agent {
 
-namespace {
-
-constexpr std::uint64_t second = 1'000'000'000;
-
-} // namespace
-
-std::uint64_t wallTime() {
-    timespec now{};
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    return static_cast<std::uint64_t>(now.tv_sec) * second
-           + static_cast<std::uint64_t>(now.tv_nsec);
-}
-
 std::string wallTimeText(std::uint64_t nanoseconds) {
-    const auto seconds = static_cast<std::time_t>(nanoseconds / second);
+    const auto seconds = static_cast<std::time_t>(nanoseconds / 1'000'000'000);
     std::tm local{};
     ::localtime_r(&seconds, &local);
     std::array<char, 64> text{};

@@ -5,10 +5,7 @@
 
 namespace Agent {
 
-/// The time of day, in nanoseconds since 1970.
-std::uint64_t wallTime();
-
-/// A time of day in local time: "2026-11-21T22:15:10+00:00".
+/// A time of day, in nanoseconds since 1970, in local time: "2026-11-21T22:15:10+00:00".
 std::string wallTimeText(std::uint64_t nanoseconds);
 
 } // namespace Agent

@@ -1,6 +1,7 @@
 #include "agent/tables/WriterReport.h"
 
 #include "agent/tables/WallTime.h"
+#include "tables/layout/WallTime.h"
 
 namespace Agent {
 
@@ -18,7 +19,7 @@ WriterReport::State WriterReport::stateOf(const directnet_writer& writer) {
     if (writer.lives == 0) {
         return State::ended;
     }
-    return wallTime() > writer.heard_of_at + patience ? State::stopped : State::running;
+    return Tables::wallTime() > writer.heard_of_at + patience ? State::stopped : State::running;
 }
 
 void WriterReport::check(const directnet_writer& writer) {

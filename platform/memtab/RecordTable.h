@@ -46,7 +46,6 @@ class RecordTable {
             index_ = Index(slots_); // what came before a record that could not be used
         }
     }
-    bool isShared() const { return slots_.isShared(); }
     void onSpace(std::function<void()> handler) { slots_.onSpace(std::move(handler)); }
 
     std::size_t size() const { return slots_.size(); }

@@ -30,7 +30,6 @@ class Slots {
     template <typename Found>
     void share(const Orb::Ptr<Vaultdb::Folder>& folder, const Orb::String& path, Found&& found);
 
-    bool isShared() const { return memory_ != nullptr && memory_->isShared(); }
     void onSpace(std::function<void()> handler) { memory_->onSpace(std::move(handler)); }
 
     std::uint32_t size() const { return size_; }

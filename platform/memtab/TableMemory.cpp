@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "platform/memtab/WriterProcess.h"
+#include "tables/layout/WallTime.h"
 
 namespace OrbMemtab {
 
@@ -31,13 +32,6 @@ std::size_t wholePages(std::size_t bytes) { return (bytes + pageBytes - 1) & ~(p
 
 /// Room for an eighth more, so that growing costs little and wastes little.
 std::size_t grown(std::size_t slotBytes) { return wholePages(slotBytes + slotBytes / 8 + 1); }
-
-std::uint64_t wallClock() {
-    timespec now{};
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000'000
-           + static_cast<std::uint64_t>(now.tv_nsec);
-}
 
 std::string fileName(Orb::String path) {
     std::replace(path.begin(), path.end(), '/', '.');
@@ -77,7 +71,7 @@ TableMemory::~TableMemory() {
     }
     folder_->remove(*this);
     if (data_ != nullptr) { // not when it could not start anew
-        Tables::store(header().closedAt, wallClock());
+        Tables::store(header().closedAt, Tables::wallTime());
     }
     release();
     folder_->ring(); // now that the lock is gone, so that who looks sees it
@@ -110,7 +104,7 @@ void TableMemory::openFile() {
 }
 
 // Other tables may still name ids that the one that was there gave out, how many is not known.
-void TableMemory::skipIds() const { Tables::store(header().lastId, wallClock()); }
+void TableMemory::skipIds() const { Tables::store(header().lastId, Tables::wallTime()); }
 
 /// False, with the file moved aside, when it is not this table.
 bool TableMemory::takeOver() {
@@ -209,8 +203,8 @@ void TableMemory::become(std::uint64_t epoch) {
     TableHeader& taken = header();
     Tables::store(taken.epoch, epoch);
     Tables::store(taken.writerPid, static_cast<std::uint32_t>(::getpid()));
-    Tables::store(taken.openedAt, wallClock());
-    Tables::store(taken.heardOfAt, wallClock());
+    Tables::store(taken.openedAt, Tables::wallTime());
+    Tables::store(taken.heardOfAt, Tables::wallTime());
     Tables::store(taken.closedAt, std::uint64_t{0});
 }
 

@@ -39,8 +39,6 @@ class TableMemory final : private Vaultdb::Folder::Tenant {
     TableMemory& operator=(const TableMemory&) = delete;
     ~TableMemory();
 
-    bool isShared() const { return folder_ != nullptr; }
-
     Tables::TableHeader& header() const { return *reinterpret_cast<Tables::TableHeader*>(data_); }
     std::byte* slots() const { return slots_; }
 

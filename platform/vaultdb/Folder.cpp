@@ -11,6 +11,7 @@
 
 #include "platform/orb/loop/ActivityManager.h"
 #include "tables/layout/FileLayout.h"
+#include "tables/layout/WallTime.h"
 
 namespace Vaultdb {
 
@@ -167,10 +168,7 @@ void Folder::ring() {
 }
 
 void Folder::stamp() {
-    timespec now{};
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    const auto time = static_cast<std::uint64_t>(now.tv_sec) * 1'000'000'000
-                      + static_cast<std::uint64_t>(now.tv_nsec);
+    const std::uint64_t time = Tables::wallTime();
     for (Tenant* tenant : tenants_) {
         tenant->heardOf(time);
     }
