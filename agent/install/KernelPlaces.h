@@ -13,7 +13,7 @@ namespace Agent {
 /// Where the kernel has a VRF: in a network namespace, as the namespace itself or as a device.
 struct VrfPlace {
     Lanx::NamespaceName netns;
-    Lanx::IntfId device;     ///< the empty one for the namespace itself
+    Lanx::IntfId device{};   ///< the empty one for the namespace itself
     std::uint32_t table = 0; ///< the device's table; 0 for the namespace's tables main and local
 
     bool isDevice() const { return table != 0; }
@@ -42,9 +42,6 @@ class KernelPlaces {
     virtual std::optional<VrfPlace> place(const L3::VrfName& vrf) const = 0;
     /// The VRFs that are up in a namespace.
     virtual std::vector<L3::VrfName> vrfsOf(const Lanx::NamespaceName& netns) const = 0;
-    /// The index of a link; none if there is no such link.
-    virtual std::optional<int> linkIndex(const Lanx::NamespaceName& netns,
-                                         Lanx::IntfId name) const = 0;
 };
 
 } // namespace Agent

@@ -12,13 +12,13 @@ namespace Agent {
 namespace {
 
 /// The VRFs that a configuration names.
-const VrfsPatch& vrfsOf(const DevicePatch& config) {
+const VrfsPatch& vrfsNamedIn(const DevicePatch& config) {
     static const VrfsPatch none;
     return config.vrfs.value() == nullptr ? none : *config.vrfs.value();
 }
 
 bool hasId(const DevicePatch& config, const L3::VrfName& name) {
-    const Edit<VrfPatch>* vrf = vrfsOf(config).find(name);
+    const Edit<VrfPatch>* vrf = vrfsNamedIn(config).find(name);
     return vrf != nullptr && memberOf<&VrfPatch::id>(*vrf).isGiven();
 }
 
@@ -61,7 +61,7 @@ void LiveDevice::configure(const DevicePatch& config) {
 /// The ids of all VRFs that the present or the new configuration names.
 Edit<VrfsPatch> LiveDevice::configuredVrfs(const DevicePatch& config, VrfIds& ids) const {
     Edit<VrfsPatch> vrfs;
-    for (const VrfsPatch* named : {&vrfsOf(config_), &vrfsOf(config)}) {
+    for (const VrfsPatch* named : {&vrfsNamedIn(config_), &vrfsNamedIn(config)}) {
         for (const auto& member : *named) {
             const L3::VrfName& name = member.first;
             if (name == L3::VrfName::defaultVrf()) {
@@ -131,13 +131,39 @@ void LiveDevice::unfollow(const VrfOption& vrf) {
         entry.id = Edit<VrfIds::VrfId>::removal();
     }
     applyOrReport(patch);
+    if (observer_ != nullptr) {
+        observer_->onNamespaceGone(vrf.netns);
+    }
+}
+
+std::optional<VrfPlace> LiveDevice::place(const L3::VrfName& vrf) const {
+    if (!published_.contains(vrf)) {
+        return std::nullopt;
+    }
+    return VrfPlace{.netns = followers_.at(vrf)->vrf().netns};
+}
+
+std::vector<L3::VrfName> LiveDevice::vrfsOf(const Lanx::NamespaceName& netns) const {
+    std::vector<L3::VrfName> vrfs;
+    for (const auto& [vrf, follower] : followers_) {
+        if (published_.contains(vrf) && follower->vrf().netns == netns) {
+            vrfs.push_back(vrf);
+        }
+    }
+    return vrfs;
 }
 
 void LiveDevice::apply(NamespaceFollower& follower, DevicePatch patch) {
-    if (published_.insert(follower.vrf().vrf).second) {
+    const bool isNew = published_.insert(follower.vrf().vrf).second;
+    if (isNew) {
         publish(follower, patch);
     }
     applyOrReport(patch);
+    if (observer_ != nullptr && isNew) {
+        observer_->onNamespace(follower.vrf().netns);
+    } else if (observer_ != nullptr) {
+        observer_->onChange(follower.vrf().netns);
+    }
 }
 
 void LiveDevice::publish(const NamespaceFollower& follower, DevicePatch& patch) {

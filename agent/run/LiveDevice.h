@@ -10,6 +10,7 @@
 
 #include "agent/base/Watcher.h"
 #include "agent/device/DeviceInputs.h"
+#include "agent/install/KernelPlaces.h"
 #include "agent/linux/NamespaceWatch.h"
 #include "agent/run/NamespaceFollower.h"
 #include "agent/run/VrfIds.h"
@@ -28,7 +29,7 @@ namespace Agent {
 /// it does while a namespace cannot be followed, which it keeps trying to.
 ///
 /// One agent thread, no locks. The inputs must outlive it.
-class LiveDevice {
+class LiveDevice final : public KernelPlaces {
   public:
     using Report = std::function<void(const std::string& message)>;
 
@@ -38,7 +39,10 @@ class LiveDevice {
                const DevicePatch& config, Report report);
     LiveDevice(const LiveDevice&) = delete;
     LiveDevice& operator=(const LiveDevice&) = delete;
-    ~LiveDevice() = default;
+    ~LiveDevice() override = default;
+
+    /// Tells this one of namespaces and links, from now on; it must outlive the device.
+    void observerIs(Observer& observer) { observer_ = &observer; }
 
     /// Replaces the configuration, a document, and applies the difference. Throws DocumentError,
     /// with nothing changed, for one that contradicts itself or what runs.
@@ -49,6 +53,9 @@ class LiveDevice {
     /// Whether the inputs are what a fresh start would give, as far as is known, but for the VRFs
     /// that cannot be followed at present.
     bool isSettled() const;
+
+    std::optional<VrfPlace> place(const L3::VrfName& vrf) const override;
+    std::vector<L3::VrfName> vrfsOf(const Lanx::NamespaceName& netns) const override;
 
     /// The VRFs that have been published.
     const std::set<L3::VrfName>& vrfs() const { return published_; }
@@ -69,6 +76,7 @@ class LiveDevice {
     std::vector<VrfOption> options_;
     DevicePatch config_;
     Report report_;
+    Observer* observer_ = nullptr;
     VrfIds ids_;
     std::set<L3::VrfName> published_;
     std::map<L3::VrfName, std::unique_ptr<NamespaceFollower>> followers_;
