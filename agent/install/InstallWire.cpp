@@ -20,20 +20,23 @@ using Lanx::AddressFamily;
 using Lanx::IpGenAddr;
 using Lanx::IpGenPrefix;
 
-/// The attributes of a message with the fixed part `Info`, up to the type `last`.
-template <typename Info, int last>
+/// The attributes of a message behind a fixed part of `size` bytes, up to the type `last`.
 class Attributes {
   public:
-    explicit Attributes(const nlmsghdr& header) {
+    Attributes(const nlmsghdr& header, int size, int last) {
         // The library reads only, though it asks for a mutable header.
         auto* message = const_cast<nlmsghdr*>(&header);
-        isGood_ = nlmsg_valid_hdr(message, sizeof(Info)) != 0
-                  && nlmsg_parse(message, sizeof(Info), found_.data(), last, nullptr) >= 0;
-        info_ = static_cast<const Info*>(nlmsg_data(message));
+        isGood_ = nlmsg_valid_hdr(message, size) != 0
+                  && nlmsg_parse(message, size, found_.data(), last, nullptr) >= 0;
+        fixed_ = nlmsg_data(message);
     }
 
     bool isGood() const { return isGood_; }
-    const Info& info() const { return *info_; }
+    /// The fixed part of a good message.
+    template <typename Info>
+    const Info& fixed() const {
+        return *static_cast<const Info*>(fixed_);
+    }
     const nlattr* find(int type) const { return found_[static_cast<std::size_t>(type)]; }
     /// The number in an attribute; nothing if there is none, or one of another size.
     template <typename Number>
@@ -48,8 +51,8 @@ class Attributes {
     }
 
   private:
-    std::array<nlattr*, last + 1> found_{};
-    const Info* info_ = nullptr;
+    std::array<nlattr*, RTA_MAX + 1> found_{}; // no kind of message has more
+    const void* fixed_ = nullptr;
     bool isGood_ = false;
 };
 
@@ -72,11 +75,11 @@ std::optional<IpGenPrefix> prefixOf(const nlattr* attribute, int family, unsigne
 }
 
 std::optional<EntryMessage> parseRoute(const nlmsghdr& header) {
-    const Attributes<rtmsg, RTA_TABLE> attributes(header);
+    const Attributes attributes(header, sizeof(rtmsg), RTA_TABLE);
     if (!attributes.isGood()) {
         return std::nullopt;
     }
-    const rtmsg& info = attributes.info();
+    const auto& info = attributes.fixed<rtmsg>();
     if ((info.rtm_family != AF_INET && info.rtm_family != AF_INET6)
         || (info.rtm_flags & RTM_F_CLONED) != 0) {
         return std::nullopt;
@@ -98,19 +101,21 @@ std::optional<EntryMessage> parseRoute(const nlmsghdr& header) {
 }
 
 std::optional<EntryMessage> parseProxy(const nlmsghdr& header) {
-    const Attributes<ndmsg, NDA_PROTOCOL> attributes(header);
-    if (!attributes.isGood() || (attributes.info().ndm_flags & NTF_PROXY) == 0
-        || attributes.info().ndm_family != AF_INET6) {
+    const Attributes attributes(header, sizeof(ndmsg), NDA_PROTOCOL);
+    if (!attributes.isGood()) {
+        return std::nullopt;
+    }
+    const auto& info = attributes.fixed<ndmsg>();
+    if (info.ndm_family != AF_INET6 || (info.ndm_flags & NTF_PROXY) == 0) {
         return std::nullopt;
     }
     const auto prefix = prefixOf(attributes.find(NDA_DST), AF_INET6, Lanx::Ip6Addr::bits);
     if (!prefix) {
         return std::nullopt;
     }
-    return EntryMessage{
-        .entry = {.isProxy = true, .link = attributes.info().ndm_ifindex, .prefix = *prefix},
-        .protocol = attributes.number<std::uint8_t>(NDA_PROTOCOL).value_or(0),
-        .removed = header.nlmsg_type == RTM_DELNEIGH};
+    return EntryMessage{.entry = {.isProxy = true, .link = info.ndm_ifindex, .prefix = *prefix},
+                        .protocol = attributes.number<std::uint8_t>(NDA_PROTOCOL).value_or(0),
+                        .removed = header.nlmsg_type == RTM_DELNEIGH};
 }
 
 /// Writes messages one behind the other.
@@ -262,8 +267,8 @@ std::optional<ProxySettingMessage> parseProxySettingMessage(const nlmsghdr& head
     if (header.nlmsg_type != RTM_NEWNETCONF) {
         return std::nullopt;
     }
-    const Attributes<netconfmsg, NETCONFA_PROXY_NEIGH> attributes(header);
-    if (!attributes.isGood() || attributes.info().ncm_family != AF_INET6) {
+    const Attributes attributes(header, sizeof(netconfmsg), NETCONFA_PROXY_NEIGH);
+    if (!attributes.isGood() || attributes.fixed<netconfmsg>().ncm_family != AF_INET6) {
         return std::nullopt;
     }
     const auto link = attributes.number<int>(NETCONFA_IFINDEX);

@@ -14,7 +14,7 @@ using Lanx::AddressFamily;
 namespace {
 
 /// Seconds that the removal of everything may take.
-constexpr double longestFinish = 5;
+constexpr double longestFinish = 30;
 
 constexpr std::string_view apart = "its VRFs are in different network namespaces";
 constexpr std::string_view cannotAnswer =

@@ -48,7 +48,7 @@ class Installer final : public KernelPlaces::Observer, public KernelWords {
     void turn();
 
     /// Removes everything of the protocol from the namespaces that are followed, unless it is to be
-    /// kept. Takes a few seconds at most. Of no further use.
+    /// kept. Takes half a minute at most. Of no further use.
     void finish();
 
     std::optional<std::string> words(const Routing::Rib::RouteKey& route) const override;

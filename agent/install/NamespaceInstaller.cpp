@@ -30,6 +30,7 @@ constexpr int receiveBuffer = 4 << 20;
 /// What the kernel counts at most for an announcement or a refusal that waits.
 constexpr int answerSize = 2048;
 constexpr std::size_t largestBatch = 512;
+constexpr std::size_t firstBatch = 16;
 
 } // namespace
 
@@ -70,8 +71,9 @@ void NamespaceInstaller::openSocket() {
         socket_->subscribe(group);
     }
     // A quarter, since others' announcements come in between.
-    batch_ = std::clamp<std::size_t>(
+    mostAtOnce_ = std::clamp<std::size_t>(
         static_cast<std::size_t>(socket_->bufferSize() / 4 / answerSize), 1, largestBatch);
+    batch_ = std::min(firstBatch, mostAtOnce_);
 }
 
 void NamespaceInstaller::want(const KernelSlot& slot, const InstallWant& want) {
@@ -219,8 +221,12 @@ void NamespaceInstaller::sendRequests() {
         appendEntryRequest(message_, request.entry, options_.protocol, request.add, ++sequence_);
         asked_.emplace_back(request);
     }
-    if (!message_.empty() && !socket_->send(message_)) {
-        const int code = errno;
+    const double began = options_.clock->now();
+    const int code = message_.empty() || socket_->send(message_) ? 0 : errno;
+    // Some kinds cost a kernel the more the more there are of them.
+    const bool tookLong = options_.clock->now() - began > longestTurn / 2;
+    batch_ = tookLong ? std::max<std::size_t>(batch_ / 2, 1) : std::min(batch_ * 2, mostAtOnce_);
+    if (code != 0) {
         for (const auto& request : std::exchange(asked_, {})) {
             table_.refused(*request, code, std::strerror(code));
         }

@@ -112,6 +112,7 @@ class NamespaceInstaller {
     std::vector<std::optional<InstallTable::Request>> asked_;
     std::uint32_t askedFrom_ = 0;
     std::vector<InstallTable::Request> requests_;
+    std::size_t mostAtOnce_ = 1; ///< answers to so many requests fit the socket
     std::size_t batch_ = 1;
 
     Listings needed_;
