@@ -41,7 +41,7 @@ class LiveAgent {
     };
 
     struct Options {
-        std::vector<VrfOption> vrfs;
+        LiveDevice::Options device;
         std::string configFile;            // empty for none
         std::optional<TablesPlace> tables; // none for private tables
         bool externalLeaks = false;        // the tables of leaks are somebody else's
@@ -94,7 +94,7 @@ class LiveAgent {
     void checkLeaks(const DevicePatch& config);
     void onSignal(int signal);
     void reload();
-    AgentView view() const { return {**root_, *inputs_, *clock_}; }
+    AgentView view() const { return {**root_, *inputs_, *clock_, device_ ? &*device_ : nullptr}; }
     void onChange(const RouteFeed::Event& event);
     void turn();
     bool isComplete() const;
