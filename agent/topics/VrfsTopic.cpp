@@ -76,6 +76,6 @@ ListedVrfRow VrfWalk::row(const KnownVrf& known) const {
 } // namespace
 
 extern const Topic vrfsTopic = rowTopic<ListedVrfRow, VrfWalk>(
-    "vrfs", "every VRF that was asked for or seen, whether it is ready, and why one is not up");
+    "vrfs", "every VRF that was asked for or seen, and why one is not up");
 
 } // namespace Agent
