@@ -25,6 +25,7 @@ struct RunOptions {
     bool json = false;
     int traceLevel = Ringlog::TraceHandle::off;
     std::vector<std::string> vrfs;
+    bool noVrfDevices = false;
     std::string configFile;
     std::string socket;
     bool noSocket = false;
@@ -85,8 +86,11 @@ void run(const RunOptions& options) {
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
     raiseFileLimit();
     placeRing(options.ring, options.once ? RingDefault::nowhere : RingDefault::stateFolder, report);
-    LiveAgent agent({readVrfOptions(options.vrfs), options.configFile, tablesPlace(options),
-                     options.leaks == "external", installOptions(options)});
+    LiveAgent agent({{readVrfOptions(options.vrfs), !options.noVrfDevices},
+                     options.configFile,
+                     tablesPlace(options),
+                     options.leaks == "external",
+                     installOptions(options)});
     listen(agent, options);
     if (!options.vipLog.empty()) {
         agent.logVirtualIps(options.vipLog);
@@ -109,7 +113,8 @@ Command runCommand() {
         .name = "run",
         .description =
             "Run live on this machine: the network namespace it is started in is the VRF "
-            "\"default\". Prints each route that comes (+), changes (~) or goes (-), as it "
+            "\"default\", and each VRF device is the VRF of its name. Prints each route that comes "
+            "(+), changes (~) or goes (-), as it "
             "happens, "
             "until SIGINT or SIGTERM; the stop prints nothing.",
         .arguments =
@@ -123,6 +128,9 @@ Command runCommand() {
                       "one; any number",
               .value = &options->vrfs,
               .placeholder = "NAME=NETNS"},
+             {.name = "--no-vrf-devices",
+              .help = "Do not follow VRF devices as VRFs: all addresses of a namespace are in one",
+              .value = &options->noVrfDevices},
              {.name = "--config",
               .help = "A device document with virtualIps, leaks, ribWaits, vrfs.NAME.id and "
                       "gracefulRestart; SIGHUP reads it again",

@@ -20,7 +20,7 @@ struct VrfPlace {
     friend bool operator==(const VrfPlace&, const VrfPlace&) = default;
 };
 
-/// Where the kernels of the followed namespaces have VRFs and links, as last learned.
+/// Where the kernels of the followed namespaces have VRFs, as last learned.
 class KernelPlaces {
   public:
     /// Is told of changes after the agent's state has taken them.

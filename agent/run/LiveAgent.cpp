@@ -56,13 +56,13 @@ LiveAgent::LiveAgent(const Options& options, std::optional<std::string> configTe
     lookup_.emplace(view());
     feed_.emplace(**root_, *inputs_, [this](const RouteFeed::Event& event) { onChange(event); });
     try {
-        device_.emplace(*inputs_, clock_, options.vrfs, document, report_);
+        device_.emplace(*inputs_, clock_, options.device, document, report_);
     } catch (const DocumentError& error) {
         throw BadInputError(config ? config->message(error) : error.what());
     }
     if (options.install) {
         installer_.emplace(view(), *device_, clock_, *options.install, report_);
-        device_->observerIs(*installer_);
+        device_->observerIs(&*installer_);
     }
 }
 

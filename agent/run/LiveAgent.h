@@ -42,10 +42,10 @@ class LiveAgent {
     };
 
     struct Options {
-        std::vector<VrfOption> vrfs;
-        std::string configFile;                    // empty for none
-        std::optional<TablesPlace> tables;         // none for private tables
-        bool externalLeaks = false;                // the tables of leaks are somebody else's
+        LiveDevice::Options device;
+        std::string configFile;            // empty for none
+        std::optional<TablesPlace> tables; // none for private tables
+        bool externalLeaks = false;        // the tables of leaks are somebody else's
         std::optional<Installer::Options> install; // none to change nothing in the kernel
     };
 
@@ -97,7 +97,8 @@ class LiveAgent {
     void onSignal(int signal);
     void reload();
     AgentView view() const {
-        return {**root_, *inputs_, *clock_, installer_ ? &*installer_ : nullptr};
+        return {**root_, *inputs_, *clock_, device_ ? &*device_ : nullptr,
+                installer_ ? &*installer_ : nullptr};
     }
     void onChange(const RouteFeed::Event& event);
     void turn();

@@ -78,6 +78,9 @@ struct VrfRow {
     static void describe(auto& row, auto&& column) {
         column({"vrf", "VRF"}, row.vrf);
         describeState(row, column);
+        describeRoutes(row, column);
+    }
+    static void describeRoutes(auto& row, auto&& column) {
         column.group("routes", [&](auto&& counts) {
             counts({"ipv4", "IPv4 ROUTES"}, row.ipv4Routes);
             counts({"ipv6", "IPv6 ROUTES"}, row.ipv6Routes);

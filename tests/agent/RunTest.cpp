@@ -228,9 +228,10 @@ TEST_F(RunTest, AgentFollowsNamedNamespacesLeaksAndVirtualIps) {
 
     ASSERT_TRUE(ip("netns del nsred"));
     expectRoute("blue", "ipv4", "10.1.0.1/32", nullptr);
-    EXPECT_TRUE(agent.until([] { return show("vrfs").find("\nred ") == std::string::npos; }));
+    EXPECT_TRUE(agent.untilShown("vrfs", "no such network namespace")) << show("vrfs");
+    EXPECT_THAT(runProgram("show --vrf red").err, HasSubstr("VRF red is not up: no such"));
     ASSERT_TRUE(ip("netns add nsred"));
-    EXPECT_TRUE(agent.untilShown("vrfs", "\nred ")) << show("vrfs");
+    EXPECT_TRUE(agent.until([] { return show("vrfs").find("no such") == std::string::npos; }));
     EXPECT_EQ(agent.endedBy(SIGTERM), 0);
 }
 
