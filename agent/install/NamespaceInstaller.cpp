@@ -308,26 +308,31 @@ void NamespaceInstaller::handle(const nlmsghdr& header) {
         listing_ && header.nlmsg_seq == listingSequence_ && (header.nlmsg_flags & NLM_F_MULTI) != 0;
     if (isListed) {
         isInterrupted_ = isInterrupted_ || (header.nlmsg_flags & NLM_F_DUMP_INTR) != 0;
-    } else {
-        handleAnnounced(header);
     }
     if (const auto link = Linux::LinkMessage::parse(header)) {
         links_.apply(*link);
     } else if (const auto setting = parseProxySettingMessage(header)) {
         links_.apply(*setting);
-        if (!isListed) {
-            checkProxies();
-        }
     } else if (const auto entry = parseEntryMessage(header)) {
-        if (entry->protocol != options_.protocol) {
-            if (entry->entry.isProxy && isListed) {
-                table_.foreignProxyIs(entry->entry);
-            }
-        } else if (entry->removed) {
-            table_.entryGone(entry->entry);
-        } else {
-            table_.entryIs(entry->entry);
+        handleEntry(*entry);
+        if (entry->protocol == options_.protocol) {
+            return; // nothing that others have changed
         }
+    }
+    if (!isListed) {
+        handleAnnounced(header);
+    }
+}
+
+void NamespaceInstaller::handleEntry(const EntryMessage& message) {
+    if (message.protocol != options_.protocol) {
+        if (message.entry.isProxy) {
+            table_.foreignProxyIs(message.entry);
+        }
+    } else if (message.removed) {
+        table_.entryGone(message.entry);
+    } else {
+        table_.entryIs(message.entry);
     }
 }
 
@@ -354,22 +359,22 @@ bool NamespaceInstaller::handleAnswer(const nlmsghdr& header) {
     return true;
 }
 
-/// Notes what an announcement leaves in doubt.
+/// Notes what an announced change leaves in doubt, or lets hope for.
 void NamespaceInstaller::handleAnnounced(const nlmsghdr& header) {
+    hasChanged_ = true;
     switch (header.nlmsg_type) {
     case RTM_NEWLINK:
     case RTM_DELLINK:
         noteRoutes();
-        hasChanged_ = true;
         break;
     case RTM_DELADDR:
         note(Listing::ipv4Routes);
-        hasChanged_ = true;
         break;
-    case RTM_NEWROUTE: // of the agent's own there is nothing new to hope for
+    case RTM_NEWNETCONF:
+        checkProxies();
         break;
     default:
-        hasChanged_ = true;
+        break;
     }
 }
 

@@ -85,6 +85,7 @@ class NamespaceInstaller {
     bool afterDrain();
     void handle(const nlmsghdr& header);
     bool handleAnswer(const nlmsghdr& header);
+    void handleEntry(const EntryMessage& message);
     void handleAnnounced(const nlmsghdr& header);
     void note(Listing listing) { needed_.set(static_cast<std::size_t>(listing)); }
     void noteRoutes();

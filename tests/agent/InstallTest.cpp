@@ -139,11 +139,11 @@ TEST_F(InstallTest, WhatIsDeletedOrDroppedComesBack) {
 
 TEST_F(InstallTest, RoutesOfOthersStayAndAreReportedOnceWhereTheyClash) {
     configureAll();
-    ASSERT_TRUE(ip("route add local 10.1.0.9/32 dev e1 table local proto 99\n"
-                   "route add local 2001:db8:1::9/128 dev e1 table local proto 99\n"
-                   "-6 neigh add proxy 2001:db8:1::9 dev e1 protocol 99\n"
-                   "route add 10.7.0.0/24 dev e1 proto 99"));
-    const Lines others = installed(99);
+    ASSERT_TRUE(ip("route add local 10.1.0.9/32 dev e1 table local proto 98\n"
+                   "route add local 2001:db8:1::9/128 dev e1 table local proto 98\n"
+                   "neigh add proxy 2001:db8:1::9 dev e1 protocol 98\n"
+                   "route add 10.7.0.0/24 dev e1 proto 98"));
+    const Lines others = installed(98);
     ASSERT_EQ(others.size(), 4);
     LiveProgram agent(runInstall);
     const std::string clash = "on e1: another program has one there: File exists\n";
@@ -153,14 +153,14 @@ TEST_F(InstallTest, RoutesOfOthersStayAndAreReportedOnceWhereTheyClash) {
     EXPECT_EQ(installed(), Lines{subnet4});
     // It is tried again whenever something changes, and not said again.
     ASSERT_TRUE(ip("route add 10.8.0.0/24 dev e1\nroute del 10.8.0.0/24 dev e1\n"
-                   "route del local 10.1.0.9/32 dev e1 table local proto 99"));
+                   "route del local 10.1.0.9/32 dev e1 table local proto 98"));
     expectInstalled(agent, {subnet4, address4});
     EXPECT_EQ(countOf(clash, agent.err()), 1);
-    ASSERT_TRUE(ip("route del local 2001:db8:1::9/128 dev e1 table local proto 99"));
+    ASSERT_TRUE(ip("route del local 2001:db8:1::9/128 dev e1 table local proto 98"));
     expectInstalled(agent, {subnet4, address4, address6});
     EXPECT_EQ(agent.endedBy(SIGTERM), 0);
     EXPECT_THAT(installed(), IsEmpty());
-    EXPECT_EQ(installed(99).size(), 2);
+    EXPECT_EQ(installed(98).size(), 2);
 }
 
 TEST_F(InstallTest, RefusedInstallationIsSaidOnceInTheKernelsWordsAndTriedAgain) {
@@ -210,11 +210,11 @@ TEST_F(InstallTest, EndRemovesAllThatIsUnderTheProtocolUnlessItIsToBeKept) {
     EXPECT_EQ(keeps.endedBy(SIGTERM), 0);
     const Lines kept = installed(200);
     EXPECT_EQ(kept.size(), 4);
-    ASSERT_TRUE(ip("netns add nsred\n-n nsred link set lo up"));
+    ASSERT_TRUE(ip("netns add nsred"));
     // Of kinds that the agent never makes, and in tables that are no VRF's.
     for (const char* netns : {"", "-n nsred "}) {
         ASSERT_EQ(runShell(std::string("ip ") + netns + "-batch -",
-                           "route add blackhole 10.9.0.0/24 proto 77\n"
+                           "link set lo up\nroute add blackhole 10.9.0.0/24 proto 77\n"
                            "route add unreachable 2001:db8:9::/64 proto 77 metric 7 table 300\n"
                            "route add 10.9.1.0/24 proto 77 table 301 metric 5 nexthop dev lo "
                            "nexthop dev lo")
