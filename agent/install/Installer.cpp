@@ -184,7 +184,7 @@ void Installer::onNamespace(const Lanx::NamespaceName& netns) {
     }
 }
 
-void Installer::onChange(const Lanx::NamespaceName&) { lookAtPlaces(); }
+void Installer::onVrfs(const Lanx::NamespaceName&) { lookAtPlaces(); }
 
 void Installer::onNamespaceGone(const Lanx::NamespaceName& netns) {
     const auto gone = namespaces_.extract(netns);

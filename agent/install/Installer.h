@@ -41,7 +41,7 @@ class Installer final : public KernelPlaces::Observer, public KernelWords {
     void routeChanged(const Routing::Rib::RouteKey& key);
 
     void onNamespace(const Lanx::NamespaceName& netns) override;
-    void onChange(const Lanx::NamespaceName& netns) override;
+    void onVrfs(const Lanx::NamespaceName& netns) override;
     void onNamespaceGone(const Lanx::NamespaceName& netns) override;
 
     /// Looks whether VRFs have become ready, for what an earlier run left.

@@ -30,8 +30,8 @@ class KernelPlaces {
 
         /// A namespace has been learned for the first time, or anew after it was gone.
         virtual void onNamespace(const Lanx::NamespaceName& netns) = 0;
-        /// Links, their masters, addresses or VRFs of a namespace have changed.
-        virtual void onChange(const Lanx::NamespaceName& netns) = 0;
+        /// VRFs of a namespace have come up or gone.
+        virtual void onVrfs(const Lanx::NamespaceName& netns) = 0;
         /// A namespace can no longer be followed.
         virtual void onNamespaceGone(const Lanx::NamespaceName& netns) = 0;
     };

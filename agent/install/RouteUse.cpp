@@ -1,5 +1,7 @@
 #include "agent/install/RouteUse.h"
 
+#include <algorithm>
+
 #include "agent/device/DeviceInputs.h"
 #include "agent/topics/RouteLookup.h"
 #include "directnet/root/RootSm.h"
@@ -27,15 +29,27 @@ bool isLike(RouteType type, RouteType route) {
     return type == route || (isAddress(type) && isAddress(route));
 }
 
-Origins originsOf(const AgentView& view, VrfId vrf, const Lanx::IpGenPrefix& prefix,
-                  Lanx::IntfId interface, RouteType type) {
-    Origins origins;
+/// The contributors of a prefix; null if there are none.
+const IntfIdSet* contributorsOf(const AgentView& view, VrfId vrf, const Lanx::IpGenPrefix& prefix) {
     const auto* backlog = view.root.intfBacklogByVrf()->intfBacklog(vrf);
-    const IntfIdSet* set = backlog == nullptr ? nullptr : backlog->intfIdsByPrefix(prefix);
-    if (set == nullptr) {
+    return backlog == nullptr ? nullptr : backlog->intfIdsByPrefix(prefix);
+}
+
+bool hasVirtual(const IntfIdSet* contributors) {
+    if (contributors == nullptr) {
+        return false;
+    }
+    const auto& all = contributors->intfIdAndAddr();
+    return std::any_of(all.begin(), all.end(),
+                       [](const auto& entry) { return entry.key().isVirtual(); });
+}
+
+Origins originsOf(const IntfIdSet* contributors, Lanx::IntfId interface, RouteType type) {
+    Origins origins;
+    if (contributors == nullptr) {
         return origins;
     }
-    for (const auto& [contributor, viaSet] : set->intfIdAndAddr()) {
+    for (const auto& [contributor, viaSet] : contributors->intfIdAndAddr()) {
         if (contributor.intfId() == interface && contributor.sourceVrfId() == VrfId::invalid()
             && isLike(contributor.routeType(), type)) {
             (contributor.isVirtual() ? origins.isVirtual : origins.isOwn) = true;
@@ -55,19 +69,24 @@ RouteUse useOf(const AgentView& view, const Routing::Rib::RouteKey& key) {
     if (!route || (type != RouteType::receive && type != RouteType::connected)) {
         return {};
     }
+    const bool isLeaked = route.srcVrfId() != VrfId::invalid();
+    const IntfIdSet* contributors =
+        contributorsOf(view, isLeaked ? route.srcVrfId() : key.vrfId(), key.prefix());
+    if (!isLeaked && !hasVirtual(contributors)) {
+        return {}; // as most are
+    }
     const Lanx::IntfId interface = RouteLookup(view).row(route).intf;
     if (!interface) {
         return {};
     }
-    if (route.srcVrfId() != VrfId::invalid()) {
+    const Origins origins = originsOf(contributors, interface, type);
+    const bool isVirtual = origins.isVirtual && !origins.isOwn;
+    if (isLeaked) {
         const L3::VrfName* source = view.inputs.vrfs().name(route.srcVrfId());
-        const Origins origins =
-            originsOf(view, route.srcVrfId(), key.prefix(), interface, RouteType::receive);
         return {RouteUse::Kind::leaked, interface, source == nullptr ? L3::VrfName() : *source,
-                origins.isVirtual && !origins.isOwn};
+                isVirtual};
     }
-    const Origins origins = originsOf(view, key.vrfId(), key.prefix(), interface, type);
-    if (origins.isOwn || !origins.isVirtual || (type == RouteType::connected && !isIpv4)) {
+    if (!isVirtual || (type == RouteType::connected && !isIpv4)) {
         return {};
     }
     return {type == RouteType::connected ? RouteUse::Kind::virtualSubnet

@@ -76,7 +76,7 @@ class LiveDevice final : public KernelPlaces, public VrfCatalog {
     void unfollow(const VrfOption& vrf);
     void handle(NamespaceFollower& follower);
     std::vector<LiveVrfs::Change> takeVrfChanges();
-    bool applyTo(const Lanx::NamespaceName& netns, DevicePatch patch,
+    void applyTo(const Lanx::NamespaceName& netns, DevicePatch patch,
                  const std::vector<LiveVrfs::Change>& changes);
     void applyElsewhere(const std::vector<LiveVrfs::Change>& changes,
                         const std::optional<Lanx::NamespaceName>& done = {});
