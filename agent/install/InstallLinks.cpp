@@ -1,7 +1,5 @@
 #include "agent/install/InstallLinks.h"
 
-#include <linux/if.h>
-
 namespace Agent {
 
 void InstallLinks::apply(const Linux::LinkMessage& message) {
@@ -14,7 +12,8 @@ void InstallLinks::apply(const Linux::LinkMessage& message) {
         settings_.erase(message.index);
         return;
     }
-    links_[message.index] = {message.name, (message.flags & IFF_UP) != 0, generation_};
+    links_[message.index] = {message.name, message.isUp(), message.vrfDevice(), message.vrfTable,
+                             generation_};
     indexes_[message.name] = message.index;
 }
 
@@ -46,6 +45,12 @@ int InstallLinks::index(Lanx::IntfId name) const {
 bool InstallLinks::isUp(int index) const {
     const auto found = links_.find(index);
     return found != links_.end() && found->second.isUp;
+}
+
+std::uint32_t InstallLinks::vrfTable(int index) const {
+    const auto link = links_.find(index);
+    const auto device = link == links_.end() ? link : links_.find(link->second.vrfDevice);
+    return device == links_.end() ? 0 : device->second.vrfTable;
 }
 
 Lanx::IntfId InstallLinks::name(int index) const {

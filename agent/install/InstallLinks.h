@@ -15,6 +15,8 @@ class InstallLinks {
     struct Link {
         Lanx::IntfId name;
         bool isUp = false;
+        int vrfDevice = 0;          ///< index of the one that it is or is in
+        std::uint32_t vrfTable = 0; ///< of a VRF device
         unsigned generation = 0;
     };
 
@@ -28,6 +30,8 @@ class InstallLinks {
     /// The index of the link of that name; 0 if there is none.
     int index(Lanx::IntfId name) const;
     bool isUp(int index) const;
+    /// The table of the VRF device that the link is or is in; 0 if it is in none.
+    std::uint32_t vrfTable(int index) const;
     /// The empty one if there is no such link.
     Lanx::IntfId name(int index) const;
 

@@ -119,8 +119,8 @@ void InstallTable::refused(const Request& request, int code, const std::string& 
         }
         return;
     }
-    if (code == EEXIST && !place.isDoubted) {
-        place.isDoubted = true; // perhaps the agent's own, and overlooked
+    if (code == EEXIST && place.doubt == Doubt::none) {
+        place.doubt = Doubt::waits;
         isInDoubt_ = true;
         return;
     }
@@ -179,6 +179,15 @@ void InstallTable::lookAgain(bool refusedToo) {
     }
 }
 
+void InstallTable::retryDoubted() {
+    for (auto& [slot, place] : places_) {
+        if (place.doubt == Doubt::waits) {
+            place.doubt = Doubt::tried;
+            look(slot, place);
+        }
+    }
+}
+
 void InstallTable::takeRequests(std::vector<Request>& requests, std::size_t limit) {
     while (!queue_.empty() && requests.size() < limit) {
         const KernelSlot slot = queue_.back();
@@ -207,13 +216,13 @@ void InstallTable::look(const KernelSlot& slot, Place& place) {
         }
     }
     markLeftover(place, isLeft);
-    if (isThere) {
-        place.isDoubted = false;
+    if (isThere || !entry) {
+        place.doubt = Doubt::none;
     }
     if (place.refusal && (isThere || !entry) && !isDue) {
         forgive(place);
     }
-    isDue = isDue || (entry && !isThere);
+    isDue = isDue || (entry && !isThere && place.doubt != Doubt::waits);
     if (isDue && !place.isQueued && !place.isAsked) {
         place.isQueued = true;
         queue_.push_back(slot);
@@ -254,6 +263,9 @@ std::string InstallTable::state(const KernelSlot& slot) const {
     if (index == 0) {
         return "not installable: there is no link " + link;
     }
+    if (links_.vrfTable(index) != place.want->linkTable) {
+        return "not installable: " + link + " is in another VRF";
+    }
     if (isInstalled(slot)) {
         return "installed";
     }
@@ -280,13 +292,14 @@ std::optional<KernelSlot> InstallTable::slotOf(const KernelEntry& entry) const {
         return KernelSlot{entry.prefix, entry.table, {}};
     }
     const Lanx::IntfId name = links_.name(entry.link);
-    return !name ? std::nullopt : std::optional(KernelSlot{entry.prefix, 0, name});
+    return !name ? std::nullopt
+                 : std::optional(KernelSlot{entry.prefix, links_.vrfTable(entry.link), name});
 }
 
 /// The entry that is wanted and could be there now.
 std::optional<KernelEntry> InstallTable::wanted(const KernelSlot& slot, const Place& place) const {
     const int link = place.want ? links_.index(place.want->link) : 0;
-    if (link == 0 || !links_.isUp(link)) {
+    if (link == 0 || !links_.isUp(link) || links_.vrfTable(link) != place.want->linkTable) {
         return std::nullopt;
     }
     const bool hasMetric = !slot.isProxy() && slot.prefix.af() == AddressFamily::ipv6;
@@ -294,7 +307,7 @@ std::optional<KernelEntry> InstallTable::wanted(const KernelSlot& slot, const Pl
                        .type = place.want->type,
                        .scope = place.want->scope,
                        .link = link,
-                       .table = slot.table,
+                       .table = slot.isProxy() ? 0 : slot.table,
                        .metric = hasMetric ? usualIpv6Metric : 0,
                        .prefix = slot.prefix};
 }

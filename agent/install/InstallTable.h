@@ -17,8 +17,9 @@ namespace Agent {
 
 /// What the agent is to have in a kernel's slot.
 struct InstallWant {
-    L3::VrfName vrf;   ///< on whose behalf
-    Lanx::IntfId link; ///< that the entry goes through
+    L3::VrfName vrf;             ///< on whose behalf
+    Lanx::IntfId link;           ///< that the entry goes through
+    std::uint32_t linkTable = 0; ///< of the VRF device that the link has to be in, or 0 for none
     std::uint8_t type = 0;
     std::uint8_t scope = 0;
 
@@ -61,8 +62,10 @@ class InstallTable {
     void beginListing() { ++generation_; }
     void endListing(Listing listing);
 
-    /// Whether only a listing of the routes can tell what is there, which is asked for once.
+    /// Whether places have come into doubt since the last call: routes are to be listed, and these
+    /// places tried again after a while.
     bool takeDoubt() { return std::exchange(isInDoubt_, false); }
+    void retryDoubted();
 
     /// Looks at everything again; at what was refused too if `refusedToo`.
     void lookAgain(bool refusedToo);
@@ -92,6 +95,9 @@ class InstallTable {
         L3::VrfName vrf;
         Lanx::IntfId link;
     };
+    /// The kernel said that something is in the place: perhaps the agent's own, and overlooked, or
+    /// its own for a moment, as of a link that moves.
+    enum class Doubt : std::uint8_t { none, waits, tried };
     struct Place {
         std::optional<InstallWant> want;
         std::vector<Present> present{};
@@ -100,8 +106,8 @@ class InstallTable {
         bool isClaimed = false;  ///< this run has wanted it
         bool isLeftover = false; ///< an earlier run's, and not released
         bool isQueued = false;
-        bool isAsked = false;   ///< requests for it are not answered yet
-        bool isDoubted = false; ///< the kernel said that there is something: it is listed first
+        bool isAsked = false; ///< requests for it are not answered yet
+        Doubt doubt = Doubt::none;
     };
     using Places = std::unordered_map<KernelSlot, Place, Orb::HashFunction<KernelSlot>>;
 

@@ -88,7 +88,7 @@ void Installer::aim(Tracked& tracked, Target target) {
     if (now.installer != nullptr) {
         now.installer->want(now.slot, now.want);
         if (now.proxy) {
-            now.installer->want(*now.proxy, {now.want.vrf, now.proxy->proxyLink});
+            now.installer->want(*now.proxy, {now.want.vrf, now.want.link, now.want.linkTable});
         }
     }
 }
@@ -117,13 +117,14 @@ Installer::Target Installer::targetOfVirtual(const RouteKey& key, const RouteUse
     Target target{.installer = installerOf(place.netns)};
     if (use.kind == RouteUse::Kind::virtualSubnet) {
         target.slot = {key.prefix(), RT_TABLE_MAIN, {}};
-        target.want = {vrf, use.interface, RTN_UNICAST, RT_SCOPE_LINK};
+        target.want = {vrf, use.interface, 0, RTN_UNICAST, RT_SCOPE_LINK};
         return target;
     }
     target.slot = {key.prefix(), place.isDevice() ? place.table : RT_TABLE_LOCAL, {}};
-    target.want = {vrf, use.interface, RTN_LOCAL, isIpv4 ? RT_SCOPE_HOST : RT_SCOPE_UNIVERSE};
+    target.want = {vrf, use.interface, place.table, RTN_LOCAL,
+                   isIpv4 ? RT_SCOPE_HOST : RT_SCOPE_UNIVERSE};
     if (!isIpv4) {
-        target.proxy = KernelSlot{key.prefix(), 0, use.interface};
+        target.proxy = KernelSlot{key.prefix(), place.table, use.interface};
     }
     return target;
 }
@@ -149,7 +150,8 @@ Installer::Target Installer::targetOfLeaked(const RouteKey& key, const RouteUse&
     const bool throughDevice = !isIpv4 && place.isDevice();
     return {.installer = installerOf(place.netns),
             .slot = {key.prefix(), place.isDevice() ? place.table : RT_TABLE_MAIN, {}},
-            .want = {vrf, throughDevice ? place.device : use.interface, RTN_LOCAL,
+            .want = {vrf, throughDevice ? place.device : use.interface,
+                     throughDevice ? place.table : source->table, RTN_LOCAL,
                      isIpv4 ? RT_SCOPE_HOST : RT_SCOPE_UNIVERSE}};
 }
 

@@ -26,7 +26,7 @@ struct KernelEntry {
 /// link for proxy neighbours.
 struct KernelSlot {
     Lanx::IpGenPrefix prefix;
-    std::uint32_t table = 0; ///< 0 for a proxy neighbour
+    std::uint32_t table = 0; ///< for a proxy neighbour that of the VRF device its link is in, or 0
     Lanx::IntfId proxyLink;  ///< the empty one for a route
 
     bool isProxy() const { return !!proxyLink; }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <limits>
 #include <linux/rtnetlink.h>
 #include <poll.h>
 #include <utility>
@@ -141,9 +140,9 @@ void NamespaceInstaller::work() {
 
 /// When something is due though nothing was announced.
 double NamespaceInstaller::nextTime() const {
-    double time = std::numeric_limits<double>::infinity();
+    double time = doubtedAt_;
     if (needed_.any()) {
-        time = listAt_;
+        time = std::min(time, listAt_);
     }
     if (hasChanged_ && table_.hasRefused()) {
         time = std::min(time, retryAt_);
@@ -185,6 +184,7 @@ bool NamespaceInstaller::afterDrain() {
     }
     if (table_.takeDoubt()) {
         noteRoutes();
+        doubtedAt_ = std::min(doubtedAt_, now + refusedPause);
     }
     if (table_.hasProxies() && now >= proxiesAt_) {
         note(Listing::proxies);
@@ -194,6 +194,10 @@ bool NamespaceInstaller::afterDrain() {
     }
     if (!isSynchronised()) {
         return false;
+    }
+    if (now >= doubtedAt_) {
+        doubtedAt_ = never;
+        table_.retryDoubted();
     }
     if (hasChanged_ && table_.hasRefused() && now >= retryAt_) {
         hasChanged_ = false;

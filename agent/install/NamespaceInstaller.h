@@ -70,6 +70,7 @@ class NamespaceInstaller {
         NamespaceInstaller& owner_;
     };
     using Listings = std::bitset<5>;
+    static constexpr double never = Orb::Clock::never;
     struct ProxyLink {
         L3::VrfName vrf;
         std::size_t proxies = 0;
@@ -127,6 +128,7 @@ class NamespaceInstaller {
     double roundBegan_ = 0;
     double listAt_ = 0;
     double retryAt_ = 0;
+    double doubtedAt_ = never; ///< when what came into doubt is tried again
     double proxiesAt_ = 0;
     std::map<Lanx::IntfId, ProxyLink> proxyLinks_;
 };

@@ -60,6 +60,8 @@ void readKinds(nlattr* linkInfo, LinkMessage& message) {
 
 } // namespace
 
+bool LinkMessage::isUp() const { return (flags & IFF_UP) != 0; }
+
 bool LinkMessage::fitsIpv6() const { return mtu >= leastIpv6Mtu; }
 
 int LinkMessage::vrfDevice() const {
@@ -71,7 +73,7 @@ int LinkMessage::vrfDevice() const {
 
 KernelDevicePatch LinkMessage::device() const {
     // Packets pass while the link is administratively up and has carrier.
-    const bool running = (flags & IFF_UP) != 0 && (flags & IFF_RUNNING) != 0;
+    const bool running = isUp() && (flags & IFF_RUNNING) != 0;
     KernelDevicePatch device;
     device.device.make() = name.name();
     device.running.make() = running;

@@ -8,13 +8,13 @@ namespace Agent::Linux {
 
 namespace {
 
-/// A change of these makes the kernel withdraw, restore or re-examine IPv6 addresses, in part
-/// without a word.
-constexpr std::uint32_t stateFlags = IFF_UP | IFF_RUNNING | IFF_LOWER_UP;
-
+/// Whether the link may have lost IPv6 addresses without a word.
 bool leavesIpv6InDoubt(const LinkMessage& before, const LinkMessage& now) {
-    return (((before.flags ^ now.flags) | now.changed) & stateFlags) != 0
-           || before.master != now.master || before.fitsIpv6() != now.fitsIpv6();
+    return before.master != now.master || before.fitsIpv6() != now.fitsIpv6();
+}
+
+bool goesDown(const LinkMessage& before, const LinkMessage& now) {
+    return !now.isUp() && (before.isUp() || (now.changed & IFF_UP) != 0);
 }
 
 template <typename Key, typename T>
@@ -44,20 +44,19 @@ bool NamespaceView::apply(const LinkMessage& message) {
         claimName(model);
         return true;
     }
-    bool certain = !leavesIpv6InDoubt(model.link, message);
-    bool renamed = model.link.name != message.name;
-    if (renamed) {
-        releaseName(model);
-    }
     const bool moved = vrfDeviceOf(model.link) != vrfDeviceOf(message);
-    model.link = message;
-    if (moved) {
-        model.ipv6 = {}; // they do not move along; should they be kept the listing shows them
+    const bool certain = moved || !leavesIpv6InDoubt(model.link, message);
+    const bool whole = moved || model.link.isUp() != message.isUp();
+    if (moved || goesDown(model.link, message)) {
+        model.ipv6 = {}; // those that the kernel keeps it announces when it uses them again
     }
-    if (renamed || moved) {
+    if (model.link.name != message.name) {
+        releaseName(model);
+        model.link = message;
         claimName(model);
     } else {
-        touched_[message.name];
+        model.link = message;
+        touched_[message.name].whole |= whole;
     }
     return certain;
 }

@@ -32,7 +32,9 @@ class NamespaceView {
     NamespaceView(Lanx::NamespaceName netns, L3::VrfName vrf, bool vrfDevices = true);
 
     /// Applies an announced change. False if only a listing of the link can tell what is now so.
-    /// A link message is always applied, but may leave the link's IPv6 addresses in doubt.
+    /// A link message is always applied, but may leave the link's IPv6 addresses in doubt. When a
+    /// link goes down or changes its VRF, all are taken as gone: the kernel deletes them, or
+    /// announces those that it keeps when it uses them again.
     [[nodiscard]] bool apply(const LinkMessage& message);
     [[nodiscard]] bool apply(const Ipv4AddressMessage& message);
     [[nodiscard]] bool apply(const Ipv6AddressMessage& message);

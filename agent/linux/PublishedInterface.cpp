@@ -112,8 +112,8 @@ Edit<Ipv4InterfacePatch> PublishedInterface::withdrawIpv4() {
 
 Edit<Ipv6InterfacePatch> PublishedInterface::publishIpv6(const LinkModel& model,
                                                          const std::vector<Ipv6>& touched) {
-    if (model.ipv6.isEmpty()) {
-        return withdrawIpv6();
+    if (model.ipv6.isEmpty() || !model.link.isUp()) {
+        return withdrawIpv6(); // the kernel uses none while the link is down
     }
     return changeOf(
         bring(ipv6_, touched, [&](const Ipv6& address) { return model.ipv6.entry(address); }));
