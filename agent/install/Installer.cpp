@@ -20,6 +20,11 @@ constexpr std::string_view apart = "its VRFs are in different network namespaces
 constexpr std::string_view cannotAnswer =
     "in a VRF device the kernel cannot answer from an IPv4 virtual address";
 
+/// The scope of a local route; IPv6 has none.
+constexpr std::uint8_t localScope(AddressFamily af) {
+    return af == AddressFamily::ipv4 ? RT_SCOPE_HOST : RT_SCOPE_UNIVERSE;
+}
+
 } // namespace
 
 Installer::Installer(const AgentView& view, const KernelPlaces& places, Orb::Ptr<Orb::Clock> clock,
@@ -121,8 +126,7 @@ Installer::Target Installer::targetOfVirtual(const RouteKey& key, const RouteUse
         return target;
     }
     target.slot = {key.prefix(), place.isDevice() ? place.table : RT_TABLE_LOCAL, {}};
-    target.want = {vrf, use.interface, place.table, RTN_LOCAL,
-                   isIpv4 ? RT_SCOPE_HOST : RT_SCOPE_UNIVERSE};
+    target.want = {vrf, use.interface, place.table, RTN_LOCAL, localScope(key.prefix().af())};
     if (!isIpv4) {
         target.proxy = KernelSlot{key.prefix(), place.table, use.interface};
     }
@@ -152,7 +156,7 @@ Installer::Target Installer::targetOfLeaked(const RouteKey& key, const RouteUse&
             .slot = {key.prefix(), place.isDevice() ? place.table : RT_TABLE_MAIN, {}},
             .want = {vrf, throughDevice ? place.device : use.interface,
                      throughDevice ? place.table : source->table, RTN_LOCAL,
-                     isIpv4 ? RT_SCOPE_HOST : RT_SCOPE_UNIVERSE}};
+                     localScope(key.prefix().af())}};
 }
 
 const std::optional<VrfPlace>& Installer::placeOf(const L3::VrfName& vrf) {

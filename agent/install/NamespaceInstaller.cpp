@@ -77,7 +77,7 @@ void NamespaceInstaller::openSocket() {
 
 void NamespaceInstaller::want(const KernelSlot& slot, const InstallWant& want) {
     if (slot.isProxy()) {
-        ProxyLink& link = proxyLinks_[slot.proxyLink];
+        ProxyLink& link = proxyLinks_[{slot.proxyLink, slot.table}];
         link.vrf = want.vrf;
         if (link.proxies++ == 0) {
             checkProxies();
@@ -88,8 +88,9 @@ void NamespaceInstaller::want(const KernelSlot& slot, const InstallWant& want) {
 }
 
 void NamespaceInstaller::unwant(const KernelSlot& slot) {
-    if (slot.isProxy() && --proxyLinks_[slot.proxyLink].proxies == 0) {
-        proxyLinks_.erase(slot.proxyLink);
+    const std::pair link(slot.proxyLink, slot.table);
+    if (slot.isProxy() && --proxyLinks_[link].proxies == 0) {
+        proxyLinks_.erase(link);
     }
     table_.unwant(slot);
     wake();
@@ -386,8 +387,10 @@ void NamespaceInstaller::checkProxies() {
     if (!isSynchronised()) {
         return;
     }
-    for (auto& [name, link] : proxyLinks_) {
-        const std::string off = links_.obstacle(name);
+    for (auto& [key, link] : proxyLinks_) {
+        const auto& [name, table] = key;
+        const bool isThere = links_.vrfTable(links_.index(name)) == table;
+        const std::string off = isThere ? links_.obstacle(name) : "";
         if (off != std::exchange(link.told, off) && !off.empty()) {
             options_.report("VRF " + link.vrf.value() + ": " + std::string(name.name())
                             + " does not answer for IPv6 virtual addresses: " + off);

@@ -130,7 +130,8 @@ class NamespaceInstaller {
     double retryAt_ = 0;
     double doubtedAt_ = never; ///< when what came into doubt is tried again
     double proxiesAt_ = 0;
-    std::map<Lanx::IntfId, ProxyLink> proxyLinks_;
+    /// By name, and the table of the VRF device that it has to be in.
+    std::map<std::pair<Lanx::IntfId, std::uint32_t>, ProxyLink> proxyLinks_;
 };
 
 } // namespace Agent
