@@ -1,3 +1,4 @@
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -5,6 +6,7 @@
 #include <sys/resource.h>
 #include <vector>
 
+#include "agent/base/Errors.h"
 #include "agent/base/SocketAddress.h"
 #include "agent/base/TablesPath.h"
 #include "agent/cli/Commands.h"
@@ -33,6 +35,9 @@ struct RunOptions {
     bool noTables = false;
     std::string tablesGroup;
     std::string leaks = "config";
+    bool install = false;
+    int installProtocol = 77;
+    bool keepInstalled = false;
 };
 
 /// Namespaces and clients take descriptors, and the usual soft limit is for programs that select().
@@ -65,6 +70,18 @@ std::optional<LiveAgent::TablesPlace> tablesPlace(const RunOptions& options) {
     return LiveAgent::TablesPlace{defaultTablesPath(), true, group};
 }
 
+/// None where nothing is installed. Throws BadInputError for options that ask for nothing.
+std::optional<Installer::Options> installOptions(const RunOptions& options) {
+    if (options.install) {
+        return Installer::Options{static_cast<std::uint8_t>(options.installProtocol),
+                                  options.keepInstalled};
+    }
+    if (options.keepInstalled || options.installProtocol != RunOptions().installProtocol) {
+        throw BadInputError("--keep-installed and --install-protocol need --install");
+    }
+    return std::nullopt;
+}
+
 void run(const RunOptions& options) {
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
     raiseFileLimit();
@@ -72,7 +89,8 @@ void run(const RunOptions& options) {
     LiveAgent agent({{readVrfOptions(options.vrfs), !options.noVrfDevices},
                      options.configFile,
                      tablesPlace(options),
-                     options.leaks == "external"});
+                     options.leaks == "external",
+                     installOptions(options)});
     listen(agent, options);
     if (!options.vipLog.empty()) {
         agent.logVirtualIps(options.vipLog);
@@ -150,6 +168,19 @@ Command runCommand() {
                       "the tables, see the command leaks",
               .value = &options->leaks,
               .choices = {"config", "external"}},
+             {.name = "--install",
+              .help = "Install in the kernel the routes that it does not make by itself: those of "
+                      "virtual addresses, and leaked ones",
+              .value = &options->install,
+              .excludes = "--once"},
+             {.name = "--install-protocol",
+              .help = "The protocol number of what is installed; nothing of another one is touched",
+              .value = &options->installProtocol,
+              .placeholder = "N",
+              .range = {{5, 255}}},
+             {.name = "--keep-installed",
+              .help = "Leave what is installed in the kernel at the end",
+              .value = &options->keepInstalled},
              ringOption(options->ring),
              vipLogOption(options->vipLog)},
         .run = [options] { run(*options); }};

@@ -160,11 +160,6 @@ void NamespaceView::vrfIs(int device, std::optional<L3::VrfName> vrf) {
     }
 }
 
-std::optional<int> NamespaceView::indexOf(Lanx::IntfId name) const {
-    const LinkModel* const model = owner(name);
-    return model == nullptr ? std::nullopt : std::optional(model->link.index);
-}
-
 DevicePatch NamespaceView::takePatch() {
     MapPatch<Lanx::IntfId, KernelDevicePatch> kernel;
     AddressPatches addresses;

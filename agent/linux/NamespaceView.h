@@ -50,9 +50,6 @@ class NamespaceView {
     /// Makes the VRF of a device that one, or none.
     void vrfIs(int device, std::optional<L3::VrfName> vrf);
 
-    /// The index of the link that has the name.
-    std::optional<int> indexOf(Lanx::IntfId name) const;
-
     /// The merge patch that brings the device document from what the last patch left to what the
     /// view now means; an empty one if nothing differs. Costs what has changed since.
     DevicePatch takePatch();

@@ -147,11 +147,11 @@ void LiveDevice::handle(NamespaceFollower& follower) {
         vrfs_.devicesAre(netns, *devices);
     }
     const auto changes = takeVrfChanges();
-    const bool changed = applyTo(netns, follower.view().takePatch(), changes);
+    applyTo(netns, follower.view().takePatch(), changes);
     if (observer_ != nullptr && isNew) {
         observer_->onNamespace(netns);
-    } else if (observer_ != nullptr && changed) {
-        observer_->onChange(netns);
+    } else if (observer_ != nullptr && !changes.empty()) {
+        observer_->onVrfs(netns);
     }
     applyElsewhere(changes, netns);
 }
@@ -168,8 +168,8 @@ std::vector<LiveVrfs::Change> LiveDevice::takeVrfChanges() {
     return changes;
 }
 
-/// Applies what has changed in a namespace. Returns whether anything has.
-bool LiveDevice::applyTo(const Lanx::NamespaceName& netns, DevicePatch patch,
+/// Applies what has changed in a namespace.
+void LiveDevice::applyTo(const Lanx::NamespaceName& netns, DevicePatch patch,
                          const std::vector<LiveVrfs::Change>& changes) {
     for (const LiveVrfs::Change& change : changes) {
         if (change.netns == netns) {
@@ -177,7 +177,7 @@ bool LiveDevice::applyTo(const Lanx::NamespaceName& netns, DevicePatch patch,
         }
     }
     if (isEmpty(patch)) {
-        return false;
+        return;
     }
     try {
         inputs_.apply(patch);
@@ -186,7 +186,6 @@ bool LiveDevice::applyTo(const Lanx::NamespaceName& netns, DevicePatch patch,
     } catch (const Orb::Error& error) {
         report_(error.what());
     }
-    return true;
 }
 
 /// VRF devices that got a name or an id that had been taken come up, wherever they are.
@@ -197,7 +196,7 @@ void LiveDevice::applyElsewhere(const std::vector<LiveVrfs::Change>& changes,
         if (change.netns != done && namespaces.insert(change.netns).second) {
             applyTo(change.netns, follower(change.netns)->view().takePatch(), changes);
             if (observer_ != nullptr) {
-                observer_->onChange(change.netns);
+                observer_->onVrfs(change.netns);
             }
         }
     }
@@ -225,12 +224,6 @@ std::vector<L3::VrfName> LiveDevice::vrfsOf(const Lanx::NamespaceName& netns) co
         }
     }
     return names;
-}
-
-std::optional<int> LiveDevice::linkIndex(const Lanx::NamespaceName& netns,
-                                         Lanx::IntfId name) const {
-    const NamespaceFollower* const owner = follower(netns);
-    return owner != nullptr && owner->isLearned() ? owner->view().indexOf(name) : std::nullopt;
 }
 
 std::vector<KnownVrf> LiveDevice::knownVrfs() const {

@@ -66,8 +66,6 @@ class LiveDevice final : public KernelPlaces, public VrfCatalog {
     void observerIs(Observer* observer) { observer_ = observer; }
     std::optional<VrfPlace> place(const L3::VrfName& vrf) const override;
     std::vector<L3::VrfName> vrfsOf(const Lanx::NamespaceName& netns) const override;
-    std::optional<int> linkIndex(const Lanx::NamespaceName& netns,
-                                 Lanx::IntfId name) const override;
 
     std::vector<KnownVrf> knownVrfs() const override;
 
@@ -78,7 +76,7 @@ class LiveDevice final : public KernelPlaces, public VrfCatalog {
     void unfollow(const VrfOption& vrf);
     void handle(NamespaceFollower& follower);
     std::vector<LiveVrfs::Change> takeVrfChanges();
-    bool applyTo(const Lanx::NamespaceName& netns, DevicePatch patch,
+    void applyTo(const Lanx::NamespaceName& netns, DevicePatch patch,
                  const std::vector<LiveVrfs::Change>& changes);
     void applyElsewhere(const std::vector<LiveVrfs::Change>& changes,
                         const std::optional<Lanx::NamespaceName>& done = {});

@@ -10,6 +10,7 @@ class RootSm;
 namespace Agent {
 
 class DeviceInputs;
+class KernelWords;
 class VrfCatalog;
 
 /// What the walks of a running agent read. Refers to objects that outlive it.
@@ -18,6 +19,7 @@ struct AgentView {
     const DeviceInputs& inputs;
     const Orb::Clock& clock;
     const VrfCatalog* catalog = nullptr; ///< of an agent that others can ask
+    const KernelWords* kernel = nullptr; ///< null where the agent installs nothing
 };
 
 } // namespace Agent

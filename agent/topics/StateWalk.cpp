@@ -1,6 +1,7 @@
 #include "agent/topics/StateWalk.h"
 
 #include "agent/device/DeviceInputs.h"
+#include "agent/topics/KernelWords.h"
 #include "directnet/root/RootSm.h"
 #include "platform/orb/loop/Clock.h"
 #include "platform/orb/value/Name.h"
@@ -22,7 +23,11 @@ bool StateWalk::step(StateSink& sink) {
         return true;
     case Next::routes:
         if (const auto route = walk_.nextRoute()) {
-            sink.route(lookup_.row(*route));
+            RouteRow row = lookup_.row(*route);
+            if (view_.kernel != nullptr) {
+                row.kernel = view_.kernel->words(route->key());
+            }
+            sink.route(row);
             return true;
         }
         next_ = walk_.nextVrf() ? Next::vrf : Next::totals;
