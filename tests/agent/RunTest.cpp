@@ -35,15 +35,6 @@ void withoutDuplicateDetection() {
     setKernel("ipv6/conf/default/accept_dad", "0");
 }
 
-/// Whether each of the kernel's prefixes goes through one of its links, and no others are there.
-bool agree(const RoutesByPrefix& kernel, const RoutesByPrefix& agent) {
-    return std::equal(kernel.begin(), kernel.end(), agent.begin(), agent.end(),
-                      [](const auto& route, const auto& own) {
-                          return route.first == own.first
-                                 && route.second.contains(*own.second.begin());
-                      });
-}
-
 /// Waits until the running agent has the routes that the kernel has in its own tables.
 void expectKernelRoutes(LiveProgram& agent, const std::string& vrf, const std::string& netns = {}) {
     RoutesByPrefix kernel;
