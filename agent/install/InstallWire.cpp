@@ -249,14 +249,21 @@ std::optional<EntryMessage> parseEntryMessage(const nlmsghdr& header) {
 }
 
 std::optional<RefusalMessage> parseRefusalMessage(const nlmsghdr& header) {
-    if (header.nlmsg_type != NLMSG_ERROR || header.nlmsg_len < NLMSG_HDRLEN + sizeof(nlmsgerr)) {
+    const bool isEnd = header.nlmsg_type == NLMSG_DONE;
+    const std::size_t size = isEnd ? 0 : sizeof(nlmsgerr);
+    if ((!isEnd && header.nlmsg_type != NLMSG_ERROR) || header.nlmsg_len < NLMSG_HDRLEN + size) {
         return std::nullopt;
     }
-    nlmsgerr error{};
-    std::memcpy(&error, reinterpret_cast<const std::byte*>(&header) + NLMSG_HDRLEN, sizeof error);
-    RefusalMessage message{.sequence = header.nlmsg_seq, .code = -error.error, .words = {}};
+    int code = 0; // comes first in both
+    if (header.nlmsg_len >= NLMSG_HDRLEN + sizeof code) {
+        std::memcpy(&code, reinterpret_cast<const std::byte*>(&header) + NLMSG_HDRLEN, sizeof code);
+    }
+    RefusalMessage message{.sequence = header.nlmsg_seq, .code = 0, .words = {}};
+    if (code < 0) {
+        message.code = static_cast<int>(-static_cast<unsigned>(code));
+    }
     if (message.code != 0) {
-        message.words = explanationOf(header);
+        message.words = isEnd ? "" : explanationOf(header);
         const std::string codeWords = std::strerror(message.code);
         message.words += message.words.empty() ? codeWords : " (" + codeWords + ')';
     }

@@ -39,6 +39,7 @@ struct ProxySettingMessage {
 // Each reads a message that lies whole in its buffer; nothing if it is about something else, or is
 // malformed. Routes of the cache are something else, and so are neighbours that are no proxies.
 std::optional<EntryMessage> parseEntryMessage(const nlmsghdr& header);
+/// The end of a listing is one that may have no code.
 std::optional<RefusalMessage> parseRefusalMessage(const nlmsghdr& header);
 std::optional<ProxySettingMessage> parseProxySettingMessage(const nlmsghdr& header);
 

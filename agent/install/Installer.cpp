@@ -17,8 +17,7 @@ namespace {
 constexpr double longestFinish = 30;
 
 constexpr std::string_view apart = "its VRFs are in different network namespaces";
-constexpr std::string_view cannotAnswer =
-    "in a VRF device the kernel cannot answer from an IPv4 virtual address";
+constexpr std::string_view cannotAnswer = "in a VRF device the kernel cannot answer from it";
 
 /// The scope of a local route; IPv6 has none.
 constexpr std::uint8_t localScope(AddressFamily af) {

@@ -45,10 +45,7 @@ void NamespaceInstaller::open() {
         openSocket();
     } catch (const Orb::Error& error) {
         socket_.reset();
-        if (openFailure_ != error.what()) {
-            openFailure_ = error.what();
-            options_.report("routes are not installed: " + openFailure_);
-        }
+        fail(error.what());
         retry_.timeMinIs(options_.clock->now() + pause_);
         pause_ = std::min(pause_ * 2, longestOpenPause);
         return;
@@ -56,6 +53,14 @@ void NamespaceInstaller::open() {
     watcher_.emplace(socket_->fd(), options_.clock, [this] { work(); });
     needed_.set();
     wake();
+}
+
+/// Says it once that nothing can be done here.
+void NamespaceInstaller::fail(const std::string& why) {
+    if (failure_ != why) {
+        failure_ = why;
+        options_.report("routes are not installed: " + why);
+    }
 }
 
 void NamespaceInstaller::openSocket() {
@@ -343,23 +348,22 @@ void NamespaceInstaller::handleEntry(const EntryMessage& message) {
 
 /// Handles the end of a listing and refusals.
 bool NamespaceInstaller::handleAnswer(const nlmsghdr& header) {
-    if (header.nlmsg_type == NLMSG_DONE) {
-        if (listing_ && header.nlmsg_seq == listingSequence_) {
-            endListing(!isInterrupted_ && (header.nlmsg_flags & NLM_F_DUMP_INTR) == 0);
-        }
-        return true;
-    }
-    const auto refusal = parseRefusalMessage(header);
-    if (!refusal) {
+    const auto answer = parseRefusalMessage(header);
+    if (!answer) {
         return false;
     }
-    const std::uint32_t place = refusal->sequence - askedFrom_;
-    if (listing_ && refusal->sequence == listingSequence_) {
+    const std::uint32_t place = answer->sequence - askedFrom_;
+    if (listing_ && answer->sequence == listingSequence_) {
+        const bool wasChanged = isInterrupted_ || (header.nlmsg_flags & NLM_F_DUMP_INTR) != 0;
         // A kernel without a family or its settings has nothing to list.
-        endListing(refusal->code == EOPNOTSUPP || refusal->code == EAFNOSUPPORT);
-    } else if (place < asked_.size() && asked_[place] && refusal->code != 0) {
+        const bool isAbsent = answer->code == EOPNOTSUPP || answer->code == EAFNOSUPPORT;
+        if (answer->code != 0 && !isAbsent) {
+            fail("the kernel does not list them: " + answer->words);
+        }
+        endListing(isAbsent || (answer->code == 0 && !wasChanged));
+    } else if (place < asked_.size() && asked_[place] && answer->code != 0) {
         const InstallTable::Request request = *std::exchange(asked_[place], std::nullopt);
-        table_.refused(request, refusal->code, refusal->words);
+        table_.refused(request, answer->code, answer->words);
     }
     return true;
 }

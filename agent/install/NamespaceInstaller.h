@@ -79,6 +79,7 @@ class NamespaceInstaller {
 
     void open();
     void openSocket();
+    void fail(const std::string& why);
     void wake() { watcher_ ? watcher_->wakeAt(0) : void(); }
     void work();
     double nextTime() const;
@@ -105,7 +106,7 @@ class NamespaceInstaller {
     std::optional<Watcher> watcher_;
     Retry retry_;
     double pause_;
-    std::string openFailure_;
+    std::string failure_;
 
     std::uint32_t sequence_ = 0;
     std::vector<std::byte> message_;

@@ -11,7 +11,6 @@ namespace Agent {
 namespace {
 
 using Lanx::AddressFamily;
-using Routing::DirectNet::IntfIdAndAddr;
 using Routing::DirectNet::IntfIdSet;
 using Routing::Fib::RouteType;
 using Vrf::VrfIdMap::VrfId;

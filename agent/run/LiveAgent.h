@@ -43,9 +43,9 @@ class LiveAgent {
 
     struct Options {
         LiveDevice::Options device;
-        std::string configFile;            // empty for none
-        std::optional<TablesPlace> tables; // none for private tables
-        bool externalLeaks = false;        // the tables of leaks are somebody else's
+        std::string configFile;                    // empty for none
+        std::optional<TablesPlace> tables;         // none for private tables
+        bool externalLeaks = false;                // the tables of leaks are somebody else's
         std::optional<Installer::Options> install; // none to change nothing in the kernel
     };
 
