@@ -125,8 +125,12 @@ void configure() {
             config["virtualIps"]["ipv4"][vrf]["10.0.0." + link.substr(1) + "/24"][link] = true;
             config["virtualIps"]["ipv6"][vrf]["fd00:1::" + link.substr(1)][link] = true;
         }
-        config["leaks"]["ipv4"][vrf]["10.0.0.0/8"] = {{next, true}, {"default", vrf != "default"}};
-        config["leaks"]["ipv6"][vrf]["fd00::/16"][next] = true;
+        for (const char* prefix : {"10.0.0.0/24", "10.1.0.0/24", "10.2.0.0/24"}) {
+            config["leaks"]["ipv4"][vrf][prefix] = {{next, true}, {"default", vrf != "default"}};
+        }
+        for (const char* prefix : {"fd00::/64", "fd00:1::/64", "fd00:2::/64"}) {
+            config["leaks"]["ipv6"][vrf][prefix][next] = true;
+        }
     }
     config["virtualIps"]["subnetRoutes"] = true;
     std::ofstream("/run/config.json") << config;
