@@ -157,7 +157,7 @@ void LiveDevice::handle(NamespaceFollower& follower) {
 }
 
 std::vector<LiveVrfs::Change> LiveDevice::takeVrfChanges() {
-    const auto changes = vrfs_.takeChanges();
+    auto changes = vrfs_.takeChanges();
     for (const LiveVrfs::Change& change : changes) {
         NamespaceFollower* const owner = follower(change.netns);
         if (owner != nullptr && change.device != 0) {
