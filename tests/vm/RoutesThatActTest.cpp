@@ -11,7 +11,6 @@ namespace {
 using namespace TestSupport;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using Lines = std::set<std::string>;
 
 /// What the kernel has of a protocol in the own namespace, in the words of the `ip` utility.
@@ -136,13 +135,14 @@ TEST_F(RoutesThatActTest, KernelHasTheRoutesAgainAfterWhateverHappenedToThem) {
     ASSERT_EQ(installed(), all);
     LiveProgram agent(run);
     ASSERT_TRUE(agent.until([] { return show("vrfs").find(" no ") == std::string::npos; }));
+    constexpr const char* blueAgain =
+        "link del blue\nlink add blue up type vrf table 200\nlink set e2 master blue\n"
+        "route add local 10.98.0.1 dev e2 table 200 proto 98";
     for (const char* step :
          {"link set e1 down\nlink set e1 up\nlink set e2 down\nlink set e2 up",
           "route flush table all proto 77", "link set blue down\nlink set blue up",
           "link set e1 nomaster\nlink set e1 master red",
-          "link set e3 master blue\nlink set e3 nomaster",
-          "link del blue\nlink add blue up type vrf table 200\nlink set e2 master blue\n"
-          "route add local 10.98.0.1 dev e2 table 200 proto 98"}) {
+          "link set e3 master blue\nlink set e3 nomaster", blueAgain}) {
         SCOPED_TRACE(step);
         ASSERT_TRUE(ipIn("", step));
         ASSERT_TRUE(ipIn("", "route replace 10.99.0.0/24 dev e3 proto 98\n"

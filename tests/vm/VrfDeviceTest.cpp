@@ -43,21 +43,20 @@ TEST_F(VrfDeviceTest, AgentFollowsLinksAndVrfDevicesAsTheKernelDoes) {
         // The same address in two VRFs, then moved from one to the other.
         "addr add 10.2.0.1/24 dev e1\naddr add 10.1.0.9/24 dev e2", "link set e2 master blue",
         "link set e1 nomaster", "link set e1 master blue", "link set e1 master red",
-        "addr replace fd00:1::1/64 dev e1\naddr add 10.1.0.2/24 dev e1\naddr del 10.1.0.1/24 dev "
-        "e1",
+        "addr replace fd00:1::1/64 dev e1\naddr add 10.1.0.2/24 dev e1",
+        "addr del 10.1.0.1/24 dev e1",
         // The ports of a bridge or bond stay where they are.
-        "link add br0 up type bridge\nlink add p0 up type dummy\nlink set p0 master br0\n"
+        "link add br0 up type bridge\nlink add p0 up type dummy\nlink set p0 master br0",
         "addr add 10.3.0.1/24 dev br0\naddr add 10.4.0.1/24 dev p0\nlink set br0 master red",
-        "link add name bo0 type bond\nlink add p1 type dummy\nlink set p1 master bo0\n"
+        "link add name bo0 type bond\nlink add p1 type dummy\nlink set p1 master bo0",
         "link set bo0 up master blue\naddr add 10.5.0.1/24 dev bo0\naddr add 10.6.0.1/24 dev p1",
         "link set p0 master blue", "link set br0 nomaster",
         "link add link e1 name e1.5 up type vlan id 5\naddr add 10.9.0.1/24 dev e1.5",
         "link set e1.5 master red", "link set e1 nomaster",
         // Addresses of the devices themselves.
-        "addr add 10.7.7.7/32 dev red\naddr add 10.8.0.1/24 dev red\naddr add fd00:7::7/128 dev "
-        "red",
-        "link set red down", "link set e2 master red", "link set e1 down\nlink set e1 up",
-        "link set red up\naddr replace fd00:7::7/128 dev red",
+        "addr add 10.7.7.7/32 dev red\naddr add 10.8.0.1/24 dev red",
+        "addr add fd00:7::7/128 dev red", "link set red down", "link set e2 master red",
+        "link set e1 down\nlink set e1 up", "link set red up\naddr replace fd00:7::7/128 dev red",
         "link set red down\nlink set red name crimson\nlink set crimson up",
         "link set e1 master crimson", "link del crimson",
         "link add crimson up type vrf table 101\nlink set e1 master crimson",
