@@ -2,9 +2,9 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <set>
-#include <sstream>
 #include <string>
 
+#include "tests/agent/KernelRoutes.h"
 #include "tests/agent/LiveProgram.h"
 #include "tests/agent/PrivateNamespace.h"
 #include "tests/agent/Program.h"
@@ -16,21 +16,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 using Lines = std::set<std::string>;
-
-/// What the kernel has under the protocol, of both families, in the words of the ip utility.
-Lines installed(int protocol = 77, const std::string& netns = {}) {
-    const std::string ip = "ip " + (netns.empty() ? "" : "-n " + netns + ' ');
-    const std::string number = std::to_string(protocol);
-    std::istringstream out(runShell(ip + "-4 route show table all proto " + number + ';' + ip
-                                    + "-6 route show table all proto " + number + " | sort -u;" + ip
-                                    + "-6 neigh show proxy | grep 'proto " + number + "'")
-                               .out);
-    Lines lines;
-    for (std::string line; std::getline(out, line);) {
-        lines.insert(line.substr(0, line.find_last_not_of(' ') + 1));
-    }
-    return lines;
-}
 
 const std::string address4 = "local 10.1.0.9 dev e1 table local scope host";
 const std::string subnet4 = "10.1.0.0/24 dev e1 scope link";

@@ -130,4 +130,18 @@ bool agree(const RoutesByPrefix& kernel, const RoutesByPrefix& agent) {
                       });
 }
 
+std::set<std::string> installed(int protocol, const std::string& netns) {
+    const std::string ip = "ip " + (netns.empty() ? "" : "-n " + netns + ' ');
+    const std::string number = std::to_string(protocol);
+    std::istringstream out(runShell(ip + "-4 route show table all proto " + number + ';' + ip
+                                    + "-6 route show table all proto " + number + " | sort -u;" + ip
+                                    + "-6 neigh show proxy | grep 'proto " + number + "'")
+                               .out);
+    std::set<std::string> lines;
+    for (std::string line; std::getline(out, line);) {
+        lines.insert(line.substr(0, line.find_last_not_of(' ') + 1));
+    }
+    return lines;
+}
+
 } // namespace TestSupport

@@ -34,4 +34,8 @@ RoutesByPrefix agentRoutes(const std::string& state, const std::string& vrf);
 /// Whether each of the kernel's prefixes goes through one of its links, and no others are there.
 bool agree(const RoutesByPrefix& kernel, const RoutesByPrefix& agent);
 
+/// What the kernel has under a protocol in the calling thread's network namespace or a named one,
+/// in the words of the `ip` utility: routes of both families and proxy neighbours.
+std::set<std::string> installed(int protocol = 77, const std::string& netns = {});
+
 } // namespace TestSupport

@@ -2,7 +2,6 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <set>
-#include <sstream>
 
 #include "tests/vm/VmTest.h"
 
@@ -12,18 +11,6 @@ using namespace TestSupport;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using Lines = std::set<std::string>;
-
-/// What the kernel has of a protocol in the own namespace, in the words of the `ip` utility.
-Lines installed(const std::string& protocol = "77") {
-    std::istringstream out(runShell("ip route show table all proto " + protocol
-                                    + "; ip -6 neigh show proxy | grep 'proto " + protocol + "'")
-                               .out);
-    Lines lines;
-    for (std::string line; std::getline(out, line);) {
-        lines.insert(line.substr(0, line.find_last_not_of(' ') + 1));
-    }
-    return lines;
-}
 
 const Lines leaked{"local 10.1.0.1 dev e1 table 200 scope host",
                    "local fd00:1::1 dev blue table 200 metric 1024 pref medium",
@@ -95,7 +82,7 @@ class RoutesThatActTest : public VmTest {
         Lines found;
         EXPECT_TRUE(agent.until([&] { return (found = installed()) == lines; }))
             << testing::PrintToString(found) << show("routes") << agent.err();
-        EXPECT_EQ(installed("98"), ofOthers);
+        EXPECT_EQ(installed(98), ofOthers);
     }
 
     static constexpr const char* run = "run --install --config /run/config.json";
@@ -121,7 +108,7 @@ TEST_F(RoutesThatActTest, NeighboursReachWhatIsLeakedToTheirVrfAndItsVirtualAddr
     }
     EXPECT_EQ(agent.endedBy(SIGTERM), 0);
     EXPECT_THAT(installed(), IsEmpty());
-    EXPECT_EQ(installed("98"), ofOthers);
+    EXPECT_EQ(installed(98), ofOthers);
 }
 
 TEST_F(RoutesThatActTest, KernelHasTheRoutesAgainAfterWhateverHappenedToThem) {
@@ -153,7 +140,7 @@ TEST_F(RoutesThatActTest, KernelHasTheRoutesAgainAfterWhateverHappenedToThem) {
     EXPECT_TRUE(answers("near2", "10.1.0.1") && answers("near2", "fd00:1::1"));
     EXPECT_EQ(agent.endedBy(SIGTERM), 0);
     EXPECT_THAT(installed(), IsEmpty());
-    EXPECT_EQ(installed("98"), ofOthers);
+    EXPECT_EQ(installed(98), ofOthers);
 }
 
 } // namespace
