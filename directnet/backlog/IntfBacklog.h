@@ -110,7 +110,23 @@ class IntfBacklog : public Orb::Entity {
     }
 
   private:
-    void fetchAhead(Lanx::IntfId intfId, Contributions contributions) const;
+    /// Where a pair of interface and prefix belongs in the index and in the backlog.
+    struct Tags {
+        Orb::HashTag prefix;
+        Orb::HashTag member;
+    };
+    static constexpr std::size_t maxContributions = 4;
+
+    static Tags tagsOf(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix) {
+        return {Orb::HashTag::of(prefix), Orb::HashTag::of(IntfIdAndPrefix(intfId, prefix))};
+    }
+    template <typename Visit>
+    void forEachAhead(Lanx::IntfId intfId, Contributions contributions, Visit visit) const;
+
+    void add(const Lanx::IpGenPrefix& prefix, const IntfIdAndAddr& contributor,
+             Rib::ViaSetKey viaSetKey, const Tags& tags);
+    void del(const Lanx::IpGenPrefix& prefix, const IntfIdAndAddr& contributor, const Tags& tags);
+    void queue(const IntfIdAndPrefix& member, Orb::HashTag tag);
 
     Processing* processing_ = nullptr;
     bool closing_ = false;
