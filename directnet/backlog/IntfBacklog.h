@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "directnet/backlog/IntfIdAndPrefix.h"
-#include "directnet/backlog/IntfIdSet.h"
 #include "directnet/backlog/IntfViaSetKeyStatus.h"
+#include "directnet/backlog/PrefixIndex.h"
 #include "directnet/backlog/RouteKinds.h"
 #include "platform/orb/attribute/Declare.h"
 #include "platform/vrf/VrfId.h"
@@ -29,7 +29,7 @@ class IntfBacklog : public Orb::Entity {
     /// value is false while the pair was processed and waits for room in the route table.
     ORB_MAP(260, IntfIdAndPrefix, bool, backlog)
     ORB_ATTRIBUTE(261, std::uint32_t, backlogEmpty)
-    ORB_REFERENCES(262, IntfIdSet, intfIdsByPrefix)
+    ORB_REFERENCES_IN(PrefixIndex, 262, IntfIdSet, intfIdsByPrefix)
     ORB_CHILD(263, IntfViaSetKeyStatus, intfViaSetKeyStatus4)
     ORB_CHILD(264, IntfViaSetKeyStatus, intfViaSetKeyStatus6)
     /// How many machines of the VRF wait for room in the route and via tables.
@@ -94,6 +94,9 @@ class IntfBacklog : public Orb::Entity {
     };
 
     const Orb::Ptr<IntfViaSetKeyStatus>& intfViaSetKeyStatusFromAf(Lanx::AddressFamily af) const;
+
+    /// The prefix index with what is installed for its prefixes.
+    PrefixIndex& prefixIndex() { return intfIdsByPrefix_; }
 
     void backlogEmptyInc(std::uint32_t n) { backlogEmptyIs(backlogEmpty() + n); }
 

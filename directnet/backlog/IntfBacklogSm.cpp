@@ -134,14 +134,10 @@ std::vector<IntfBacklogSm::Pending> IntfBacklogSm::fetchAhead(const Member* star
             ahead.emplace_back(pendingOf(member->key(), members.tagAt(member)));
         routeConfigOf(pending.member.genPrefix().af()).prefetch(vrfId(), pending.routeTag);
         intfBacklog()->intfIdsByPrefix().prefetch(pending.prefixTag);
-        installedIntfId().prefetch(pending.prefixTag);
     }
     for (const Pending& pending : ahead) {
         routeConfigOf(pending.member.genPrefix().af()).prefetchRoute(vrfId(), pending.routeTag);
-        if (const auto* set = intfBacklog()->intfIdsByPrefix().likely(pending.prefixTag)) {
-            __builtin_prefetch(set->get());
-            __builtin_prefetch(set->get() + 1);
-        }
+        intfBacklog()->prefixIndex().prefetchSet(pending.prefixTag);
     }
     return ahead;
 }

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "directnet/backlog/InstalledRoutes.h"
 #include "directnet/backlog/IntfBacklog.h"
 #include "directnet/backlog/IntfViaSetConfig.h"
 #include "directnet/backlog/RoomWaiter.h"
@@ -38,7 +39,8 @@ class IntfBacklogSm : public Orb::Entity {
     /// Where the next drain resumes; without an interface: at the beginning.
     ORB_ATTRIBUTE(268, IntfIdAndPrefix, backlogBookmark)
     /// For each prefix with a route, the interface it was written for.
-    ORB_MAP(269, Lanx::IpGenPrefix, Lanx::IntfId, installedIntfId)
+    ORB_COLLECTION_IN(InstalledRoutes, 269, Lanx::IpGenPrefix, Lanx::IntfId, installedIntfId,
+                      {arguments_.intfBacklog->prefixIndex()})
     ORB_CHILD(270, Kiln::TimerWheel, timerWheel)
     ORB_ATTRIBUTE(271, bool, initialized)
 

@@ -14,8 +14,8 @@ namespace Routing::DirectNet {
 /// The value of a contributor is the via set that its route uses. The set exists exactly as long as
 /// the prefix has a contributor.
 ///
-/// There may be millions, hence the order of the declarations: the prefix lies in the padding of
-/// the map.
+/// There may be millions, hence the order of the declarations: what follows the map lies in its
+/// padding.
 class IntfIdSet final : public Orb::Entity, public Orb::Paged<IntfIdSet> {
     ORB_ENTITY(IntfIdSet, "Routing::DirectNet::IntfIdSet")
     ORB_SOLE_MAP(259, IntfIdAndAddr, Rib::ViaSetKey, intfIdAndAddr)
@@ -26,6 +26,16 @@ class IntfIdSet final : public Orb::Entity, public Orb::Paged<IntfIdSet> {
     explicit IntfIdSet(Arguments arguments) : arguments_(std::move(arguments)) {}
 
     std::size_t intfIdAndAddrs() const { return intfIdAndAddr().size(); }
+
+    /// The interface for which the prefix's route was written; none without a route. Kept by the
+    /// index that the set is in.
+    Lanx::IntfId installedIntfId() const { return installedIntfId_; }
+
+  private:
+    friend class PrefixIndex;
+
+    bool listed_ = false; // in IntfBacklog::intfIdsByPrefix
+    Lanx::IntfId installedIntfId_;
 };
 
 static_assert(sizeof(IntfIdSet) <= 88);

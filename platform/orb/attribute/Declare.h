@@ -121,8 +121,11 @@
 /// Objects made elsewhere, by key: name(), name(key), nameIs(object), nameDel(key), nameDelAll().
 /// nameOrMade(key, tag, make) is the object of that key, that of make() if there is none. What
 /// takes a key takes its HashTag with it, where that is at hand.
-#define ORB_REFERENCES(number, T, name)                                                            \
-    ORB_DECLARED(number, Orb::References<T>, name)                                                 \
+#define ORB_REFERENCES(number, T, name) ORB_REFERENCES_IN(Orb::References<T>, number, T, name)
+
+/// The same in a holder of one's own that does what Orb::References does.
+#define ORB_REFERENCES_IN(Holder, number, T, name)                                                 \
+    ORB_DECLARED(number, Holder, name)                                                             \
     const auto& name() const { return name##_.all(); }                                             \
     ORB_WHERE_CALLED                                                                               \
     T* name(Orb::Read<T::Key> key) const { return name##_.find(key); }                             \
@@ -163,7 +166,16 @@
 
 #define ORB_COLLECTION(Kind, number, KeyType, ValueType, name)                                     \
     using name##Collection = Orb::Kind<KeyType, ValueType>;                                        \
-    ORB_DECLARED(number, name##Collection, name)                                                   \
+    ORB_COLLECTION_IN(name##Collection, number, KeyType, ValueType, name, )                        \
+    template <typename Change>                                                                     \
+    void name##Change(Orb::Read<KeyType> key, Change change) {                                     \
+        name##_.memberChange(*this, name##Attribute, key, change);                                 \
+    }
+
+/// Values by key in a holder of one's own that does what Orb::Collection does. What initialises the
+/// holder may follow, in braces.
+#define ORB_COLLECTION_IN(Holder, number, KeyType, ValueType, name, ...)                           \
+    ORB_DECLARED(number, Holder, name, __VA_ARGS__)                                                \
     const auto& name() const { return name##_.all(); }                                             \
     ORB_WHERE_CALLED                                                                               \
     ValueType name(Orb::Read<KeyType> key) const { return name##_.find(key); }                     \
@@ -174,10 +186,6 @@
     ORB_WHERE_CALLED                                                                               \
     void name##Is(Orb::Read<KeyType> key, Orb::Read<ValueType> value, Orb::HashTag tag) {          \
         name##_.memberIs(*this, name##Attribute, key, value, tag);                                 \
-    }                                                                                              \
-    template <typename Change>                                                                     \
-    void name##Change(Orb::Read<KeyType> key, Change change) {                                     \
-        name##_.memberChange(*this, name##Attribute, key, change);                                 \
     }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
     void name##Del(Orb::Read<KeyType> key) { name##_.memberDel(*this, name##Attribute, key); }     \
