@@ -5,10 +5,12 @@
 #include <cstring>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <type_traits>
 
 #include "platform/orb/container/AlignedMemory.h"
 #include "platform/orb/container/HashTag.h"
+#include "platform/orb/container/MappedMemory.h"
 
 namespace Orb {
 
@@ -54,17 +56,27 @@ struct HashTableBlock {
 
     /// An empty block. Throws std::bad_alloc.
     static HashTableBlock* allocate(const HashTableShape& shape) {
-        return format(Memory::allocate(bytesFor(shape.slots)), shape);
+        const std::size_t bytes = bytesFor(shape.slots);
+        void* memory = isMapped(bytes) ? MappedMemory::tryTake(bytes) : Memory::allocate(bytes);
+        return memory == nullptr ? throw std::bad_alloc() : format(memory, shape);
     }
 
     /// An empty block, or null where there is no memory.
     static HashTableBlock* tryAllocate(const HashTableShape& shape) noexcept {
-        void* memory = Memory::tryAllocate(bytesFor(shape.slots));
+        const std::size_t bytes = bytesFor(shape.slots);
+        void* memory = isMapped(bytes) ? MappedMemory::tryTake(bytes) : Memory::tryAllocate(bytes);
         return memory == nullptr ? nullptr : format(memory, shape);
     }
 
     /// Gives the memory of a block back whose entries have gone.
-    static void release(HashTableBlock* block) noexcept { Memory::release(block); }
+    static void release(HashTableBlock* block) noexcept {
+        const std::size_t bytes = bytesFor(block->slots);
+        if (isMapped(bytes)) {
+            MappedMemory::release(block, bytes);
+        } else {
+            Memory::release(block);
+        }
+    }
 
     /// Destroys the entries of a block and gives it back.
     static void destroy(HashTableBlock* block) noexcept {
@@ -79,6 +91,10 @@ struct HashTableBlock {
     }
 
   private:
+    static constexpr bool isMapped(std::size_t bytes) {
+        return MappedMemory::isUsed && bytes >= MappedMemory::least;
+    }
+
     using Memory = AlignedMemory<(alignof(T) > 8 ? alignof(T) : 8)>;
 
     static constexpr std::size_t entriesOffset(std::size_t slots) {

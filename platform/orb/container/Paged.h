@@ -2,16 +2,8 @@
 
 #include <cstddef>
 
+#include "platform/orb/container/MappedMemory.h"
 #include "platform/orb/container/Pages.h"
-
-// A sanitizer that watches the use of freed memory sees only what comes from the allocator.
-#if defined(__SANITIZE_ADDRESS__)
-#define ORB_WATCHES_MEMORY 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ORB_WATCHES_MEMORY 1
-#endif
-#endif
 
 namespace Orb {
 
@@ -20,7 +12,7 @@ namespace Orb {
 template <typename T>
 class Paged {
   public:
-#ifndef ORB_WATCHES_MEMORY
+#ifndef ORB_MEMORY_IS_WATCHED
     static void* operator new(std::size_t) { return pages().take(); }
     static void operator delete(void* object) noexcept { pages().giveBack(object); }
 

@@ -1,20 +1,13 @@
 #include "platform/orb/container/Pages.h"
 
+#include <cstddef>
 #include <memory>
+#include <new>
 
-#include "platform/orb/container/AlignedMemory.h"
+#include "platform/orb/container/MappedMemory.h"
 #include "platform/orb/value/Assert.h"
 
 namespace Orb {
-
-namespace {
-
-// What an allocator adds to a page must not make it reach into a further one.
-constexpr std::size_t usablePageBytes = Pages::pageBytes - 2 * sizeof(void*);
-
-using PageMemory = AlignedMemory<Pages::pageBytes>;
-
-} // namespace
 
 /// The head of a page. An object finds it by its own address, of which it is the front part.
 struct Pages::Page {
@@ -37,12 +30,12 @@ Pages::~Pages() {
     ORB_ASSERT(count_ == 0 || (count_ == 1 && open_ != nullptr && open_->used == 0),
                "Pages::used == 0");
     if (open_ != nullptr) {
-        PageMemory::release(open_);
+        MappedMemory::release(open_, pageBytes);
     }
 }
 
 std::uint32_t Pages::perPage() const {
-    return static_cast<std::uint32_t>((usablePageBytes - sizeof(Page)) / objectBytes_);
+    return static_cast<std::uint32_t>((pageBytes - sizeof(Page)) / objectBytes_);
 }
 
 void* Pages::take() {
@@ -68,12 +61,16 @@ void Pages::giveBack(void* object) noexcept {
     if (page->used == 0 && (page->next != nullptr || page->previous != nullptr)) {
         unlink(page);
         --count_;
-        PageMemory::release(page);
+        MappedMemory::release(page, pageBytes);
     }
 }
 
 Pages::Page* Pages::makePage() {
-    Page* page = std::construct_at(static_cast<Page*>(PageMemory::allocate(usablePageBytes)));
+    void* memory = MappedMemory::tryTakeAligned(pageBytes);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    Page* page = std::construct_at(static_cast<Page*>(memory));
     ++count_;
     link(page);
     return page;

@@ -12,10 +12,10 @@ namespace Orb {
 /// Thread rule: one agent thread, no locks.
 class Pages {
   public:
-    static constexpr std::size_t pageBytes = 4096;
+    static constexpr std::size_t pageBytes = 65536;
 
-    /// Of so many bytes, a multiple of their alignment; at least a pointer, at most a tenth of a
-    /// page.
+    /// Of so many bytes, a multiple of their alignment; at least a pointer, at most a hundredth of
+    /// a page.
     explicit constexpr Pages(std::size_t objectBytes) : objectBytes_(objectBytes) {}
     Pages(const Pages&) = delete;
     Pages& operator=(const Pages&) = delete;
