@@ -90,9 +90,7 @@ bool PrefixIndex::installedIntfIdDel(const Key& prefix, Orb::HashTag tag) {
 
 void PrefixIndex::forgetInstalled() {
     if (listed_.empty()) {
-        while (!installed_.empty()) {
-            installed_.oneLess();
-        }
+        installed_.noneLeft();
         sets_.clear();
         return;
     }

@@ -78,6 +78,7 @@ class PartOfMap {
 
     void oneMore() { ++size_; }
     void oneLess() { --size_; }
+    void noneLeft() { size_ = 0; }
 
   private:
     const Entry* fromHere(const Entry* entry) const {
