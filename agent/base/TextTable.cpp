@@ -23,10 +23,15 @@ void TextTable::rowIs(Row row) {
 }
 
 void TextTable::print(std::ostream& out, const std::string& indent) const {
-    const std::size_t columns = usedColumns();
+    std::vector<std::size_t> columns;
+    for (std::size_t column = 0; column < widths_.size(); ++column) {
+        if (isUsed(column)) {
+            columns.push_back(column);
+        }
+    }
     for (const Row& row : rows_) {
         std::string line = indent;
-        for (std::size_t column = 0; column < columns; ++column) {
+        for (const std::size_t column : columns) {
             line += row[column];
             line.append(widths_[column] - row[column].size() + 2, ' ');
         }
@@ -35,11 +40,10 @@ void TextTable::print(std::ostream& out, const std::string& indent) const {
     }
 }
 
-std::size_t TextTable::usedColumns() const {
-    const std::size_t last = widths_.size() - 1;
-    const bool isUsed = std::any_of(rows_.begin() + 1, rows_.end(),
-                                    [&](const Row& row) { return !row[last].empty(); });
-    return isUsed ? last + 1 : last;
+bool TextTable::isUsed(std::size_t column) const {
+    return !isOptional_[column] || std::any_of(rows_.begin() + 1, rows_.end(), [&](const Row& row) {
+        return !row[column].empty();
+    });
 }
 
 } // namespace Agent

@@ -12,21 +12,25 @@ namespace Agent {
 /// `text` so that it stays on one line and cannot steer a terminal.
 std::string printable(std::string_view text);
 
-/// A table for people: columns as wide as their widest cell, under a header. A last column with
-/// nothing under its header is left out.
+/// A table for people: columns as wide as their widest cell, under a header. An optional column
+/// with nothing under its header is left out.
 class TextTable {
   public:
     using Row = std::vector<std::string>;
 
-    explicit TextTable(Row header) { rowIs(std::move(header)); }
+    /// `isOptional` has a flag for each column.
+    TextTable(Row header, std::vector<bool> isOptional) : isOptional_(std::move(isOptional)) {
+        rowIs(std::move(header));
+    }
 
     /// As many cells as the header has; made printable.
     void rowIs(Row row);
     void print(std::ostream& out, const std::string& indent) const;
 
   private:
-    std::size_t usedColumns() const;
+    bool isUsed(std::size_t column) const;
 
+    std::vector<bool> isOptional_;
     std::vector<Row> rows_; // the header first
     std::vector<std::size_t> widths_;
 };

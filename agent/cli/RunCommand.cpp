@@ -1,3 +1,4 @@
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -5,6 +6,7 @@
 #include <sys/resource.h>
 #include <vector>
 
+#include "agent/base/Errors.h"
 #include "agent/base/SocketAddress.h"
 #include "agent/base/TablesPath.h"
 #include "agent/cli/Commands.h"
@@ -23,6 +25,7 @@ struct RunOptions {
     bool json = false;
     int traceLevel = Ringlog::TraceHandle::off;
     std::vector<std::string> vrfs;
+    bool noVrfDevices = false;
     std::string configFile;
     std::string socket;
     bool noSocket = false;
@@ -32,6 +35,9 @@ struct RunOptions {
     bool noTables = false;
     std::string tablesGroup;
     std::string leaks = "config";
+    bool install = false;
+    int installProtocol = 77;
+    bool keepInstalled = false;
 };
 
 /// Namespaces and clients take descriptors, and the usual soft limit is for programs that select().
@@ -64,12 +70,27 @@ std::optional<LiveAgent::TablesPlace> tablesPlace(const RunOptions& options) {
     return LiveAgent::TablesPlace{defaultTablesPath(), true, group};
 }
 
+/// None where nothing is installed. Throws BadInputError for options that ask for nothing.
+std::optional<Installer::Options> installOptions(const RunOptions& options) {
+    if (options.install) {
+        return Installer::Options{static_cast<std::uint8_t>(options.installProtocol),
+                                  options.keepInstalled};
+    }
+    if (options.keepInstalled || options.installProtocol != RunOptions().installProtocol) {
+        throw BadInputError("--keep-installed and --install-protocol need --install");
+    }
+    return std::nullopt;
+}
+
 void run(const RunOptions& options) {
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
     raiseFileLimit();
     placeRing(options.ring, options.once ? RingDefault::nowhere : RingDefault::stateFolder, report);
-    LiveAgent agent({readVrfOptions(options.vrfs), options.configFile, tablesPlace(options),
-                     options.leaks == "external"});
+    LiveAgent agent({{readVrfOptions(options.vrfs), !options.noVrfDevices},
+                     options.configFile,
+                     tablesPlace(options),
+                     options.leaks == "external",
+                     installOptions(options)});
     listen(agent, options);
     if (!options.vipLog.empty()) {
         agent.logVirtualIps(options.vipLog);
@@ -92,7 +113,8 @@ Command runCommand() {
         .name = "run",
         .description =
             "Run live on this machine: the network namespace it is started in is the VRF "
-            "\"default\". Prints each route that comes (+), changes (~) or goes (-), as it "
+            "\"default\", and each VRF device is the VRF of its name. Prints each route that comes "
+            "(+), changes (~) or goes (-), as it "
             "happens, "
             "until SIGINT or SIGTERM; the stop prints nothing.",
         .arguments =
@@ -106,6 +128,9 @@ Command runCommand() {
                       "one; any number",
               .value = &options->vrfs,
               .placeholder = "NAME=NETNS"},
+             {.name = "--no-vrf-devices",
+              .help = "Do not follow VRF devices as VRFs: all addresses of a namespace are in one",
+              .value = &options->noVrfDevices},
              {.name = "--config",
               .help = "A device document with virtualIps, leaks, ribWaits, vrfs.NAME.id and "
                       "gracefulRestart; SIGHUP reads it again",
@@ -143,6 +168,19 @@ Command runCommand() {
                       "the tables, see the command leaks",
               .value = &options->leaks,
               .choices = {"config", "external"}},
+             {.name = "--install",
+              .help = "Install in the kernel the routes that it does not make by itself: those of "
+                      "virtual addresses, and leaked ones",
+              .value = &options->install,
+              .excludes = "--once"},
+             {.name = "--install-protocol",
+              .help = "The protocol number of what is installed; nothing of another one is touched",
+              .value = &options->installProtocol,
+              .placeholder = "N",
+              .range = {{5, 255}}},
+             {.name = "--keep-installed",
+              .help = "Leave what is installed in the kernel at the end",
+              .value = &options->keepInstalled},
              ringOption(options->ring),
              vipLogOption(options->vipLog)},
         .run = [options] { run(*options); }};

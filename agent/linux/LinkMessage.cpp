@@ -9,6 +9,7 @@
 #include <linux/rtnetlink.h>
 #include <netlink/attr.h>
 #include <netlink/msg.h>
+#include <string_view>
 #include <sys/socket.h>
 
 namespace Agent::Linux {
@@ -17,27 +18,62 @@ namespace {
 
 constexpr std::uint32_t leastIpv6Mtu = 1280;
 
-std::array<nla_policy, IFLA_MASTER + 1> makeLinkPolicy() {
-    std::array<nla_policy, IFLA_MASTER + 1> policy{};
+constexpr std::string_view vrfKind = "vrf";
+
+template <int last>
+using Attributes = std::array<nlattr*, last + 1>;
+
+std::array<nla_policy, IFLA_LINKINFO + 1> makeLinkPolicy() {
+    std::array<nla_policy, IFLA_LINKINFO + 1> policy{};
     policy[IFLA_IFNAME].type = NLA_STRING;
     policy[IFLA_MASTER].type = NLA_U32;
     policy[IFLA_MTU].type = NLA_U32;
+    policy[IFLA_LINKINFO].type = NLA_NESTED;
     return policy;
 }
 
-Lanx::IntfId nameOf(nlattr* attribute) {
-    auto length = static_cast<std::size_t>(nla_len(attribute));
+std::string_view textOf(const nlattr* attribute) {
+    if (attribute == nullptr) {
+        return {};
+    }
+    const auto length = static_cast<std::size_t>(nla_len(attribute));
     const auto* text = static_cast<const char*>(nla_data(attribute));
-    return Lanx::IntfId(documentName({text, ::strnlen(text, length)}));
+    return {text, ::strnlen(text, length)};
+}
+
+/// What kind of link it is, and of which kind its master is.
+void readKinds(nlattr* linkInfo, LinkMessage& message) {
+    Attributes<IFLA_INFO_MAX> kinds{};
+    if (linkInfo == nullptr
+        || nla_parse_nested(kinds.data(), IFLA_INFO_MAX, linkInfo, nullptr) < 0) {
+        return;
+    }
+    message.isInVrf = message.master != 0 && textOf(kinds[IFLA_INFO_SLAVE_KIND]) == vrfKind;
+    Attributes<IFLA_VRF_MAX> vrf{};
+    if (textOf(kinds[IFLA_INFO_KIND]) == vrfKind && kinds[IFLA_INFO_DATA] != nullptr
+        && nla_parse_nested(vrf.data(), IFLA_VRF_MAX, kinds[IFLA_INFO_DATA], nullptr) == 0
+        && vrf[IFLA_VRF_TABLE] != nullptr
+        && nla_len(vrf[IFLA_VRF_TABLE]) >= static_cast<int>(sizeof(std::uint32_t))) {
+        message.vrfTable = nla_get_u32(vrf[IFLA_VRF_TABLE]);
+    }
 }
 
 } // namespace
 
+bool LinkMessage::isUp() const { return (flags & IFF_UP) != 0; }
+
 bool LinkMessage::fitsIpv6() const { return mtu >= leastIpv6Mtu; }
+
+int LinkMessage::vrfDevice() const {
+    if (vrfTable != 0) {
+        return index;
+    }
+    return isInVrf ? master : 0;
+}
 
 KernelDevicePatch LinkMessage::device() const {
     // Packets pass while the link is administratively up and has carrier.
-    const bool running = (flags & IFF_UP) != 0 && (flags & IFF_RUNNING) != 0;
+    const bool running = isUp() && (flags & IFF_RUNNING) != 0;
     KernelDevicePatch device;
     device.device.make() = name.name();
     device.running.make() = running;
@@ -49,10 +85,10 @@ std::optional<LinkMessage> LinkMessage::parse(const nlmsghdr& header) {
         return std::nullopt;
     }
     static const auto policy = makeLinkPolicy();
-    std::array<nlattr*, IFLA_MASTER + 1> attributes{};
+    Attributes<IFLA_LINKINFO> attributes{};
     // The library reads only, though it asks for a mutable header.
     auto* message = const_cast<nlmsghdr*>(&header);
-    if (nlmsg_parse(message, sizeof(ifinfomsg), attributes.data(), IFLA_MASTER, policy.data())
+    if (nlmsg_parse(message, sizeof(ifinfomsg), attributes.data(), IFLA_LINKINFO, policy.data())
         < 0) {
         return std::nullopt;
     }
@@ -60,20 +96,22 @@ std::optional<LinkMessage> LinkMessage::parse(const nlmsghdr& header) {
     if (info->ifi_family != AF_UNSPEC || info->ifi_index <= 0 || !attributes[IFLA_IFNAME]) {
         return std::nullopt;
     }
-    const Lanx::IntfId name = nameOf(attributes[IFLA_IFNAME]);
+    const Lanx::IntfId name(documentName(textOf(attributes[IFLA_IFNAME])));
     if (!name) {
         return std::nullopt;
     }
     const auto number = [&](std::size_t type) {
         return attributes[type] ? nla_get_u32(attributes[type]) : 0;
     };
-    return LinkMessage{.index = info->ifi_index,
-                       .name = name,
-                       .flags = info->ifi_flags,
-                       .changed = info->ifi_change,
-                       .master = static_cast<int>(number(IFLA_MASTER)),
-                       .mtu = number(IFLA_MTU),
-                       .removed = header.nlmsg_type == RTM_DELLINK};
+    LinkMessage link{.index = info->ifi_index,
+                     .name = name,
+                     .flags = info->ifi_flags,
+                     .changed = info->ifi_change,
+                     .master = static_cast<int>(number(IFLA_MASTER)),
+                     .mtu = number(IFLA_MTU),
+                     .removed = header.nlmsg_type == RTM_DELLINK};
+    readKinds(attributes[IFLA_LINKINFO], link);
+    return link;
 }
 
 } // namespace Agent::Linux

@@ -20,14 +20,23 @@ struct LinkMessage {
     std::uint32_t flags = 0;
     /// IFF_* bits that the announced change touched; 0 in a listing, all ones for a new link.
     std::uint32_t changed = 0;
-    /// Index of the bridge or VRF device the link belongs to, 0 if none.
+    /// Index of the bridge, bond or VRF device the link belongs to, 0 if none.
     int master = 0;
+    /// Whether the master is a VRF device.
+    bool isInVrf = false;
+    /// The routing table of a VRF device, 0 if the link is none.
+    std::uint32_t vrfTable = 0;
     /// Bytes of the largest packet; 0 if the message does not say.
     std::uint32_t mtu = 0;
     bool removed = false;
 
+    /// Whether it is administratively up.
+    bool isUp() const;
     /// Whether packets are large enough for IPv6. If not, the kernel has no IPv6 on the link.
     bool fitsIpv6() const;
+    /// Index of the VRF device that the link's addresses belong to: itself or its own master. 0 if
+    /// they belong to the namespace.
+    int vrfDevice() const;
     /// What the document says of the link.
     KernelDevicePatch device() const;
 

@@ -25,8 +25,8 @@ constexpr double longestRetryPause = 5;
 } // namespace
 
 NamespaceMonitor::NamespaceMonitor(Options options)
-    : options_(std::move(options)), view_(options_.netns, options_.vrf), netlink_(options_.netlink),
-      failurePause_(retryPause) {}
+    : options_(std::move(options)), view_(options_.netns, options_.vrf, options_.vrfDevices),
+      netlink_(options_.netlink), failurePause_(retryPause) {}
 
 void NamespaceMonitor::start() {
     markAll();

@@ -33,6 +33,8 @@ class NamespaceMonitor {
         Lanx::NamespaceName netns = Lanx::NamespaceName::defaultNamespace();
         /// The key of its addresses in the sections "ipv4" and "ipv6".
         L3::VrfName vrf = L3::VrfName::defaultVrf();
+        /// Whether VRF devices have addresses of their own VRFs (see NamespaceView).
+        bool vrfDevices = true;
         RouteNetlink::Options netlink;
         MonotonicClock clock = steadySeconds;
     };
@@ -59,6 +61,10 @@ class NamespaceMonitor {
     bool isSettled() const;
     /// Why the last round failed; empty if it did not. A round that failed is repeated.
     const std::string& failure() const { return failure_; }
+
+    /// What the kernel has, as far as it is known.
+    NamespaceView& view() { return view_; }
+    const NamespaceView& view() const { return view_; }
 
     /// The merge patch on the device document since the last one taken; an empty one if nothing
     /// has changed.

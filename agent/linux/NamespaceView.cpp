@@ -8,19 +8,28 @@ namespace Agent::Linux {
 
 namespace {
 
-/// A change of these makes the kernel withdraw, restore or re-examine IPv6 addresses, in part
-/// without a word.
-constexpr std::uint32_t stateFlags = IFF_UP | IFF_RUNNING | IFF_LOWER_UP;
-
+/// Whether the link may have lost IPv6 addresses without a word.
 bool leavesIpv6InDoubt(const LinkMessage& before, const LinkMessage& now) {
-    return (((before.flags ^ now.flags) | now.changed) & stateFlags) != 0
-           || before.master != now.master || before.fitsIpv6() != now.fitsIpv6();
+    return before.master != now.master || before.fitsIpv6() != now.fitsIpv6();
+}
+
+bool goesDown(const LinkMessage& before, const LinkMessage& now) {
+    return !now.isUp() && (before.isUp() || (now.changed & IFF_UP) != 0);
+}
+
+template <typename Key, typename T>
+void appendGiven(MapPatch<Key, T>& patch, const Key& key, Edit<T> edit) {
+    if (edit.isGiven()) {
+        patch.append(key) = std::move(edit);
+    }
 }
 
 } // namespace
 
-NamespaceView::NamespaceView(Lanx::NamespaceName netns, L3::VrfName vrf)
-    : netns_(std::move(netns)), vrf_(std::move(vrf)) {}
+NamespaceView::NamespaceView(Lanx::NamespaceName netns, L3::VrfName vrf, bool vrfDevices)
+    : netns_(std::move(netns)), vrfDevices_(vrfDevices) {
+    vrfs_.emplace(0, std::move(vrf));
+}
 
 bool NamespaceView::apply(const LinkMessage& message) {
     if (message.removed) {
@@ -35,16 +44,19 @@ bool NamespaceView::apply(const LinkMessage& message) {
         claimName(model);
         return true;
     }
-    bool certain = !leavesIpv6InDoubt(model.link, message);
-    bool renamed = model.link.name != message.name;
-    if (renamed) {
-        releaseName(model);
+    const bool moved = vrfDeviceOf(model.link) != vrfDeviceOf(message);
+    const bool certain = moved || !leavesIpv6InDoubt(model.link, message);
+    const bool whole = moved || model.link.isUp() != message.isUp();
+    if (moved || goesDown(model.link, message)) {
+        model.ipv6 = {}; // those that the kernel keeps it announces when it uses them again
     }
-    model.link = message;
-    if (renamed) {
+    if (model.link.name != message.name) {
+        releaseName(model);
+        model.link = message;
         claimName(model);
     } else {
-        touched_[message.name];
+        model.link = message;
+        touched_[message.name].whole |= whole;
     }
     return certain;
 }
@@ -83,6 +95,7 @@ void NamespaceView::replaceAll(const ListedLinks& listed) {
     }
     owners_.clear();
     links_.clear();
+    devicesTouched_ = true;
     for (const LinkMessage& link : listed.links) {
         LinkModel& model = links_[link.index];
         model.link = link;
@@ -116,23 +129,46 @@ void NamespaceView::replaceOne(int index, const ListedLinks& listed) {
     claimName(model);
 }
 
+std::optional<std::vector<VrfDevice>> NamespaceView::takeVrfDevices() {
+    if (!vrfDevices_ || !std::exchange(devicesTouched_, false)) {
+        return std::nullopt;
+    }
+    std::vector<VrfDevice> devices;
+    for (const auto& [index, model] : links_) {
+        if (model.link.vrfTable != 0) {
+            devices.push_back({index, model.link.name, model.link.vrfTable});
+        }
+    }
+    std::ranges::sort(devices, {}, &VrfDevice::index);
+    if (devices == toldDevices_) {
+        return std::nullopt;
+    }
+    toldDevices_ = devices;
+    return devices;
+}
+
+void NamespaceView::vrfIs(int device, std::optional<L3::VrfName> vrf) {
+    for (const auto& [index, model] : links_) {
+        if (vrfDeviceOf(model.link) == device) {
+            touchWhole(model.link.name);
+        }
+    }
+    if (vrf) {
+        vrfs_.insert_or_assign(device, *std::move(vrf));
+    } else {
+        vrfs_.erase(device);
+    }
+}
+
 DevicePatch NamespaceView::takePatch() {
     MapPatch<Lanx::IntfId, KernelDevicePatch> kernel;
-    MapPatch<Lanx::IntfId, Ipv4InterfacePatch> ipv4;
-    MapPatch<Lanx::IntfId, Ipv6InterfacePatch> ipv6;
-    const auto append = [](auto& section, Lanx::IntfId name, auto& entry) {
-        if (entry.isGiven()) {
-            section.append(name) = std::move(entry);
-        }
-    };
+    AddressPatches addresses;
     for (auto& [name, touched] : touched_) {
-        const auto owner = owners_.find(name);
-        const LinkModel* model = owner == owners_.end() ? nullptr : &links_.at(owner->second);
-        auto entries = published_[name].publish(model, std::move(touched));
-        append(kernel, name, entries.kernel);
-        append(ipv4, name, entries.ipv4);
-        append(ipv6, name, entries.ipv6);
-        if (!model) {
+        const LinkModel* const model = owner(name);
+        PublishedInterface& published = published_[name];
+        appendGiven(kernel, name, published.publishDevice(model));
+        publishAddresses(name, model, published, std::move(touched), addresses);
+        if (model == nullptr) {
             published_.erase(name);
         }
     }
@@ -145,17 +181,55 @@ DevicePatch NamespaceView::takePatch() {
         }
     };
     place(patch.kernel, netns_, kernel);
-    place(patch.ipv4, vrf_, ipv4);
-    place(patch.ipv6, vrf_, ipv6);
+    for (auto& [vrf, changed] : addresses) {
+        place(patch.ipv4, vrf, changed.ipv4);
+        place(patch.ipv6, vrf, changed.ipv6);
+    }
     return patch;
 }
 
+void NamespaceView::publishAddresses(Lanx::IntfId name, const LinkModel* model,
+                                     PublishedInterface& published,
+                                     PublishedInterface::Touched touched,
+                                     AddressPatches& patches) const {
+    const auto append = [&](const L3::VrfName& vrf, PublishedInterface::Addresses entries) {
+        AddressPatch& patch = patches[vrf];
+        appendGiven(patch.ipv4, name, std::move(entries.ipv4));
+        appendGiven(patch.ipv6, name, std::move(entries.ipv6));
+    };
+    const L3::VrfName* const vrf = vrfOf(model);
+    const std::optional<L3::VrfName> before = published.vrf();
+    if (before && (vrf == nullptr || *vrf != *before)) {
+        append(*before, published.withdrawAddresses());
+        touched.whole = true;
+    }
+    if (vrf != nullptr) {
+        append(*vrf, published.publishAddresses(*vrf, *model, std::move(touched)));
+    }
+}
+
+const LinkModel* NamespaceView::owner(Lanx::IntfId name) const {
+    const auto found = owners_.find(name);
+    return found == owners_.end() ? nullptr : &links_.at(found->second);
+}
+
+/// Null for no link, and while the link's VRF device has no VRF.
+const L3::VrfName* NamespaceView::vrfOf(const LinkModel* model) const {
+    if (model == nullptr) {
+        return nullptr;
+    }
+    const auto found = vrfs_.find(vrfDeviceOf(model->link));
+    return found == vrfs_.end() ? nullptr : &found->second;
+}
+
 void NamespaceView::claimName(const LinkModel& model) {
+    devicesTouched_ = devicesTouched_ || model.link.vrfTable != 0;
     owners_[model.link.name] = model.link.index;
     touchWhole(model.link.name);
 }
 
 void NamespaceView::releaseName(const LinkModel& model) {
+    devicesTouched_ = devicesTouched_ || model.link.vrfTable != 0;
     auto owner = owners_.find(model.link.name);
     if (owner != owners_.end() && owner->second == model.link.index) {
         owners_.erase(owner);

@@ -43,6 +43,18 @@ bool NetlinkSocket::checkStrictly() {
     return ::setsockopt(fd(), SOL_NETLINK, NETLINK_GET_STRICT_CHK, &on, sizeof on) == 0;
 }
 
+void NetlinkSocket::askForWords() {
+    int on = 1;
+    ::setsockopt(fd(), SOL_NETLINK, NETLINK_EXT_ACK, &on, sizeof on);
+    ::setsockopt(fd(), SOL_NETLINK, NETLINK_CAP_ACK, &on, sizeof on);
+}
+
+int NetlinkSocket::bufferSize() const {
+    int bytes = 0;
+    socklen_t size = sizeof bytes;
+    return ::getsockopt(fd(), SOL_SOCKET, SO_RCVBUF, &bytes, &size) == 0 ? bytes : 0;
+}
+
 bool NetlinkSocket::send(std::span<const std::byte> request) {
     sockaddr_nl kernel{};
     kernel.nl_family = AF_NETLINK;

@@ -34,6 +34,11 @@ class NetlinkSocket {
     /// whether it can.
     bool checkStrictly();
 
+    /// Asks the kernel to say in words why it refuses a request, and not to repeat the request.
+    void askForWords();
+    /// Bytes that the kernel lets wait in the receive buffer; it counts its own overhead too.
+    int bufferSize() const;
+
     int fd() const { return file_.get(); }
     /// Returns whether the kernel took the request.
     bool send(std::span<const std::byte> request);

@@ -50,38 +50,40 @@ Edit<T> changeOf(T patch) {
 
 } // namespace
 
-PublishedInterface::Entries PublishedInterface::publish(const LinkModel* model, Touched touched) {
-    if (touched.whole) {
-        appendKeys(secondaries_, touched.ipv4);
-        appendKeys(ipv6_, touched.ipv6);
-        if (model) {
-            model->ipv4.forEach([&](const Ipv4& address) { touched.ipv4.push_back(address); });
-            model->ipv6.forEach([&](const Ipv6& address) { touched.ipv6.push_back(address); });
-        }
-    }
-    return {.kernel = publishKernel(model),
-            .ipv4 = publishIpv4(model, std::move(touched.ipv4)),
-            .ipv6 = publishIpv6(model, touched.ipv6)};
-}
-
-Edit<KernelDevicePatch> PublishedInterface::publishKernel(const LinkModel* model) {
+Edit<KernelDevicePatch> PublishedInterface::publishDevice(const LinkModel* model) {
     auto now =
         model ? Edit<KernelDevicePatch>::to(model->link.device()) : Edit<KernelDevicePatch>();
-    auto change = difference(kernel_, now);
-    kernel_ = std::move(now);
+    auto change = difference(device_, now);
+    device_ = std::move(now);
     return change;
 }
 
-Edit<Ipv4InterfacePatch> PublishedInterface::publishIpv4(const LinkModel* model,
+PublishedInterface::Addresses PublishedInterface::publishAddresses(const L3::VrfName& vrf,
+                                                                   const LinkModel& model,
+                                                                   Touched touched) {
+    vrf_ = vrf;
+    if (touched.whole) {
+        appendKeys(secondaries_, touched.ipv4);
+        appendKeys(ipv6_, touched.ipv6);
+        model.ipv4.forEach([&](const Ipv4& address) { touched.ipv4.push_back(address); });
+        model.ipv6.forEach([&](const Ipv6& address) { touched.ipv6.push_back(address); });
+    }
+    return {.ipv4 = publishIpv4(model, std::move(touched.ipv4)),
+            .ipv6 = publishIpv6(model, touched.ipv6)};
+}
+
+PublishedInterface::Addresses PublishedInterface::withdrawAddresses() {
+    vrf_.reset();
+    return {.ipv4 = withdrawIpv4(), .ipv6 = withdrawIpv6()};
+}
+
+Edit<Ipv4InterfacePatch> PublishedInterface::publishIpv4(const LinkModel& model,
                                                          std::vector<Ipv4> touched) {
-    if (!model || model->ipv4.isEmpty()) {
-        const bool wasThere = primary_ || !secondaries_.empty();
-        primary_.reset();
-        secondaries_.clear();
-        return removalIf<Ipv4InterfacePatch>(wasThere);
+    if (model.ipv4.isEmpty()) {
+        return withdrawIpv4();
     }
     Ipv4InterfacePatch patch;
-    const auto primary = model->ipv4.primary();
+    const auto primary = model.ipv4.primary();
     if (primary != primary_) {
         patch.address = primary ? Edit<Ipv4>::to(*primary) : Edit<Ipv4>::removal();
         // Both change roles, whether a message named them or not.
@@ -93,7 +95,7 @@ Edit<Ipv4InterfacePatch> PublishedInterface::publishIpv4(const LinkModel* model,
         primary_ = primary;
     }
     auto secondaries = bring(secondaries_, touched, [&](const Ipv4& address) {
-        return model->ipv4.isSecondary(address) ? Edit<bool>::to(true) : Edit<bool>();
+        return model.ipv4.isSecondary(address) ? Edit<bool>::to(true) : Edit<bool>();
     });
     const bool isLast = !secondaries.empty() && secondaries_.empty();
     patch.secondary = isLast ? Edit<Ipv4InterfacePatch::Secondaries>::removal()
@@ -101,15 +103,26 @@ Edit<Ipv4InterfacePatch> PublishedInterface::publishIpv4(const LinkModel* model,
     return changeOf(std::move(patch));
 }
 
-Edit<Ipv6InterfacePatch> PublishedInterface::publishIpv6(const LinkModel* model,
+Edit<Ipv4InterfacePatch> PublishedInterface::withdrawIpv4() {
+    const bool wasThere = primary_ || !secondaries_.empty();
+    primary_.reset();
+    secondaries_.clear();
+    return removalIf<Ipv4InterfacePatch>(wasThere);
+}
+
+Edit<Ipv6InterfacePatch> PublishedInterface::publishIpv6(const LinkModel& model,
                                                          const std::vector<Ipv6>& touched) {
-    if (!model || model->ipv6.isEmpty()) {
-        const bool wasThere = !ipv6_.empty();
-        ipv6_.clear();
-        return removalIf<Ipv6InterfacePatch>(wasThere);
+    if (model.ipv6.isEmpty() || !model.link.isUp()) {
+        return withdrawIpv6(); // the kernel uses none while the link is down
     }
     return changeOf(
-        bring(ipv6_, touched, [&](const Ipv6& address) { return model->ipv6.entry(address); }));
+        bring(ipv6_, touched, [&](const Ipv6& address) { return model.ipv6.entry(address); }));
+}
+
+Edit<Ipv6InterfacePatch> PublishedInterface::withdrawIpv6() {
+    const bool wasThere = !ipv6_.empty();
+    ipv6_.clear();
+    return removalIf<Ipv6InterfacePatch>(wasThere);
 }
 
 } // namespace Agent::Linux

@@ -24,27 +24,35 @@ class PublishedInterface {
         std::vector<Ipv4> ipv4;
         std::vector<Ipv6> ipv6;
     };
-    /// What is to change in the interface's entry in the section of that name.
-    struct Entries {
-        Edit<KernelDevicePatch> kernel;
+    /// What is to change in the interface's entries of a VRF.
+    struct Addresses {
         Edit<Ipv4InterfacePatch> ipv4;
         Edit<Ipv6InterfacePatch> ipv6;
     };
 
-    /// `model` is the link that now has the name, null if none has. Costs as much as `touched`
-    /// names, or the addresses of both sides if that is everything.
-    Entries publish(const LinkModel* model, Touched touched);
+    /// What is to change in the interface's entry in its namespace. `model` is the link that now
+    /// has the name, null if none has.
+    Edit<KernelDevicePatch> publishDevice(const LinkModel* model);
+
+    /// The VRF in which its addresses stand, if they stand in any.
+    const std::optional<L3::VrfName>& vrf() const { return vrf_; }
+    /// Addresses that stand in another VRF are withdrawn first. Costs as much as `touched` names,
+    /// or the addresses of both sides if that is everything.
+    Addresses publishAddresses(const L3::VrfName& vrf, const LinkModel& model, Touched touched);
+    Addresses withdrawAddresses();
 
   private:
     /// What the document says of addresses.
     template <typename Address, typename Value>
     using Said = std::unordered_map<Address, Edit<Value>, Orb::HashFunction<Address>>;
 
-    Edit<KernelDevicePatch> publishKernel(const LinkModel* model);
-    Edit<Ipv4InterfacePatch> publishIpv4(const LinkModel* model, std::vector<Ipv4> touched);
-    Edit<Ipv6InterfacePatch> publishIpv6(const LinkModel* model, const std::vector<Ipv6>& touched);
+    Edit<Ipv4InterfacePatch> publishIpv4(const LinkModel& model, std::vector<Ipv4> touched);
+    Edit<Ipv4InterfacePatch> withdrawIpv4();
+    Edit<Ipv6InterfacePatch> publishIpv6(const LinkModel& model, const std::vector<Ipv6>& touched);
+    Edit<Ipv6InterfacePatch> withdrawIpv6();
 
-    Edit<KernelDevicePatch> kernel_;
+    Edit<KernelDevicePatch> device_;
+    std::optional<L3::VrfName> vrf_;
     std::optional<Ipv4> primary_;
     Said<Ipv4, Ipv4InterfacePatch::Secondaries::Value> secondaries_;
     Said<Ipv6, Ipv6InterfacePatch::Value> ipv6_;

@@ -56,14 +56,21 @@ LiveAgent::LiveAgent(const Options& options, std::optional<std::string> configTe
     lookup_.emplace(view());
     feed_.emplace(**root_, *inputs_, [this](const RouteFeed::Event& event) { onChange(event); });
     try {
-        device_.emplace(*inputs_, clock_, options.vrfs, document, report_);
+        device_.emplace(*inputs_, clock_, options.device, document, report_);
     } catch (const DocumentError& error) {
         throw BadInputError(config ? config->message(error) : error.what());
+    }
+    if (options.install) {
+        installer_.emplace(view(), *device_, clock_, *options.install, report_);
+        device_->observerIs(&*installer_);
     }
 }
 
 LiveAgent::~LiveAgent() {
     feed_.reset(); // before the root takes all routes back
+    if (installer_) {
+        installer_->finish();
+    }
 }
 
 void LiveAgent::start(const Options& options, bool gracefulRestart) {
@@ -192,6 +199,9 @@ void LiveAgent::listen(const Listening& where) {
 }
 
 void LiveAgent::onChange(const RouteFeed::Event& event) {
+    if (installer_) {
+        installer_->routeChanged(event.key);
+    }
     const bool isWatched = server_ && server_->isWatched();
     if (!isWatched && output_ == nullptr) {
         return;
@@ -231,6 +241,9 @@ void LiveAgent::turn() {
         verifying_ = true;
     }
     checkVipLog();
+    if (installer_) {
+        installer_->turn();
+    }
 }
 
 /// Whether nothing is pending and every VRF is ready, or as ready as it can be: the tables may have

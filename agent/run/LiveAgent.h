@@ -8,6 +8,7 @@
 #include "agent/device/AgentRoot.h"
 #include "agent/device/DeviceInputs.h"
 #include "agent/device/RoomReport.h"
+#include "agent/install/Installer.h"
 #include "agent/output/OutputQueue.h"
 #include "agent/run/ConfigFile.h"
 #include "agent/run/Heartbeat.h"
@@ -41,10 +42,11 @@ class LiveAgent {
     };
 
     struct Options {
-        std::vector<VrfOption> vrfs;
-        std::string configFile;            // empty for none
-        std::optional<TablesPlace> tables; // none for private tables
-        bool externalLeaks = false;        // the tables of leaks are somebody else's
+        LiveDevice::Options device;
+        std::string configFile;                    // empty for none
+        std::optional<TablesPlace> tables;         // none for private tables
+        bool externalLeaks = false;                // the tables of leaks are somebody else's
+        std::optional<Installer::Options> install; // none to change nothing in the kernel
     };
 
     /// Where the agent can be asked: at `path`, or where it is by default. At the default place it
@@ -94,7 +96,10 @@ class LiveAgent {
     void checkLeaks(const DevicePatch& config);
     void onSignal(int signal);
     void reload();
-    AgentView view() const { return {**root_, *inputs_, *clock_}; }
+    AgentView view() const {
+        return {**root_, *inputs_, *clock_, device_ ? &*device_ : nullptr,
+                installer_ ? &*installer_ : nullptr};
+    }
     void onChange(const RouteFeed::Event& event);
     void turn();
     bool isComplete() const;
@@ -119,6 +124,7 @@ class LiveAgent {
     std::optional<RouteLookup> lookup_;
     std::optional<RouteFeed> feed_;
     std::optional<LiveDevice> device_;
+    std::optional<Installer> installer_;
     std::optional<SocketServer> server_;
     RoomReport room_;
     std::optional<VipLogWriter> vipLog_;

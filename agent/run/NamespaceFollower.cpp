@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "agent/patch/Merge.h"
 #include "platform/orb/value/Error.h"
 
 namespace Agent {
@@ -14,13 +13,14 @@ namespace {
 constexpr double firstPause = 0.1;
 constexpr double longestPause = 5;
 
-Linux::NamespaceMonitor::Options optionsFor(const VrfOption& vrf,
+Linux::NamespaceMonitor::Options optionsFor(const NamespaceFollower::Options& follower,
                                             const Orb::Ptr<Orb::Clock>& clock) {
     Linux::NamespaceMonitor::Options options;
-    options.netns = vrf.netns;
-    options.vrf = vrf.vrf;
-    if (vrf.netns != Lanx::NamespaceName::defaultNamespace()) {
-        options.netlink.netns = vrf.netns.value();
+    options.netns = follower.vrf.netns;
+    options.vrf = follower.vrf.vrf;
+    options.vrfDevices = follower.vrfDevices;
+    if (options.netns != Lanx::NamespaceName::defaultNamespace()) {
+        options.netlink.netns = options.netns.value();
     }
     options.clock = [clock] { return clock->now(); };
     return options;
@@ -28,9 +28,9 @@ Linux::NamespaceMonitor::Options optionsFor(const VrfOption& vrf,
 
 } // namespace
 
-NamespaceFollower::NamespaceFollower(VrfOption vrf, Orb::Ptr<Orb::Clock> clock, OnPatch onPatch,
+NamespaceFollower::NamespaceFollower(Options options, Orb::Ptr<Orb::Clock> clock, OnChange onChange,
                                      OnFailure onFailure)
-    : vrf_(std::move(vrf)), clock_(std::move(clock)), onPatch_(std::move(onPatch)),
+    : options_(std::move(options)), clock_(std::move(clock)), onChange_(std::move(onChange)),
       onFailure_(std::move(onFailure)), pause_(firstPause), retry_(*this) {
     retry_.notifierIs(clock_);
     open();
@@ -38,7 +38,7 @@ NamespaceFollower::NamespaceFollower(VrfOption vrf, Orb::Ptr<Orb::Clock> clock, 
 
 void NamespaceFollower::open() {
     try {
-        monitor_.emplace(optionsFor(vrf_, clock_));
+        monitor_.emplace(optionsFor(options_, clock_));
     } catch (const Orb::Error& error) {
         failureIs(error.what());
         retry_.timeMinIs(clock_->now() + pause_);
@@ -61,11 +61,8 @@ void NamespaceFollower::advance() {
     if (failure_.empty()) {
         told_.clear();
     }
-    DevicePatch patch = monitor_->takePatch();
-    const bool isFirst = !std::exchange(learned_, true);
-    if (isFirst || !isEmpty(patch)) {
-        onPatch_(*this, std::move(patch));
-    }
+    learned_ = true;
+    onChange_(*this);
 }
 
 DevicePatch NamespaceFollower::withdraw() {

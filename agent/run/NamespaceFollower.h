@@ -11,29 +11,36 @@
 
 namespace Agent {
 
-/// Follows the links and addresses of one VRF's namespace in the event loop and hands on what has
-/// changed as merge patches. Where the system refuses, it says so and tries again, less and less
-/// often.
+/// Follows the links and addresses of one network namespace in the event loop. Where the system
+/// refuses, it says so and tries again, less and less often.
 class NamespaceFollower {
   public:
-    using OnPatch = std::function<void(NamespaceFollower&, DevicePatch patch)>;
+    using OnChange = std::function<void(NamespaceFollower&)>;
     using OnFailure = std::function<void(const std::string& why)>;
 
-    /// Begins at once. A patch is handed on whenever something has changed; the first one, perhaps
-    /// empty, once all is known. Each cause of failure is told once, and again after all was well.
-    NamespaceFollower(VrfOption vrf, Orb::Ptr<Orb::Clock> clock, OnPatch onPatch,
+    struct Options {
+        VrfOption vrf;
+        bool vrfDevices = true; ///< see Linux::NamespaceView
+    };
+
+    /// Begins at once. Tells when something may have changed, first once all is known. Each cause
+    /// of failure is told once, and again after all was well.
+    NamespaceFollower(Options options, Orb::Ptr<Orb::Clock> clock, OnChange onChange,
                       OnFailure onFailure);
 
-    const VrfOption& vrf() const { return vrf_; }
+    const VrfOption& vrf() const { return options_.vrf; }
 
-    /// Whether the first patch has been handed on.
+    /// Whether everything has been known, and told.
     bool isLearned() const { return learned_; }
+    /// What the kernel has, once it has been learned.
+    Linux::NamespaceView& view() { return monitor_->view(); }
+    const Linux::NamespaceView& view() const { return monitor_->view(); }
     /// Whether nothing is known to be outstanding.
     bool isSettled() const { return learned_ && monitor_->isSettled(); }
     /// Why the namespace cannot be followed at present; empty while all is well.
     const std::string& failure() const { return failure_; }
 
-    /// The merge patch that takes back what was handed on.
+    /// The merge patch that takes back all patches of the view.
     DevicePatch withdraw();
 
   private:
@@ -50,9 +57,9 @@ class NamespaceFollower {
     void advance();
     void failureIs(std::string failure);
 
-    VrfOption vrf_;
+    Options options_;
     Orb::Ptr<Orb::Clock> clock_;
-    OnPatch onPatch_;
+    OnChange onChange_;
     OnFailure onFailure_;
     std::optional<Linux::NamespaceMonitor> monitor_; // none until the namespace could be opened
     std::optional<Watcher> watcher_;

@@ -8,6 +8,7 @@
 #include "agent/document/JsonWriter.h"
 #include "agent/patch/DocumentError.h"
 #include "agent/server/WatchAnswer.h"
+#include "agent/topics/VrfCatalog.h"
 #include "agent/topics/VrfCursor.h"
 #include "platform/ringlog/TraceHandle.h"
 
@@ -90,7 +91,7 @@ void Session::handle(const std::string& line) {
 /// Does what is asked for on the way. Throws DocumentError if the request's VRF does not exist.
 std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
     if (request.vrf && VrfCursor(view_, request.vrf).vrf() == nullptr) {
-        throw DocumentError("/vrf", "no VRF " + request.vrf->value() + " is running");
+        throw DocumentError("/vrf", whyNotUp(*request.vrf));
     }
     if (request.traceLevel) {
         Ringlog::TraceHandle::levelOfAllIs(*request.traceLevel);
@@ -99,6 +100,15 @@ std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
         return std::make_unique<WatchAnswer>(view_, request.vrf);
     }
     return request.topic->answer(view_, request.vrf);
+}
+
+std::string Session::whyNotUp(const L3::VrfName& vrf) const {
+    for (const KnownVrf& known : view_.catalog->knownVrfs()) {
+        if (known.name == vrf && !known.obstacle.empty()) {
+            return "VRF " + vrf.value() + " is not up: " + known.obstacle;
+        }
+    }
+    return "no VRF " + vrf.value() + " is running";
 }
 
 void Session::refuse(const std::string& why) { appendJsonLine(waiting_, "error", why); }

@@ -57,6 +57,7 @@ class Session {
     bool receive();
     void handle(const std::string& line);
     std::unique_ptr<Answer> answerTo(const Request& request) const;
+    std::string whyNotUp(const L3::VrfName& vrf) const;
     void refuse(const std::string& why);
     bool advance();
     bool fill();

@@ -9,7 +9,7 @@ using Lanx::AddressFamily;
 using Vrf::VrfIdMap::VrfId;
 
 RouteRow RouteLookup::row(const Route& route) const {
-    RouteRow row{route.key().prefix(), route.routeType(), {}, {}, {}};
+    RouteRow row{route.key().prefix(), route.routeType(), {}, {}};
     const auto viaSet = view_.inputs.viaSetConfig()->viaSetCollection()->viaSet(route.viaSetKey());
     const auto& vias = row.prefix.af() == AddressFamily::ipv4 ? view_.root.ipv4AllVrfViaConfig()
                                                               : view_.root.ipv6AllVrfViaConfig();

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "agent/base/TextTable.h"
 #include "agent/topics/ValueForm.h"
@@ -99,12 +100,13 @@ Row readRow(JsonValue object) {
     return row;
 }
 
-/// Collects the headings of a row's columns.
+/// Collects the headings of a row's columns, and which of these may be absent.
 class HeadingColumns {
   public:
     template <typename T>
     void operator()(const Column& column, const T&) {
         headings.emplace_back(column.heading);
+        isOptional.push_back(isAbsent(T()));
     }
     template <typename Describe>
     void group(std::string_view, const Describe& describe) {
@@ -112,6 +114,7 @@ class HeadingColumns {
     }
 
     TextTable::Row headings;
+    std::vector<bool> isOptional;
 };
 
 /// Collects the texts of a row's columns.
@@ -137,7 +140,7 @@ class RowTable {
         if (!table_) {
             HeadingColumns columns;
             Row::describe(row, columns);
-            table_.emplace(std::move(columns.headings));
+            table_.emplace(std::move(columns.headings), std::move(columns.isOptional));
         }
         CellColumns columns;
         Row::describe(row, columns);

@@ -78,6 +78,9 @@ struct VrfRow {
     static void describe(auto& row, auto&& column) {
         column({"vrf", "VRF"}, row.vrf);
         describeState(row, column);
+        describeRoutes(row, column);
+    }
+    static void describeRoutes(auto& row, auto&& column) {
         column.group("routes", [&](auto&& counts) {
             counts({"ipv4", "IPv4 ROUTES"}, row.ipv4Routes);
             counts({"ipv6", "IPv6 ROUTES"}, row.ipv6Routes);
@@ -97,7 +100,8 @@ struct RouteRow {
     Routing::Fib::RouteType type = {};
     Lanx::IntfId intf; // the empty one where the tables lack a record on the way to it
     NameOrNull via;    // which of the interface's via sets
-    std::optional<NameOrNull> sourceVrf; // of a leaked route; null if no VRF has the id
+    std::optional<NameOrNull> sourceVrf{}; // of a leaked route; null if no VRF has the id
+    std::optional<std::string> kernel{};   // how it stands there, of one that is to be installed
 
     static void describe(auto& row, auto&& column) {
         describePrefix(row, column);
@@ -113,6 +117,7 @@ struct RouteRow {
         column({"intf", "INTERFACE"}, row.intf);
         column({"via", "VIA"}, row.via);
         column({"sourceVrf", "SOURCE VRF", "from "}, row.sourceVrf);
+        column({"kernel", "KERNEL", "kernel "}, row.kernel);
     }
 };
 

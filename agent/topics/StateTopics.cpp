@@ -2,7 +2,6 @@
 #include "agent/topics/StateLines.h"
 #include "agent/topics/StatePrinter.h"
 #include "agent/topics/StateWalk.h"
-#include "agent/topics/VrfTable.h"
 
 namespace Agent {
 
@@ -10,8 +9,7 @@ namespace {
 
 class StateAnswer final : public Answer {
   public:
-    StateAnswer(const AgentView& view, const std::optional<L3::VrfName>& vrf, bool withRoutes)
-        : walk_(view, vrf, withRoutes) {}
+    StateAnswer(const AgentView& view, const std::optional<L3::VrfName>& vrf) : walk_(view, vrf) {}
 
     bool appendNext(std::string& out) override {
         StateLines lines(out);
@@ -44,9 +42,8 @@ class StateReader final : public AnswerPrinter {
     std::unique_ptr<StateSink> sink_;
 };
 
-template <bool withRoutes>
 std::unique_ptr<Answer> answerState(const AgentView& view, const std::optional<L3::VrfName>& vrf) {
-    return std::make_unique<StateAnswer>(view, vrf, withRoutes);
+    return std::make_unique<StateAnswer>(view, vrf);
 }
 
 std::unique_ptr<AnswerPrinter> printStateTables(std::ostream& out, Colour colour) {
@@ -57,17 +54,9 @@ std::unique_ptr<AnswerPrinter> printStateDocument(std::ostream& out) {
     return std::make_unique<StateReader>(makeStateDocuments(out));
 }
 
-std::unique_ptr<AnswerPrinter> printVrfTable(std::ostream& out, Colour) {
-    return std::make_unique<StateReader>(std::make_unique<VrfTable>(out));
-}
-
 } // namespace
 
 extern const Topic routesTopic{"routes", "the routes of each VRF; as JSON the state document",
-                               answerState<true>, printStateTables, printStateDocument};
-
-extern const Topic vrfsTopic{"vrfs",
-                             "the VRFs, whether they are ready and how many routes each has",
-                             answerState<false>, printVrfTable, printLines};
+                               answerState, printStateTables, printStateDocument};
 
 } // namespace Agent

@@ -1,6 +1,7 @@
 #include "agent/topics/StateWalk.h"
 
 #include "agent/device/DeviceInputs.h"
+#include "agent/topics/KernelWords.h"
 #include "directnet/root/RootSm.h"
 #include "platform/orb/loop/Clock.h"
 #include "platform/orb/value/Name.h"
@@ -16,13 +17,17 @@ bool StateWalk::step(StateSink& sink) {
         return true;
     case Next::vrf:
         if (const auto* vrf = walk_.vrf()) {
-            sink.vrf(vrfRow(*vrf));
+            sink.vrf(vrfRow(view_, *vrf));
         }
         next_ = Next::routes;
         return true;
     case Next::routes:
-        if (const auto route = withRoutes_ ? walk_.nextRoute() : std::nullopt) {
-            sink.route(lookup_.row(*route));
+        if (const auto route = walk_.nextRoute()) {
+            RouteRow row = lookup_.row(*route);
+            if (view_.kernel != nullptr) {
+                row.kernel = view_.kernel->words(route->key());
+            }
+            sink.route(row);
             return true;
         }
         next_ = walk_.nextVrf() ? Next::vrf : Next::totals;
@@ -37,20 +42,20 @@ bool StateWalk::step(StateSink& sink) {
     return false;
 }
 
-VrfRow StateWalk::vrfRow(const RouteWalk::ContainerSm& vrf) const {
+VrfRow vrfRow(const AgentView& view, const RouteWalk::ContainerSm& vrf) {
     VrfRow row;
     row.vrf = vrf.vrfName().value();
     row.id = vrf.vrfId().value();
     row.ready = {vrf.vrfReadyStatus()->v4DirectNetsReady(),
                  vrf.vrfReadyStatus()->v6DirectNetsReady()};
     const auto* rib = dynamic_cast<const Routing::Rib::ProtoVrfStatus*>(
-        view_.inputs.protoStatusDir()->entity(Orb::Name(row.vrf)));
+        view.inputs.protoStatusDir()->entity(Orb::Name(row.vrf)));
     if (rib != nullptr) {
         row.rib = RibWait{rib->ready(), {rib->readyTime()}};
     }
     row.backlog = vrf.intfBacklog()->backlog().size();
-    const auto* ipv4 = view_.root.ipv4AllVrfRouteConfig()->routes(vrf.vrfId());
-    const auto* ipv6 = view_.root.ipv6AllVrfRouteConfig()->routes(vrf.vrfId());
+    const auto* ipv4 = view.root.ipv4AllVrfRouteConfig()->routes(vrf.vrfId());
+    const auto* ipv6 = view.root.ipv6AllVrfRouteConfig()->routes(vrf.vrfId());
     row.ipv4Routes = ipv4 == nullptr ? 0 : ipv4->size();
     row.ipv6Routes = ipv6 == nullptr ? 0 : ipv6->size();
     return row;
@@ -62,7 +67,7 @@ TotalsRow StateWalk::totalsRow() const {
 }
 
 void printState(StateSink& sink, const AgentView& view, const std::optional<std::string>& label) {
-    StateWalk walk(view, {}, true, label);
+    StateWalk walk(view, {}, label);
     while (walk.step(sink)) {
     }
 }

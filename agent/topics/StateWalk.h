@@ -12,11 +12,10 @@ namespace Agent {
 /// row is as it is at its step.
 class StateWalk {
   public:
-    /// One VRF or all, with their routes or without. `label` becomes the state's.
-    StateWalk(const AgentView& view, const std::optional<L3::VrfName>& vrf, bool withRoutes,
+    /// One VRF or all. `label` becomes the state's.
+    StateWalk(const AgentView& view, const std::optional<L3::VrfName>& vrf,
               std::optional<std::string> label = {})
-        : view_(view), label_(std::move(label)), lookup_(view), walk_(view, vrf),
-          withRoutes_(withRoutes) {}
+        : view_(view), label_(std::move(label)), lookup_(view), walk_(view, vrf) {}
 
     /// Hands the next row to the sink, or none this time. Returns false behind the last.
     bool step(StateSink& sink);
@@ -24,16 +23,17 @@ class StateWalk {
   private:
     enum class Next { time, vrf, routes, totals, end };
 
-    VrfRow vrfRow(const RouteWalk::ContainerSm& vrf) const;
     TotalsRow totalsRow() const;
 
     AgentView view_;
     std::optional<std::string> label_;
     RouteLookup lookup_;
     RouteWalk walk_;
-    bool withRoutes_;
     Next next_ = Next::time;
 };
+
+/// What a state says of a VRF itself.
+VrfRow vrfRow(const AgentView& view, const RouteWalk::ContainerSm& vrf);
 
 /// Hands the whole state to the sink, as it is now. The label, if any, is one that a scenario gives
 /// it.

@@ -1,6 +1,8 @@
 #include "tests/agent/KernelRoutes.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "tests/agent/Program.h"
 
@@ -10,54 +12,82 @@ namespace {
 
 using nlohmann::json;
 
-/// What the `ip` utility answers; an empty array if it has nothing to say.
-json askIp(const std::string& netns, const std::string& question) {
-    const std::string out =
-        runShell("ip -j " + (netns.empty() ? "" : "-n " + netns + " ") + question).out;
-    return out.empty() ? json::array() : json::parse(out);
+/// The links and the routes of all tables and families. `ip` is asked once: it starts slowly where
+/// a machine is emulated.
+std::pair<json, json> linksAndRoutes(const std::string& netns) {
+    const std::string in = netns.empty() ? "" : "-n " + netns + ' ';
+    std::istringstream out(
+        runShell("exec ip -j -d " + in + "-batch -", "link\nroute show table all").out);
+    const auto next = [&] {
+        std::string line;
+        std::getline(out, line);
+        return line.empty() ? json::array() : json::parse(line);
+    };
+    json links = next();
+    return {std::move(links), next()};
 }
 
-std::set<std::string> runningLinks(const std::string& netns) {
-    std::set<std::string> links;
-    for (const json& link : askIp(netns, "link")) {
-        const std::set<std::string> flags = link["flags"];
-        if (flags.contains("UP") && !flags.contains("NO-CARRIER")) {
-            links.insert(link["ifname"]);
+bool isRunning(const json& link) {
+    const std::set<std::string> flags = link["flags"];
+    return flags.contains("UP") && !flags.contains("NO-CARRIER");
+}
+
+/// The VRF devices among the links, by table.
+std::map<std::string, std::string> vrfDevices(const json& links) {
+    const json::json_pointer kind("/linkinfo/info_kind");
+    const json::json_pointer table("/linkinfo/info_data/table");
+    std::map<std::string, std::string> devices;
+    for (const json& link : links) {
+        if (link.value(kind, "") == "vrf") {
+            devices[std::to_string(link.value(table, 0))] = link["ifname"];
         }
     }
-    return links;
+    return devices;
 }
 
+bool isIpv4(const std::string& prefix) { return prefix.find(':') == std::string::npos; }
+
 /// Whether the agent has a route like this one of the kernel's, whose link is running.
-bool isConnected(const json& route, bool ipv4) {
+bool isConnected(const json& route) {
     const std::string type = route.value("type", "unicast");
     const std::string prefix = route["dst"];
-    const bool isFarEnd = ipv4 && type == "unicast" && prefix.find('/') == std::string::npos;
-    return type != "anycast" && type != "multicast" && !isFarEnd && prefix.rfind("fe80:", 0) != 0;
+    const bool isFarEnd =
+        isIpv4(prefix) && type == "unicast" && prefix.find('/') == std::string::npos;
+    return route.value("protocol", "") == "kernel" && type != "anycast" && type != "multicast"
+           && !isFarEnd && prefix.rfind("fe80:", 0) != 0;
 }
 
 } // namespace
 
-RoutesByPrefix kernelRoutes(const std::string& netns) {
-    const std::set<std::string> links = runningLinks(netns);
-    RoutesByPrefix routes;
-    for (const bool ipv4 : {true, false}) {
-        for (const std::string table : {"main", "local"}) {
-            for (const json& route :
-                 askIp(netns, (ipv4 ? "-4 route show table " : "-6 route show table ") + table)) {
-                if (!links.contains(route.value("dev", "")) || !isConnected(route, ipv4)) {
-                    continue;
-                }
-                std::string prefix = route["dst"];
-                if (prefix.find('/') == std::string::npos) {
-                    prefix += ipv4 ? "/32" : "/128";
-                }
-                routes[prefix].insert(route["dev"]);
-            }
+std::map<std::string, RoutesByPrefix> kernelVrfs(const std::string& own, const std::string& netns) {
+    const auto [listed, listedRoutes] = linksAndRoutes(netns);
+    std::set<std::string> links;
+    for (const json& link : listed) {
+        if (isRunning(link)) {
+            links.insert(link["ifname"]);
         }
     }
-    return routes;
+    std::map<std::string, std::string> tables = vrfDevices(listed);
+    std::map<std::string, RoutesByPrefix> vrfs{{own, {}}};
+    for (const auto& [table, device] : tables) {
+        vrfs[device];
+    }
+    tables["main"] = tables["local"] = own;
+    for (const json& route : listedRoutes) {
+        const auto vrf = tables.find(route.value("table", "main"));
+        if (vrf == tables.end() || !links.contains(route.value("dev", "")) || !isConnected(route)) {
+            continue;
+        }
+        std::string prefix = route["dst"];
+        if (prefix.find('/') == std::string::npos) {
+            prefix += isIpv4(prefix) ? "/32" : "/128";
+        }
+        vrfs[vrf->second][prefix].insert(route["dev"]);
+    }
+    return vrfs;
 }
+
+RoutesByPrefix kernelRoutes(const std::string& netns) { return kernelVrfs({}, netns)[{}]; }
 
 RoutesByPrefix agentRoutes(const std::string& state, const std::string& vrf) {
     const json document = json::parse(state, nullptr, false);
@@ -74,6 +104,14 @@ RoutesByPrefix agentRoutes(const std::string& state, const std::string& vrf) {
         }
     }
     return routes;
+}
+
+bool agree(const RoutesByPrefix& kernel, const RoutesByPrefix& agent) {
+    return std::equal(kernel.begin(), kernel.end(), agent.begin(), agent.end(),
+                      [](const auto& route, const auto& own) {
+                          return route.first == own.first
+                                 && route.second.contains(*own.second.begin());
+                      });
 }
 
 } // namespace TestSupport

@@ -129,5 +129,53 @@ TEST_F(NamespaceViewTest, Ipv6AddressCountsOnlyWhileItMayBeUsed) {
     EXPECT_EQ(at("/ipv6/red/e3"), json::parse(R"({"fd00::1/72": true})"));
 }
 
+LinkMessage vrfDevice(int index, const std::string& name, std::uint32_t table) {
+    LinkMessage device = link(index, name);
+    device.vrfTable = table;
+    return device;
+}
+
+LinkMessage inVrf(LinkMessage link, int device) {
+    link.master = device;
+    link.isInVrf = true;
+    return link;
+}
+
+TEST_F(NamespaceViewTest, AddressesFollowTheirLinkBetweenVrfsButForThoseOfIpv6) {
+    apply(link(3, "e3"), added(3, "10.0.0.1/24"), added6(3, "fd00::1/64"),
+          vrfDevice(9, "blue", 100), added(9, "10.9.9.9/32"));
+    EXPECT_EQ(view.takeVrfDevices(), (std::vector{VrfDevice{9, Lanx::IntfId("blue"), 100}}));
+    EXPECT_FALSE(view.takeVrfDevices());
+    EXPECT_EQ(at("/ipv4"), json::parse(R"({"red": {"e3": {"address": "10.0.0.1/24"}}})"));
+
+    EXPECT_TRUE(apply(inVrf(link(3, "e3"), 9)));
+    EXPECT_EQ(document["ipv4"]["red"], json::object()) << "nobody has made the device a VRF yet";
+    EXPECT_EQ(document["ipv6"]["red"], json::object());
+
+    view.vrfIs(9, "blue");
+    apply();
+    EXPECT_EQ(at("/ipv4/blue"), json::parse(R"({"e3": {"address": "10.0.0.1/24"},
+                                                "blue": {"address": "10.9.9.9/32"}})"));
+    EXPECT_TRUE(apply(added6(3, "fd00::2/64")));
+    EXPECT_EQ(at("/ipv6/blue"), json::parse(R"({"e3": {"fd00::2/64": true}})"));
+    EXPECT_EQ(at("/kernel/ns-red").size(), 2) << "devices stay where they are";
+
+    apply(link(3, "e3"), removed(vrfDevice(9, "blue", 100)));
+    EXPECT_EQ(at("/ipv4"), json::parse(R"({"red": {"e3": {"address": "10.0.0.1/24"}},
+                                           "blue": {}})"));
+    EXPECT_EQ(view.takeVrfDevices(), std::vector<VrfDevice>());
+}
+
+TEST_F(NamespaceViewTest, PortsOfABridgeInAVrfStayInTheNamespace) {
+    LinkMessage port = link(4, "port");
+    port.master = 3;
+    apply(vrfDevice(9, "blue", 100), inVrf(link(3, "bridge"), 9), port, added(3, "10.0.0.1/24"),
+          added(4, "10.4.0.1/24"));
+    view.vrfIs(9, "blue");
+    apply();
+    EXPECT_EQ(at("/ipv4"), json::parse(R"({"blue": {"bridge": {"address": "10.0.0.1/24"}},
+                                           "red": {"port": {"address": "10.4.0.1/24"}}})"));
+}
+
 } // namespace
 } // namespace Agent::Linux

@@ -83,6 +83,35 @@ TEST(RouteMessageTest, BridgePortAndMalformedLinksAreNotLinks) {
     EXPECT_EQ(name(Message(RTM_NEWROUTE, linkBody()), "e1"), "none");
 }
 
+std::string number(std::uint32_t value) {
+    return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+/// An attribute as it stands in another.
+std::string nested(int type, const std::string& data) {
+    const nlattr attribute{static_cast<std::uint16_t>(sizeof(nlattr) + data.size()),
+                           static_cast<std::uint16_t>(type)};
+    std::string text(reinterpret_cast<const char*>(&attribute), sizeof attribute);
+    text += data;
+    text.resize(NLMSG_ALIGN(text.size()));
+    return text;
+}
+
+TEST(RouteMessageTest, AddressesBelongToTheVrfDeviceThatALinkIsOrIsAPortOf) {
+    const auto vrfDevice = [](const std::string& linkInfo) {
+        Message message(RTM_NEWLINK, linkBody());
+        message.with(IFLA_IFNAME, std::string("e1") + '\0').with(IFLA_MASTER, number(7));
+        return LinkMessage::parse(message.with(IFLA_LINKINFO, linkInfo).header())->vrfDevice();
+    };
+    const std::string kind = nested(IFLA_INFO_KIND, "vrf");
+    EXPECT_EQ(vrfDevice(nested(IFLA_INFO_KIND, "veth") + nested(IFLA_INFO_SLAVE_KIND, "vrf")), 7);
+    EXPECT_EQ(vrfDevice(nested(IFLA_INFO_SLAVE_KIND, "bridge")), 0);
+    EXPECT_EQ(vrfDevice(kind + nested(IFLA_INFO_DATA, nested(IFLA_VRF_TABLE, number(100)))), 3);
+    EXPECT_EQ(vrfDevice(kind), 0) << "no table";
+    EXPECT_EQ(vrfDevice(kind + nested(IFLA_INFO_DATA, nested(IFLA_VRF_TABLE, "10"))), 0) << "short";
+    EXPECT_EQ(vrfDevice("v"), 0) << "malformed";
+}
+
 TEST(RouteMessageTest, DifferentLinkNamesStayDifferentAndOrdinaryOnesAsTheyAre) {
     EXPECT_EQ(documentName("Ethernet1/2.100:a b\\c"), "Ethernet1/2.100:a b\\c");
     EXPECT_EQ(documentName("\xc3\xa4"), "\xc3\xa4");

@@ -35,15 +35,6 @@ void withoutDuplicateDetection() {
     setKernel("ipv6/conf/default/accept_dad", "0");
 }
 
-/// Whether each of the kernel's prefixes goes through one of its links, and no others are there.
-bool agree(const RoutesByPrefix& kernel, const RoutesByPrefix& agent) {
-    return std::equal(kernel.begin(), kernel.end(), agent.begin(), agent.end(),
-                      [](const auto& route, const auto& own) {
-                          return route.first == own.first
-                                 && route.second.contains(*own.second.begin());
-                      });
-}
-
 /// Waits until the running agent has the routes that the kernel has in its own tables.
 void expectKernelRoutes(LiveProgram& agent, const std::string& vrf, const std::string& netns = {}) {
     RoutesByPrefix kernel;
@@ -228,9 +219,10 @@ TEST_F(RunTest, AgentFollowsNamedNamespacesLeaksAndVirtualIps) {
 
     ASSERT_TRUE(ip("netns del nsred"));
     expectRoute("blue", "ipv4", "10.1.0.1/32", nullptr);
-    EXPECT_TRUE(agent.until([] { return show("vrfs").find("\nred ") == std::string::npos; }));
+    EXPECT_TRUE(agent.untilShown("vrfs", "no such network namespace")) << show("vrfs");
+    EXPECT_THAT(runProgram("show --vrf red").err, HasSubstr("VRF red is not up: no such"));
     ASSERT_TRUE(ip("netns add nsred"));
-    EXPECT_TRUE(agent.untilShown("vrfs", "\nred ")) << show("vrfs");
+    EXPECT_TRUE(agent.until([] { return show("vrfs").find("no such") == std::string::npos; }));
     EXPECT_EQ(agent.endedBy(SIGTERM), 0);
 }
 
