@@ -11,6 +11,7 @@ namespace TestSupport {
 namespace {
 
 using nlohmann::json;
+using RoutesByVrf = std::map<std::string, RoutesByPrefix>;
 
 /// The links and the routes of all tables and families. `ip` is asked once: it starts slowly where
 /// a machine is emulated.
@@ -57,34 +58,49 @@ bool isConnected(const json& route) {
            && !isFarEnd && prefix.rfind("fe80:", 0) != 0;
 }
 
-} // namespace
-
-std::map<std::string, RoutesByPrefix> kernelVrfs(const std::string& own, const std::string& netns) {
-    const auto [listed, listedRoutes] = linksAndRoutes(netns);
-    std::set<std::string> links;
-    for (const json& link : listed) {
-        if (isRunning(link)) {
-            links.insert(link["ifname"]);
-        }
-    }
-    std::map<std::string, std::string> tables = vrfDevices(listed);
-    std::map<std::string, RoutesByPrefix> vrfs{{own, {}}};
+/// The routes that count, by the VRF that has their table.
+template <typename Counts>
+RoutesByVrf byVrf(const std::string& own, const json& links, const json& routes, Counts counts) {
+    std::map<std::string, std::string> tables = vrfDevices(links);
+    RoutesByVrf vrfs{{own, {}}};
     for (const auto& [table, device] : tables) {
         vrfs[device];
     }
     tables["main"] = tables["local"] = own;
-    for (const json& route : listedRoutes) {
+    for (const json& route : routes) {
         const auto vrf = tables.find(route.value("table", "main"));
-        if (vrf == tables.end() || !links.contains(route.value("dev", "")) || !isConnected(route)) {
+        if (vrf == tables.end() || !counts(route)) {
             continue;
         }
         std::string prefix = route["dst"];
         if (prefix.find('/') == std::string::npos) {
             prefix += isIpv4(prefix) ? "/32" : "/128";
         }
-        vrfs[vrf->second][prefix].insert(route["dev"]);
+        vrfs[vrf->second][prefix].insert(route.value("dev", ""));
     }
     return vrfs;
+}
+
+} // namespace
+
+RoutesByVrf kernelVrfs(const std::string& own, const std::string& netns) {
+    const auto [links, routes] = linksAndRoutes(netns);
+    std::set<std::string> running;
+    for (const json& link : links) {
+        if (isRunning(link)) {
+            running.insert(link["ifname"]);
+        }
+    }
+    return byVrf(own, links, routes, [&](const json& route) {
+        return running.contains(route.value("dev", "")) && isConnected(route);
+    });
+}
+
+RoutesByVrf foreignRoutes(int protocol, const std::string& own, const std::string& netns) {
+    const auto [links, routes] = linksAndRoutes(netns);
+    return byVrf(own, links, routes, [number = std::to_string(protocol)](const json& route) {
+        return route.value("protocol", "") == number;
+    });
 }
 
 RoutesByPrefix kernelRoutes(const std::string& netns) { return kernelVrfs({}, netns)[{}]; }

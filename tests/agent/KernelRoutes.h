@@ -19,6 +19,10 @@ using RoutesByPrefix = std::map<std::string, std::set<std::string>>;
 std::map<std::string, RoutesByPrefix> kernelVrfs(const std::string& own,
                                                  const std::string& netns = {});
 
+/// All routes that are under another protocol number, in the same way.
+std::map<std::string, RoutesByPrefix> foreignRoutes(int protocol, const std::string& own,
+                                                    const std::string& netns = {});
+
 /// Those of the namespace itself.
 RoutesByPrefix kernelRoutes(const std::string& netns = {});
 

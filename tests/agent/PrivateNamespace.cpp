@@ -5,6 +5,7 @@
 #include <iostream>
 #include <iterator>
 #include <sched.h>
+#include <sstream>
 #include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -88,6 +89,22 @@ std::string linkWithAddresses(int count) {
 
 void setKernel(const std::string& name, const std::string& value) {
     write("/proc/sys/net/" + name, value);
+}
+
+long lostAnnouncements() {
+    std::ifstream sockets("/proc/thread-self/net/netlink");
+    long lost = 0;
+    std::string line;
+    std::getline(sockets, line); // titles
+    while (std::getline(sockets, line)) {
+        std::istringstream words(line);
+        std::string word; // the ninth is what counts
+        for (int i = 0; i < 9; ++i) {
+            words >> word;
+        }
+        lost += std::stol(word);
+    }
+    return lost;
 }
 
 } // namespace TestSupport

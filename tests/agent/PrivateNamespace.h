@@ -23,4 +23,7 @@ std::string linkWithAddresses(int count);
 /// Writes a kernel setting of the namespace, such as "ipv6/conf/e1/keep_addr_on_down".
 void setKernel(const std::string& name, const std::string& value);
 
+/// How many announcements did not fit into the netlink sockets of the namespace.
+long lostAnnouncements();
+
 } // namespace TestSupport

@@ -48,23 +48,6 @@ void expectKernelRoutes(LiveProgram& agent, const std::string& vrf, const std::s
         << agent.err();
 }
 
-/// How many announcements did not fit into the sockets of the namespace.
-long lostAnnouncements() {
-    std::ifstream sockets("/proc/thread-self/net/netlink");
-    long lost = 0;
-    std::string line;
-    std::getline(sockets, line); // titles
-    while (std::getline(sockets, line)) {
-        std::istringstream words(line);
-        std::string word; // the ninth is what counts
-        for (int i = 0; i < 9; ++i) {
-            words >> word;
-        }
-        lost += std::stol(word);
-    }
-    return lost;
-}
-
 TEST_F(RunTest, OnceAndShowGiveTheStateOfAFreshNamespace) {
     const auto run = runProgram("run --once --json");
     ASSERT_EQ(run.status, 0) << run.err;

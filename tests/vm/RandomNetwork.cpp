@@ -26,6 +26,9 @@ void RandomNetwork::step() {
             links.push_back(name);
         }
     }
+    if (!more_.empty() && oneIn(20)) {
+        in(more_);
+    }
     const std::uint32_t choice = below(20);
     const std::string link = links.empty() ? "" : oneOf(links);
     if (choice == 0) {
@@ -102,7 +105,7 @@ void RandomNetwork::changeLink(const std::string& link) {
         links_.erase(link);
     } else if (link != "br0") {
         const std::string to = netns_ != "ns2" && hasSecond_ ? "ns2" : "ns1";
-        in("link set " + link + " netns " + to);
+        in("link set " + link + " netns " + to + " up");
         links_[link] = to;
     }
 }

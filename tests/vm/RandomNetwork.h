@@ -16,6 +16,9 @@ class RandomNetwork {
   public:
     explicit RandomNetwork(std::uint32_t seed) : random_(seed) {}
 
+    /// A further line of the `ip` utility that commands are made of now and then.
+    void alsoDo(const std::string& line) { more_ = line; }
+
     /// Makes one more command. It is carried out, if it can be, before one in another namespace.
     void step();
     /// Carries out what waits.
@@ -51,6 +54,7 @@ class RandomNetwork {
     bool hasSecond_ = true;                    // namespace ns2
     std::string netns_;                        // of the lines that wait
     std::string lines_;
+    std::string more_;
     std::string log_;
 };
 

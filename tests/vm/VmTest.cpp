@@ -43,7 +43,7 @@ testing::AssertionResult ipIn(const std::string& netns, const std::string& lines
     const std::string in = netns.empty() ? "" : "-n " + netns + ' ';
     const ProgramRun run = runShell("exec ip -force " + in + "-batch -", lines);
     return run.status == 0 ? testing::AssertionSuccess()
-                           : testing::AssertionFailure() << run.err << lines;
+                           : testing::AssertionFailure() << run.err << lines.substr(0, 2000);
 }
 
 void addNamespaces(const std::vector<std::string>& names) {

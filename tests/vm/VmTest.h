@@ -34,8 +34,7 @@ void withoutDuplicateDetection(const std::string& netns = {});
 /// that the kernel made for it, and no other VRF.
 void expectKernelVrfs(LiveProgram& agent, const FollowedNamespaces& namespaces);
 
-/// Whether the address answers three pings that are sent from a namespace, the last of which for
-/// sure: until then neighbours are being resolved.
+/// Whether one of three pings from a namespace is answered.
 bool answers(const std::string& netns, const std::string& address);
 
 } // namespace TestSupport

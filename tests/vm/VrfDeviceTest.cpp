@@ -43,7 +43,8 @@ TEST_F(VrfDeviceTest, AgentFollowsLinksAndVrfDevicesAsTheKernelDoes) {
         // The same address in two VRFs, then moved from one to the other.
         "addr add 10.2.0.1/24 dev e1\naddr add 10.1.0.9/24 dev e2", "link set e2 master blue",
         "link set e1 nomaster", "link set e1 master blue", "link set e1 master red",
-        "addr replace fd00:1::1/64 dev e1\naddr add 10.1.0.2/24 dev e1\naddr del 10.1.0.1/24 dev e1",
+        "addr replace fd00:1::1/64 dev e1\naddr add 10.1.0.2/24 dev e1\naddr del 10.1.0.1/24 dev "
+        "e1",
         // The ports of a bridge or bond stay where they are.
         "link add br0 up type bridge\nlink add p0 up type dummy\nlink set p0 master br0\n"
         "addr add 10.3.0.1/24 dev br0\naddr add 10.4.0.1/24 dev p0\nlink set br0 master red",
