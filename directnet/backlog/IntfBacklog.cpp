@@ -1,8 +1,11 @@
 #include "directnet/backlog/IntfBacklog.h"
 
+#include <array>
+
 #include "directnet/model/Trace.h"
 #include "directnet/model/Units.h"
 #include "platform/orb/attribute/DefineType.h"
+#include "platform/orb/value/Assert.h"
 
 namespace Routing::DirectNet {
 
@@ -36,85 +39,109 @@ void IntfBacklog::handleInitialized() {
 }
 
 void IntfBacklog::doAddBacklog(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix) {
-    DIRECTNET_TRACE(9, "[", *this, "] intf=", intfId, " pfx=", prefix);
     const IntfIdAndPrefix member(intfId, prefix);
+    queue(member, Orb::HashTag::of(member));
+}
+
+void IntfBacklog::queue(const IntfIdAndPrefix& member, Orb::HashTag tag) {
+    DIRECTNET_TRACE_IN("IntfBacklog::doAddBacklog", 9, "[", *this, "] intf=", member.intfId(),
+                       " pfx=", member.genPrefix());
     if (processing_ != nullptr && processing_->member_ == member) {
         processing_->queuedAgain_ = true;
     }
-    backlogIs(member, true);
+    backlogIs(member, true, tag);
 }
 
 void IntfBacklog::addToIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
                                        const Lanx::IpGenAddrWithMask& addrWithMask,
                                        Fib::RouteType routeType, Rib::ViaSetKey viaSetKey,
                                        VrfId sourceVrfId, bool isVirtual) {
+    add(prefix, IntfIdAndAddr(intfId, addrWithMask, sourceVrfId, isVirtual, routeType), viaSetKey,
+        tagsOf(intfId, prefix));
+}
+
+void IntfBacklog::add(const Lanx::IpGenPrefix& prefix, const IntfIdAndAddr& contributor,
+                      Rib::ViaSetKey viaSetKey, const Tags& tags) {
     if (!isRoutable(prefix)) {
         return;
     }
-    DIRECTNET_TRACE(9, "[", *this, "] pfx=", prefix, " addr=", addrWithMask, " ", routeType,
-                    " viaSetKey=", viaSetKey);
-    Orb::Ptr<IntfIdSet> set(intfIdsByPrefix(prefix));
-    if (set == nullptr) {
-        set = intfIdSetFactory(prefix);
-        intfIdsByPrefixIs(set);
-    }
-    set->intfIdAndAddrIs(IntfIdAndAddr(intfId, addrWithMask, sourceVrfId, isVirtual, routeType),
-                         viaSetKey);
-    doAddBacklog(intfId, prefix);
+    DIRECTNET_TRACE_IN("IntfBacklog::addToIntfIdsByPrefix", 9, "[", *this, "] pfx=", prefix,
+                       " addr=", contributor.addrWithMask(), " ", contributor.routeType(),
+                       " viaSetKey=", viaSetKey);
+    const Orb::Ptr<IntfIdSet> set =
+        intfIdsByPrefixOrMade(prefix, tags.prefix, [&] { return intfIdSetFactory(prefix); });
+    set->intfIdAndAddrIs(contributor, viaSetKey);
+    queue(IntfIdAndPrefix(contributor.intfId(), prefix), tags.member);
 }
 
 // A large VRF's index and backlog are not in the processor's caches. Fetched one after the other,
 // the places of an address's prefixes would take most of the time.
-void IntfBacklog::fetchAhead(Lanx::IntfId intfId, Contributions contributions) const {
+template <typename Visit>
+void IntfBacklog::forEachAhead(Lanx::IntfId intfId, Contributions contributions,
+                               Visit visit) const {
+    ORB_ASSERT(contributions.size() <= maxContributions, "contributions <= maxContributions");
+    std::array<Tags, maxContributions> tags;
+    Tags* end = tags.data();
     for (const Contribution& contribution : contributions) {
-        intfIdsByPrefix().prefetch(contribution.prefix);
-        backlog().prefetch(IntfIdAndPrefix(intfId, contribution.prefix));
+        *end = tagsOf(intfId, contribution.prefix);
+        intfIdsByPrefix().prefetch(end->prefix);
+        backlog().prefetch(end->member);
+        ++end;
+    }
+    const Tags* next = tags.data();
+    for (const Contribution& contribution : contributions) {
+        visit(contribution, *next++);
     }
 }
 
 void IntfBacklog::addToIntfIdsByPrefix(const IntfViaSetKey& viaSets,
                                        const Lanx::IpGenAddrWithMask& addrWithMask,
                                        Contributions contributions, bool isVirtual) {
-    fetchAhead(viaSets.intfId(), contributions);
-    for (const auto& [prefix, kind] : contributions) {
-        addToIntfIdsByPrefix(viaSets.intfId(), prefix, addrWithMask, kind.type,
-                             (viaSets.*kind.viaSet.key)(), VrfId::invalid(), isVirtual);
-    }
+    const Lanx::IntfId intfId = viaSets.intfId();
+    forEachAhead(intfId, contributions, [&](const Contribution& contribution, const Tags& tags) {
+        const RouteKind& kind = contribution.kind;
+        add(contribution.prefix,
+            IntfIdAndAddr(intfId, addrWithMask, VrfId::invalid(), isVirtual, kind.type),
+            (viaSets.*kind.viaSet.key)(), tags);
+    });
 }
 
 void IntfBacklog::delFromIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
                                          const Lanx::IpGenAddrWithMask& addrWithMask,
                                          Fib::RouteType routeType, VrfId sourceVrfId,
                                          bool isVirtual) {
+    del(prefix, IntfIdAndAddr(intfId, addrWithMask, sourceVrfId, isVirtual, routeType),
+        tagsOf(intfId, prefix));
+}
+
+void IntfBacklog::del(const Lanx::IpGenPrefix& prefix, const IntfIdAndAddr& contributor,
+                      const Tags& tags) {
     if (!isRoutable(prefix)) {
         return;
     }
-    IntfIdSet* set = intfIdsByPrefix(prefix);
-    if (set == nullptr) {
-        return;
-    }
-    const IntfIdAndAddr contributor(intfId, addrWithMask, sourceVrfId, isVirtual, routeType);
-    if (set->intfIdAndAddr(contributor) == Rib::ViaSetKey()) {
+    IntfIdSet* set = intfIdsByPrefix(prefix, tags.prefix);
+    if (set == nullptr || set->intfIdAndAddr(contributor) == Rib::ViaSetKey()) {
         return;
     }
     const Orb::Ptr<IntfIdSet> keep(set);
-    const Lanx::IpGenPrefix stable = prefix; // the caller's may be the set's own
+    const IntfIdAndPrefix member(contributor.intfId(), prefix); // the caller's may be the set's own
     set->intfIdAndAddrDel(contributor);
     // Queued before an emptied set leaves the index: the drain then finds no set and deletes.
-    doAddBacklog(intfId, stable);
+    queue(member, tags.member);
     if (set->intfIdAndAddrs() == 0) {
-        intfIdsByPrefixDel(stable);
+        intfIdsByPrefixDel(member.genPrefix(), tags.prefix);
     }
 }
 
 void IntfBacklog::delFromIntfIdsByPrefix(Lanx::IntfId intfId,
                                          const Lanx::IpGenAddrWithMask& addrWithMask,
                                          Contributions contributions, bool isVirtual) {
-    fetchAhead(intfId, contributions);
-    for (const auto& [prefix, kind] : contributions) {
-        delFromIntfIdsByPrefix(intfId, prefix, addrWithMask, kind.type, VrfId::invalid(),
-                               isVirtual);
-    }
+    forEachAhead(intfId, contributions, [&](const Contribution& contribution, const Tags& tags) {
+        del(contribution.prefix,
+            IntfIdAndAddr(intfId, addrWithMask, VrfId::invalid(), isVirtual,
+                          contribution.kind.type),
+            tags);
+    });
 }
 
 void IntfBacklog::waitForRoom() {

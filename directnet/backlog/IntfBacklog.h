@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "directnet/backlog/IntfIdAndPrefix.h"
-#include "directnet/backlog/IntfIdSet.h"
 #include "directnet/backlog/IntfViaSetKeyStatus.h"
+#include "directnet/backlog/PrefixIndex.h"
 #include "directnet/backlog/RouteKinds.h"
 #include "platform/orb/attribute/Declare.h"
 #include "platform/vrf/VrfId.h"
@@ -29,7 +29,7 @@ class IntfBacklog : public Orb::Entity {
     /// value is false while the pair was processed and waits for room in the route table.
     ORB_MAP(260, IntfIdAndPrefix, bool, backlog)
     ORB_ATTRIBUTE(261, std::uint32_t, backlogEmpty)
-    ORB_REFERENCES(262, IntfIdSet, intfIdsByPrefix)
+    ORB_REFERENCES_IN(PrefixIndex, 262, IntfIdSet, intfIdsByPrefix)
     ORB_CHILD(263, IntfViaSetKeyStatus, intfViaSetKeyStatus4)
     ORB_CHILD(264, IntfViaSetKeyStatus, intfViaSetKeyStatus6)
     /// How many machines of the VRF wait for room in the route and via tables.
@@ -95,6 +95,9 @@ class IntfBacklog : public Orb::Entity {
 
     const Orb::Ptr<IntfViaSetKeyStatus>& intfViaSetKeyStatusFromAf(Lanx::AddressFamily af) const;
 
+    /// The prefix index with what is installed for its prefixes.
+    PrefixIndex& prefixIndex() { return intfIdsByPrefix_; }
+
     void backlogEmptyInc(std::uint32_t n) { backlogEmptyIs(backlogEmpty() + n); }
 
     void waitForRoom();
@@ -110,7 +113,23 @@ class IntfBacklog : public Orb::Entity {
     }
 
   private:
-    void fetchAhead(Lanx::IntfId intfId, Contributions contributions) const;
+    /// Where a pair of interface and prefix belongs in the index and in the backlog.
+    struct Tags {
+        Orb::HashTag prefix;
+        Orb::HashTag member;
+    };
+    static constexpr std::size_t maxContributions = 4;
+
+    static Tags tagsOf(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix) {
+        return {Orb::HashTag::of(prefix), Orb::HashTag::of(IntfIdAndPrefix(intfId, prefix))};
+    }
+    template <typename Visit>
+    void forEachAhead(Lanx::IntfId intfId, Contributions contributions, Visit visit) const;
+
+    void add(const Lanx::IpGenPrefix& prefix, const IntfIdAndAddr& contributor,
+             Rib::ViaSetKey viaSetKey, const Tags& tags);
+    void del(const Lanx::IpGenPrefix& prefix, const IntfIdAndAddr& contributor, const Tags& tags);
+    void queue(const IntfIdAndPrefix& member, Orb::HashTag tag);
 
     Processing* processing_ = nullptr;
     bool closing_ = false;

@@ -23,7 +23,11 @@ constexpr unsigned defaultBucketSize = 1024;
 
 constexpr std::size_t membersAhead = 64;
 
+// What traces are headed by, where they are not in the function of that name.
 constexpr const char* handleBacklogName = "IntfBacklogSm::handleBacklog";
+constexpr const char* processBacklogName = "IntfBacklogSm::processBacklog";
+constexpr const char* doRouteConfigAddName = "IntfBacklogSm::doRouteConfigAdd";
+constexpr const char* doRouteConfigDelName = "IntfBacklogSm::doRouteConfigDel";
 
 /// A test aid: 0 is normal work; 1 and negative numbers drop members unprocessed, greater ones
 /// leave them where they are.
@@ -120,26 +124,29 @@ const IntfBacklogSm::Member* IntfBacklogSm::firstMember() {
 
 // The tables of a large VRF do not fit the processor's caches, and successive members lie far apart
 // in all of them. Without prefetching, a drain spends most of its time waiting for memory.
-std::vector<IntfIdAndPrefix> IntfBacklogSm::fetchAhead(const Member* start) const {
-    std::vector<IntfIdAndPrefix> ahead;
+std::vector<IntfBacklogSm::Pending> IntfBacklogSm::fetchAhead(const Member* start) const {
+    std::vector<Pending> ahead;
     ahead.reserve(membersAhead);
     const auto& members = intfBacklog()->backlog();
     for (const Member* member = start; member != nullptr && ahead.size() < membersAhead;
          member = members.next(member)) {
-        const Lanx::IpGenPrefix& prefix = member->key().genPrefix();
-        ahead.push_back(member->key());
-        routeConfigOf(prefix.af()).prefetch(Rib::RouteKey(vrfId(), prefix));
-        intfBacklog()->intfIdsByPrefix().prefetch(prefix);
-        installedIntfId().prefetch(prefix);
+        const Pending& pending =
+            ahead.emplace_back(pendingOf(member->key(), members.tagAt(member)));
+        routeConfigOf(pending.member.genPrefix().af()).prefetch(vrfId(), pending.routeTag);
+        intfBacklog()->intfIdsByPrefix().prefetch(pending.prefixTag);
     }
-    for (const IntfIdAndPrefix& member : ahead) {
-        const Lanx::IpGenPrefix& prefix = member.genPrefix();
-        routeConfigOf(prefix.af()).prefetchRoute(Rib::RouteKey(vrfId(), prefix));
-        if (const auto* set = intfBacklog()->intfIdsByPrefix().likely(prefix)) {
-            __builtin_prefetch(set->get());
-        }
+    for (const Pending& pending : ahead) {
+        routeConfigOf(pending.member.genPrefix().af()).prefetchRoute(vrfId(), pending.routeTag);
+        intfBacklog()->prefixIndex().prefetchSet(pending.prefixTag);
     }
     return ahead;
+}
+
+IntfBacklogSm::Pending IntfBacklogSm::pendingOf(const IntfIdAndPrefix& member,
+                                                Orb::HashTag tag) const {
+    const Lanx::IpGenPrefix& prefix = member.genPrefix();
+    return {member, tag, Orb::HashTag::of(prefix),
+            Orb::HashTag::of(Rib::RouteKey(vrfId(), prefix))};
 }
 
 const IntfBacklogSm::Member* IntfBacklogSm::drain(const Member* start) {
@@ -149,13 +156,13 @@ const IntfBacklogSm::Member* IntfBacklogSm::drain(const Member* start) {
     for (const Member* next = start; next != nullptr;) {
         double now = startTime;
         IntfIdAndPrefix last;
-        for (const IntfIdAndPrefix& member : fetchAhead(next)) {
-            passedOver_ = visit(member, mode) ? 0 : passedOver_ + 1;
+        for (const Pending& pending : fetchAhead(next)) {
+            passedOver_ = visit(pending, mode) ? 0 : passedOver_ + 1;
             Orb::pauseBetweenDecisions();
             if (orbMarkedForDeletion()) {
                 return nullptr;
             }
-            last = member;
+            last = pending.member;
             now = backlogClock()->now();
             if (startTime + backlogQuantum() <= now) {
                 break;
@@ -178,16 +185,17 @@ const IntfBacklogSm::Member* IntfBacklogSm::drain(const Member* start) {
     return nullptr;
 }
 
-bool IntfBacklogSm::visit(const IntfIdAndPrefix& member, long mode) {
+bool IntfBacklogSm::visit(const Pending& pending, long mode) {
+    const IntfIdAndPrefix& member = pending.member;
     if (mode > 1) {
         return true;
     }
     if (mode == 0) {
-        if (!backlog(member) && room(member.genPrefix().af()).waits()) {
+        if (room(member.genPrefix().af()).waits() && !backlog(member)) {
             return false;
         }
         const IntfBacklog::Processing processing(*intfBacklog(), member);
-        const bool stays = processBacklog(member);
+        const bool stays = process(pending);
         if (processing.queuedAgain()) {
             return true;
         }
@@ -196,7 +204,7 @@ bool IntfBacklogSm::visit(const IntfIdAndPrefix& member, long mode) {
             return false;
         }
     }
-    backlogDel(member);
+    intfBacklog()->backlogDel(member, pending.tag);
     return true;
 }
 
@@ -209,25 +217,23 @@ void IntfBacklogSm::handleRoom() {
     scheduleBacklog();
 }
 
-IntfIdAndAddr IntfBacklogSm::getIntfIdAndAddr(const IntfIdSet* intfIdAndAddrs) {
+IntfBacklogSm::Winner IntfBacklogSm::winnerOf(const IntfIdSet* intfIdAndAddrs) {
     if (intfIdAndAddrs == nullptr) {
         return {};
     }
     ORB_ASSERT(intfIdAndAddrs->intfIdAndAddrs() > 0, "intfIdAndAddrs->intfIdAndAddrs() > 0");
-    return intfIdAndAddrs->intfIdAndAddr().first()->key();
-}
-
-Rib::ViaSetKey IntfBacklogSm::getViaSetKey(const IntfIdSet* set, const IntfIdAndAddr& iiaa) {
-    return set == nullptr ? Rib::ViaSetKey() : set->intfIdAndAddr(iiaa);
+    const auto& [contributor, viaSetKey] = *intfIdAndAddrs->intfIdAndAddr().first();
+    return {contributor, viaSetKey};
 }
 
 IntfIdAndAddr IntfBacklogSm::getIntfIdAndAddr(const Lanx::IpGenPrefix& prefix) const {
-    return getIntfIdAndAddr(intfIdsByPrefix(prefix));
+    return winnerOf(intfIdsByPrefix(prefix)).contributor;
 }
 
 Rib::ViaSetKey IntfBacklogSm::getViaSetKey(const Lanx::IpGenPrefix& prefix,
                                            const IntfIdAndAddr& iiaa) const {
-    return getViaSetKey(intfIdsByPrefix(prefix), iiaa);
+    const IntfIdSet* set = intfIdsByPrefix(prefix);
+    return set == nullptr ? Rib::ViaSetKey() : set->intfIdAndAddr(iiaa);
 }
 
 Rib::RouteConfig& IntfBacklogSm::routeConfigOf(Lanx::AddressFamily af) const {
@@ -235,42 +241,49 @@ Rib::RouteConfig& IntfBacklogSm::routeConfigOf(Lanx::AddressFamily af) const {
 }
 
 bool IntfBacklogSm::processBacklog(const IntfIdAndPrefix& intfAndPrefix) {
-    const Lanx::IpGenPrefix& prefix = intfAndPrefix.genPrefix();
+    return process(pendingOf(intfAndPrefix, Orb::HashTag::of(intfAndPrefix)));
+}
+
+bool IntfBacklogSm::process(const Pending& pending) {
+    const Lanx::IpGenPrefix& prefix = pending.member.genPrefix();
     const Lanx::AddressFamily af = prefix.af();
-    DIRECTNET_TRACE(9, "intf=", intfAndPrefix.intfId(), " pfx=", prefix, "af=", af);
+    DIRECTNET_TRACE_IN(processBacklogName, 9, "intf=", pending.member.intfId(), " pfx=", prefix,
+                       "af=", af);
     Rib::RouteConfig& routeConfig = routeConfigOf(af);
     IntfViaSetKeyStatus& status = *intfBacklog()->intfViaSetKeyStatusFromAf(af);
 
-    const Rib::Route configured = routeConfig.route(Rib::RouteKey(vrfId(), prefix));
-    const IntfIdSet* contributors = intfIdsByPrefix(prefix);
-    const IntfIdAndAddr winner = getIntfIdAndAddr(contributors);
-    const Rib::ViaSetKey viaSetKey = getViaSetKey(contributors, winner);
-    if (configured.routeType() == winner.routeType() && configured.viaSetKey() == viaSetKey
-        && configured.srcVrfId() == winner.sourceVrfId()) {
-        DIRECTNET_RINGLOG("pfx=", prefix, " viaSetId=", viaSetKey, ", no change");
+    const Rib::RouteKey key(vrfId(), prefix);
+    const Rib::Route configured = routeConfig.route(key, pending.routeTag);
+    const Winner winner = winnerOf(intfBacklog()->intfIdsByPrefix(prefix, pending.prefixTag));
+    const IntfIdAndAddr& contributor = winner.contributor;
+    if (configured.routeType() == contributor.routeType()
+        && configured.viaSetKey() == winner.viaSetKey
+        && configured.srcVrfId() == contributor.sourceVrfId()) {
+        DIRECTNET_RINGLOG_IN(processBacklogName, "pfx=", prefix, " viaSetId=", winner.viaSetKey,
+                             ", no change");
         return false;
     }
-    if (!!winner && !routeConfig.hasRoomFor(Rib::RouteKey(vrfId(), prefix))) {
+    const bool wins = !!contributor;
+    if (wins && !routeConfig.hasRoomFor(key)) {
         room(af).await(*this, Orb::Ptr<const OrbMemtab::Table>(&routeConfig), intfBacklog());
         return true;
     }
     // Taken before the old route's is given back, which may be the last one of the same interface.
-    if (!!winner && winner.sourceVrfId() == VrfId::invalid()) {
-        status.incIntfVskRefcount(winner.intfId());
+    if (wins && contributor.sourceVrfId() == VrfId::invalid()) {
+        status.incIntfVskRefcount(contributor.intfId());
     }
     if (configured != Rib::Route()) {
         const Lanx::IntfId existingIntfId = installedIntfId(prefix);
         ORB_ASSERT(existingIntfId != Lanx::IntfId(), "existingIntfId != Lanx::IntfId()");
-        if (!winner) {
-            doRouteConfigDel(existingIntfId, routeConfig, prefix, configured.viaSetKey());
+        if (!wins) {
+            delRoute(existingIntfId, routeConfig, pending, configured.viaSetKey());
         }
         if (configured.srcVrfId() == VrfId::invalid()) {
             intfViaSetConfig()->releaseViaSetKey(existingIntfId, status);
         }
     }
-    if (!!winner) {
-        doRouteConfigAdd(winner.intfId(), routeConfig, prefix, winner.sourceVrfId(), viaSetKey,
-                         winner.routeType());
+    if (wins) {
+        addRoute(winner, routeConfig, pending);
     }
     return false;
 }
@@ -278,21 +291,38 @@ bool IntfBacklogSm::processBacklog(const IntfIdAndPrefix& intfAndPrefix) {
 void IntfBacklogSm::doRouteConfigAdd(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig,
                                      const Lanx::IpGenPrefix& prefix, VrfId sourceVrfId,
                                      Rib::ViaSetKey viaSetKey, Fib::RouteType routeType) {
-    Rib::Route route(Rib::RouteKey(vrfId(), prefix), viaSetKey, routeType);
-    route.srcVrfIdIs(sourceVrfId);
-    installedIntfIdIs(prefix, intfId);
-    routeConfig.routeAdd(route);
-    DIRECTNET_TRACE(8, "prefix=", prefix, " routeType=", routeType, " viaSetId=", viaSetKey,
-                    " source vrf id=", sourceVrfId);
-    DIRECTNET_RINGLOG("prefix=", prefix, " routeType=", routeType, " viaSetId=", viaSetKey,
-                      " source vrf id=", sourceVrfId, " added");
+    const IntfIdAndAddr contributor(intfId, {}, sourceVrfId, false, routeType);
+    addRoute({contributor, viaSetKey}, routeConfig, pendingOf({intfId, prefix}, {}));
+}
+
+void IntfBacklogSm::addRoute(const Winner& winner, Rib::RouteConfig& routeConfig,
+                             const Pending& pending) {
+    const Lanx::IpGenPrefix& prefix = pending.member.genPrefix();
+    const IntfIdAndAddr& contributor = winner.contributor;
+    Rib::Route route(Rib::RouteKey(vrfId(), prefix), winner.viaSetKey, contributor.routeType());
+    route.srcVrfIdIs(contributor.sourceVrfId());
+    installedIntfIdIs(prefix, contributor.intfId(), pending.prefixTag);
+    routeConfig.routeAdd(route, pending.routeTag);
+    DIRECTNET_TRACE_IN(doRouteConfigAddName, 8, "prefix=", prefix,
+                       " routeType=", contributor.routeType(), " viaSetId=", winner.viaSetKey,
+                       " source vrf id=", contributor.sourceVrfId());
+    DIRECTNET_RINGLOG_IN(doRouteConfigAddName, "prefix=", prefix,
+                         " routeType=", contributor.routeType(), " viaSetId=", winner.viaSetKey,
+                         " source vrf id=", contributor.sourceVrfId(), " added");
 }
 
 void IntfBacklogSm::doRouteConfigDel(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig,
                                      const Lanx::IpGenPrefix& prefix, Rib::ViaSetKey viaSetKey) {
-    installedIntfIdDel(prefix);
-    routeConfig.routeDel(Rib::RouteKey(vrfId(), prefix));
-    DIRECTNET_TRACE(8, "intf=", intfId, " prefix=", prefix, " viaSetId=", viaSetKey);
+    delRoute(intfId, routeConfig, pendingOf({intfId, prefix}, {}), viaSetKey);
+}
+
+void IntfBacklogSm::delRoute(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig,
+                             const Pending& pending, Rib::ViaSetKey viaSetKey) {
+    const Lanx::IpGenPrefix& prefix = pending.member.genPrefix();
+    installedIntfIdDel(prefix, pending.prefixTag);
+    routeConfig.routeDel(Rib::RouteKey(vrfId(), prefix), pending.routeTag);
+    DIRECTNET_TRACE_IN(doRouteConfigDelName, 8, "intf=", intfId, " prefix=", prefix,
+                       " viaSetId=", viaSetKey);
 }
 
 } // namespace Routing::DirectNet

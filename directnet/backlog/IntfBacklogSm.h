@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "directnet/backlog/InstalledRoutes.h"
 #include "directnet/backlog/IntfBacklog.h"
 #include "directnet/backlog/IntfViaSetConfig.h"
 #include "directnet/backlog/RoomWaiter.h"
@@ -38,7 +39,8 @@ class IntfBacklogSm : public Orb::Entity {
     /// Where the next drain resumes; without an interface: at the beginning.
     ORB_ATTRIBUTE(268, IntfIdAndPrefix, backlogBookmark)
     /// For each prefix with a route, the interface it was written for.
-    ORB_MAP(269, Lanx::IpGenPrefix, Lanx::IntfId, installedIntfId)
+    ORB_COLLECTION_IN(InstalledRoutes, 269, Lanx::IpGenPrefix, Lanx::IntfId, installedIntfId,
+                      {arguments_.intfBacklog->prefixIndex()})
     ORB_CHILD(270, Kiln::TimerWheel, timerWheel)
     ORB_ATTRIBUTE(271, bool, initialized)
 
@@ -129,13 +131,31 @@ class IntfBacklogSm : public Orb::Entity {
         void onAttribute(Orb::AttributeId id, const void* key) override;
     };
 
+    /// The contributor whose route wins, and the via set of that route.
+    struct Winner {
+        IntfIdAndAddr contributor;
+        Rib::ViaSetKey viaSetKey;
+    };
+
     void doHandleBacklog();
+    /// A member of the backlog and where it, its prefix and its route belong in their tables.
+    struct Pending {
+        IntfIdAndPrefix member;
+        Orb::HashTag tag;
+        Orb::HashTag prefixTag;
+        Orb::HashTag routeTag;
+    };
+    Pending pendingOf(const IntfIdAndPrefix& member, Orb::HashTag tag) const;
+
     /// Processes one member unless its route still waits for room, in which case it answers false.
-    bool visit(const IntfIdAndPrefix& member, long mode);
+    bool visit(const Pending& pending, long mode);
+    bool process(const Pending& pending);
+    void addRoute(const Winner& winner, Rib::RouteConfig& routeConfig, const Pending& pending);
+    void delRoute(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig, const Pending& pending,
+                  Rib::ViaSetKey viaSetKey);
     RoomWaiter<IntfBacklogSm>& room(Lanx::AddressFamily af);
 
-    static IntfIdAndAddr getIntfIdAndAddr(const IntfIdSet* intfIdAndAddrs);
-    static Rib::ViaSetKey getViaSetKey(const IntfIdSet* set, const IntfIdAndAddr& iiaa);
+    static Winner winnerOf(const IntfIdSet* intfIdAndAddrs);
 
     Rib::RouteConfig& routeConfigOf(Lanx::AddressFamily af) const;
     bool drainPending() const { return orbBacklogClock_.timeMin() < Orb::Clock::never; }
@@ -147,7 +167,7 @@ class IntfBacklogSm : public Orb::Entity {
     const Member* drain(const Member* start);
     const Member* firstMember();
     /// The next few members from `start` on, with a prefetch of what processing them will read.
-    std::vector<IntfIdAndPrefix> fetchAhead(const Member* start) const;
+    std::vector<Pending> fetchAhead(const Member* start) const;
 
     /// How many members were visited one after the other that wait for room. Once these are as many
     /// as there are members, nothing is left to do. A new member or room begins the count anew.

@@ -19,6 +19,6 @@ class IntfIdAndAddr {
 };
 
 // There may be millions.
-static_assert(sizeof(IntfIdAndAddr) <= 40);
+static_assert(sizeof(IntfIdAndAddr) <= 32);
 
 } // namespace Routing::DirectNet

@@ -13,6 +13,6 @@ class IntfIdAndPrefix {
 };
 
 // There may be millions.
-static_assert(sizeof(IntfIdAndPrefix) <= 32);
+static_assert(sizeof(IntfIdAndPrefix) <= 24);
 
 } // namespace Routing::DirectNet

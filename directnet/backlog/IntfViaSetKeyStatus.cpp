@@ -10,7 +10,7 @@ ORB_DEFINE_TYPE(IntfViaSetKeyStatus)
 ORB_REGISTER(IntfViaSetKeyStatus, IntfViaSetKeyStatus, unitIntfBacklog, 7)
 
 void IntfViaSetKeyStatus::incIntfVskRefcount(Lanx::IntfId intfId) {
-    vskRefcountByIntfIdIs(intfId, vskRefcountByIntfId(intfId) + 1);
+    vskRefcountByIntfIdChange(intfId, [](std::uint32_t& count) { ++count; });
 }
 
 void IntfViaSetKeyStatus::decIntfVskRefcount(Lanx::IntfId intfId) {
@@ -19,12 +19,12 @@ void IntfViaSetKeyStatus::decIntfVskRefcount(Lanx::IntfId intfId) {
     if (count == 1) {
         vskRefcountByIntfIdDel(intfId);
     } else {
-        vskRefcountByIntfIdIs(intfId, count - 1);
+        vskRefcountByIntfIdChange(intfId, [](std::uint32_t& references) { --references; });
     }
 }
 
 void IntfViaSetKeyStatus::incOwnAddresses(Lanx::IntfId intfId) {
-    ownAddressesByIntfIdIs(intfId, ownAddressesByIntfId(intfId) + 1);
+    ownAddressesByIntfIdChange(intfId, [](std::uint32_t& count) { ++count; });
 }
 
 void IntfViaSetKeyStatus::decOwnAddresses(Lanx::IntfId intfId) {
@@ -33,7 +33,7 @@ void IntfViaSetKeyStatus::decOwnAddresses(Lanx::IntfId intfId) {
     if (count == 1) {
         ownAddressesByIntfIdDel(intfId);
     } else {
-        ownAddressesByIntfIdIs(intfId, count - 1);
+        ownAddressesByIntfIdChange(intfId, [](std::uint32_t& addresses) { --addresses; });
     }
 }
 

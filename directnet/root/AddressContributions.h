@@ -111,6 +111,8 @@ class AddressContributions {
     }
 
     const Orb::HashMap<AddrWithMask, Held>& held() const { return held_; }
+    /// Whether the address may contribute: what does is held.
+    bool holds(const AddrWithMask& address) const { return held_.contains(address); }
 
   private:
     static bool hasSubnet(const AddrWithMask& address) { return address.len() < Family::hostLen; }

@@ -80,6 +80,7 @@ void IpIntfSm::handleDirectedBroadcast() {
     // unnumbered interface's address are taken back by nobody, so they hold theirs for good.
     const auto update = [this](const Lanx::IpAddrWithMask& address, bool isPrimary) {
         updateBcastRoute(address, false);
+        withdrawFormerBroadcast(address);
         if (hasBroadcasts(address) && !waitsForRoom()) {
             contributions().takeBroadcastReference(address, isPrimary);
         }
@@ -108,19 +109,32 @@ void IpIntfSm::updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdr
     }
     const auto broadcast = Lanx::IpPrefix::host(address.broadcastAddr());
     const Contribution network{Lanx::IpPrefix::host(address.networkAddr()), RouteKinds::network};
-    const Contribution plain{broadcast, RouteKinds::broadcast};
-    const Contribution forwarded{broadcast, RouteKinds::forwardedBroadcast};
     if (withdraw) {
-        contributions().withdraw(address, {network, plain, forwarded});
+        contributions().withdraw(address, {network,
+                                           {broadcast, RouteKinds::broadcast},
+                                           {broadcast, RouteKinds::forwardedBroadcast}});
         return;
     }
     const IntfViaSetKey viaSets = viaSetKeyOrWait();
     if (!viaSets) {
         return;
     }
-    const bool forwards = ipIntfStatus()->directedBroadcast();
-    contributions().add(address, viaSets, {network, forwards ? forwarded : plain});
-    contributions().withdraw(address, {forwards ? plain : forwarded});
+    contributions().add(address, viaSets, {network, {broadcast, broadcastKind(true)}});
+    if (contributions().holds(address)) {
+        withdrawFormerBroadcast(address); // one that is new has none
+    }
+}
+
+void IpIntfSm::withdrawFormerBroadcast(const Lanx::IpAddrWithMask& address) {
+    if (hasBroadcasts(address)) {
+        contributions().withdraw(
+            address, {{Lanx::IpPrefix::host(address.broadcastAddr()), broadcastKind(false)}});
+    }
+}
+
+const RouteKind& IpIntfSm::broadcastKind(bool present) const {
+    return ipIntfStatus()->directedBroadcast() == present ? RouteKinds::forwardedBroadcast
+                                                          : RouteKinds::broadcast;
 }
 
 } // namespace Routing::DirectNet

@@ -53,6 +53,9 @@ class IpIntfSm : public Orb::Entity, public AddressMachine<IpIntfSm, Traits::IPv
 
     void applyStatus();
     void withdrawStatus();
+    /// The kind of broadcast routes that the interface has now, or that it has not.
+    const RouteKind& broadcastKind(bool present) const;
+    void withdrawFormerBroadcast(const Lanx::IpAddrWithMask& address);
     static bool yieldsNothing(const Lanx::IpAddrWithMask& address) { return address.isZero(); }
 
     OrbIpIntfStatus orbIpIntfStatus_;

@@ -3,18 +3,20 @@
 #include <string>
 #include <unordered_set>
 
+#include "platform/orb/value/Assert.h"
 #include "platform/orb/value/Error.h"
 
 namespace Lanx {
 
-/// All records. Nodes of the set never move, which is what an IntfId relies on.
+// Set to zero before anything else runs, so that ids may be made at any time.
+constinit std::array<IntfId::Record*, IntfId::maxPages> IntfId::pages_{};
+
+/// The numbers of all names.
 class IntfId::Table {
   public:
-    const Record* record(std::string_view name) {
-        const auto found = records_.find(name);
-        return &*(found != records_.end()
-                      ? found
-                      : records_.insert(Record{std::string(name), Orb::hashOf(name)}).first);
+    std::uint32_t number(std::string_view name) {
+        const auto found = numbers_.find(name);
+        return found != numbers_.end() ? *found : add(name);
     }
 
     /// Never destroyed, so that ids in objects of static lifetime stay valid to the end.
@@ -24,26 +26,44 @@ class IntfId::Table {
     }
 
   private:
+    static const Record& recordOf(std::uint32_t number) {
+        return pages_[number / recordsPerPage][number % recordsPerPage];
+    }
+
     struct Hash {
         using is_transparent = void;
-        std::size_t operator()(std::string_view name) const { return Orb::hashOf(name); }
-        std::size_t operator()(const Record& record) const { return record.hash; }
+        std::size_t operator()(std::string_view name) const noexcept { return Orb::hashOf(name); }
+        std::size_t operator()(std::uint32_t number) const noexcept {
+            return recordOf(number).hash;
+        }
     };
     struct Equal {
         using is_transparent = void;
         static std::string_view name(std::string_view name) { return name; }
-        static std::string_view name(const Record& record) { return record.name; }
+        static std::string_view name(std::uint32_t number) { return recordOf(number).name; }
         template <typename Left, typename Right>
         bool operator()(const Left& left, const Right& right) const {
             return name(left) == name(right);
         }
     };
 
-    std::unordered_set<Record, Hash, Equal> records_;
+    std::uint32_t add(std::string_view name) {
+        const auto number = static_cast<std::uint32_t>(numbers_.size() + 1);
+        ORB_ASSERT(number / recordsPerPage < maxPages, "IntfId::number < 2^24");
+        Record*& page = pages_[number / recordsPerPage];
+        if (page == nullptr) {
+            page = new Record[recordsPerPage];
+        }
+        page[number % recordsPerPage] = Record{std::string(name), Orb::hashOf(name)};
+        numbers_.insert(number);
+        return number;
+    }
+
+    std::unordered_set<std::uint32_t, Hash, Equal> numbers_;
 };
 
 IntfId::IntfId(std::string_view name)
-    : record_(name.empty() ? nullptr : Table::instance().record(name)) {}
+    : number_(name.empty() ? 0 : Table::instance().number(name)) {}
 
 IntfId IntfId::fromString(std::string_view text) {
     if (text.size() > maxLength) {

@@ -55,9 +55,10 @@ class RecordTable {
     /// An id that the table has not given out before.
     std::uint64_t newId() { return slots_.newId(); }
 
-    std::optional<Value> find(const Key& key) const {
+    std::optional<Value> find(const Key& key) const { return find(key, Orb::HashTag::of(key)); }
+    std::optional<Value> find(const Key& key, Orb::HashTag tag) const {
         const Records* records = index_.find(key);
-        return records == nullptr ? std::nullopt : records->find(key);
+        return records == nullptr ? std::nullopt : records->find(key, tag);
     }
 
     /// Whether so many more records can come; memory is claimed for them.
@@ -67,38 +68,28 @@ class RecordTable {
 
     /// Whether a record of that key can be added or replaced.
     bool hasRoomFor(const Key& key) {
+        if (hasRoom()) {
+            return true;
+        }
         const Records* records = index_.find(key);
-        return (records != nullptr && records->contains(key)) || hasRoom();
+        return records != nullptr && records->contains(key);
     }
 
     /// Adds or replaces; answers whether anything changed. Throws RangeError when full or when the
     /// value does not fit a record.
     bool insertOrAssign(const Value& value) {
         const Record record = Form::record(value);
-        const Key key = Form::key(record);
-        Records& records = index_.findOrMake(key);
-        const auto place = records.placeOf(key);
-        if (const std::uint32_t* number = records.at(place, key)) {
-            const bool changed = !Tables::sameContent(slots_.at(*number), record);
-            if (changed) {
-                slots_.replace(*number, record);
-            }
-            return changed;
-        }
-        try {
-            add(records, place, record);
-        } catch (...) {
-            if (records.empty()) {
-                index_.emptied(key);
-            }
-            throw;
-        }
-        return true;
+        return insertOrAssignRecord(record, Orb::HashTag::of(Form::key(record)));
+    }
+    /// The same where the tag of the value's key is at hand.
+    bool insertOrAssign(const Value& value, Orb::HashTag tag) {
+        return insertOrAssignRecord(Form::record(value), tag);
     }
 
-    bool erase(const Key& key) {
+    bool erase(const Key& key) { return erase(key, Orb::HashTag::of(key)); }
+    bool erase(const Key& key, Orb::HashTag tag) {
         Records* records = index_.find(key);
-        const auto number = records == nullptr ? std::nullopt : records->take(key);
+        const auto number = records == nullptr ? std::nullopt : records->take(key, tag);
         if (!number) {
             return false;
         }
@@ -124,6 +115,28 @@ class RecordTable {
         return Tables::isSound(record, family);
     }
 
+    bool insertOrAssignRecord(const Record& record, Orb::HashTag tag) {
+        const Key key = Form::key(record);
+        Records& records = index_.findOrMake(key);
+        const auto place = records.placeOf(key, tag);
+        if (const std::uint32_t* number = records.at(place, key)) {
+            const bool changed = !Tables::sameContent(slots_.at(*number), record);
+            if (changed) {
+                slots_.replace(*number, record);
+            }
+            return changed;
+        }
+        try {
+            add(records, place, record);
+        } catch (...) {
+            if (records.empty()) {
+                index_.emptied(key);
+            }
+            throw;
+        }
+        return true;
+    }
+
     void add(Records& records, const typename Records::Place& place, const Record& record) {
         if (!hasRoom()) {
             throw Orb::RangeError("the table is full: " + std::to_string(size()) + " members");
@@ -140,7 +153,7 @@ class RecordTable {
 
     bool adopt(std::uint32_t number, const Key& key) {
         Records& records = index_.findOrMake(key);
-        const auto place = records.placeOf(key);
+        const auto place = records.placeOf(key, Orb::HashTag::of(key));
         if (records.at(place, key) != nullptr) {
             return false; // no table has a key twice
         }

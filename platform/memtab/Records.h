@@ -78,7 +78,10 @@ class Records : private Orb::HashTable<std::uint32_t, SlotKey<Form>> {
     using Table::size;
 
     /// The record of that key; none where there is none.
-    std::optional<Value> find(const Key& key) const { return valueOf(Table::findEntry(key)); }
+    template <typename... Tag>
+    std::optional<Value> find(const Key& key, Tag... tag) const {
+        return valueOf(Table::findEntry(key, tag...));
+    }
 
     /// Walking by position, see HashTable.
     std::optional<Value> first() const { return valueOf(Table::first()); }
@@ -88,21 +91,22 @@ class Records : private Orb::HashTable<std::uint32_t, SlotKey<Form>> {
     iterator begin() const { return {Table::begin(), this}; }
     iterator end() const { return {Table::end(), this}; }
 
-    /// Fetches what a search for the key will read first, and then what it will read next.
+    /// Fetches what a search for the key of that tag will read first, and then what it will read
+    /// next.
     using Table::prefetch;
-    void prefetchRecord(const Key& key) const {
-        if (const Number* number = Table::likely(key)) {
+    void prefetchRecord(Orb::HashTag tag) const {
+        if (const Number* number = Table::likely(tag)) {
             slots_->prefetch(*number);
         }
     }
 
     // For the table that owns the records.
 
-    Place placeOf(const Key& key) const { return Table::placeOf(key); }
+    Place placeOf(const Key& key, Orb::HashTag tag) const { return Table::placeOf(key, tag); }
     const Number* at(const Place& place, const Key& key) { return Table::entryAt(place, key); }
     const Number* numberOf(const Key& key) const { return Table::findEntry(key); }
     void insert(Number number, const Place& place) { Table::insertNew(number, place); }
-    std::optional<Number> take(const Key& key) { return Table::take(key); }
+    std::optional<Number> take(const Key& key, Orb::HashTag tag) { return Table::take(key, tag); }
     template <typename F>
     void forEachNumber(F&& function) const {
         for (const Number number : static_cast<const Table&>(*this)) {

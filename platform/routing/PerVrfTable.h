@@ -25,18 +25,28 @@ class PerVrfIndex {
     explicit PerVrfIndex(const Slots& slots) : slots_(&slots) {}
 
     Records* find(VrfId vrfId) const {
-        const std::unique_ptr<Records>* found = byVrf_.find(vrfId);
-        return found == nullptr ? nullptr : found->get();
+        if (last_ == nullptr || lastVrfId_ != vrfId) {
+            const std::unique_ptr<Records>* found = byVrf_.find(vrfId);
+            last_ = found == nullptr ? nullptr : found->get();
+            lastVrfId_ = vrfId;
+        }
+        return last_;
     }
     Records* find(const Key& key) const { return find(key.vrfId()); }
     Records& findOrMake(const Key& key) {
+        if (Records* present = find(key)) {
+            return *present;
+        }
         std::unique_ptr<Records>& records = *byVrf_.tryInsert(key.vrfId()).first;
         if (records == nullptr) {
             records = std::make_unique<Records>(*slots_);
         }
         return *records;
     }
-    void emptied(const Key& key) { byVrf_.erase(key.vrfId()); }
+    void emptied(const Key& key) {
+        last_ = nullptr;
+        byVrf_.erase(key.vrfId());
+    }
 
     std::vector<VrfId> vrfIds() const {
         std::vector<VrfId> ids;
@@ -48,6 +58,7 @@ class PerVrfIndex {
 
     /// Takes the VRF's out; null where it has none.
     std::unique_ptr<Records> take(VrfId vrfId) {
+        last_ = nullptr;
         auto taken = byVrf_.take(vrfId);
         return taken ? std::move(taken->value()) : nullptr;
     }
@@ -55,6 +66,9 @@ class PerVrfIndex {
   private:
     const Slots* slots_;
     Orb::HashMap<VrfId, std::unique_ptr<Records>> byVrf_;
+    // Those that were found last: one VRF is asked for again and again.
+    mutable Records* last_ = nullptr;
+    mutable VrfId lastVrfId_;
 };
 
 /// A table whose key has a `vrfId()`.
@@ -83,16 +97,16 @@ class PerVrfTable : public OrbMemtab::RecordTable<Form, PerVrfIndex<Form>> {
         }
     }
 
-    /// Fetches what a search for the key will read first, and then what it will read next, for a
-    /// caller that has work until then.
-    void prefetch(const Key& key) const {
-        if (const Records* vrf = records(key.vrfId())) {
-            vrf->prefetch(key);
+    /// Fetches what a search for the VRF's key of that tag will read first, and then what it will
+    /// read next, for a caller that has work until then.
+    void prefetch(VrfId vrfId, Orb::HashTag tag) const {
+        if (const Records* vrf = records(vrfId)) {
+            vrf->prefetch(tag);
         }
     }
-    void prefetchRecord(const Key& key) const {
-        if (const Records* vrf = records(key.vrfId())) {
-            vrf->prefetchRecord(key);
+    void prefetchRecord(VrfId vrfId, Orb::HashTag tag) const {
+        if (const Records* vrf = records(vrfId)) {
+            vrf->prefetchRecord(tag);
         }
     }
 

@@ -7,12 +7,12 @@ namespace Routing::Rib {
 ORB_DEFINE_TYPE(RouteConfig)
 ORB_REGISTER(RouteConfig, RouteConfig, 0, 1)
 
-void RouteConfig::routeAdd(const Route& route) {
-    tellIf(table_.insertOrAssign(route), routeAttribute, route.key());
+void RouteConfig::routeAdd(const Route& route, Orb::HashTag tag) {
+    tellIf(table_.insertOrAssign(route, tag), routeAttribute, route.key());
 }
 
-void RouteConfig::routeDel(const RouteKey& key) {
-    if (tellIf(table_.erase(key), routeAttribute, key)) {
+void RouteConfig::routeDel(const RouteKey& key, Orb::HashTag tag) {
+    if (tellIf(table_.erase(key, tag), routeAttribute, key)) {
         noteRoom();
     }
 }

@@ -18,19 +18,29 @@ class RouteConfig : public PerVrfTableEntity<RouteForm> {
     RouteConfig() : PerVrfTableEntity("route", ringEntries) {}
 
     /// The route of that key, or the default route.
-    Route route(const RouteKey& key) const { return table_.find(key).value_or(Route()); }
+    Route route(const RouteKey& key) const { return route(key, Orb::HashTag::of(key)); }
+    Route route(const RouteKey& key, Orb::HashTag tag) const {
+        return table_.find(key, tag).value_or(Route());
+    }
 
-    /// Fetches what route() and routeAdd() will read first, and then the route, for a caller that
-    /// has work until then.
-    void prefetch(const RouteKey& key) const { table_.prefetch(key); }
-    void prefetchRoute(const RouteKey& key) const { table_.prefetchRecord(key); }
+    /// Fetches what route() and routeAdd() will read first for the key of that tag, and then the
+    /// route, for a caller that has work until then.
+    void prefetch(Vrf::VrfIdMap::VrfId vrfId, Orb::HashTag tag) const {
+        table_.prefetch(vrfId, tag);
+    }
+    void prefetchRoute(Vrf::VrfIdMap::VrfId vrfId, Orb::HashTag tag) const {
+        table_.prefetchRecord(vrfId, tag);
+    }
 
     /// The VRF's routes; null while it has none.
     const Routes* routes(Vrf::VrfIdMap::VrfId vrfId) const { return table_.records(vrfId); }
 
     /// Adds the route, or replaces that of its key. Throws RangeError when the table is full.
-    void routeAdd(const Route& route);
-    void routeDel(const RouteKey& key);
+    void routeAdd(const Route& route) { routeAdd(route, Orb::HashTag::of(route.key())); }
+    void routeDel(const RouteKey& key) { routeDel(key, Orb::HashTag::of(key)); }
+    /// The same where the key's tag is at hand.
+    void routeAdd(const Route& route, Orb::HashTag tag);
+    void routeDel(const RouteKey& key, Orb::HashTag tag);
     void doDeleteRoutesForVrf(Vrf::VrfIdMap::VrfId vrfId);
 
   private:

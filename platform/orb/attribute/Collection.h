@@ -5,10 +5,12 @@
 #include "platform/orb/attribute/Attribute.h"
 #include "platform/orb/container/HashMap.h"
 #include "platform/orb/container/OrderedMap.h"
+#include "platform/orb/container/SoleMap.h"
 
 namespace Orb {
 
-/// Values by key, in a HashMap or an OrderedMap. An absent key reads as the default value.
+/// Values by key, in a HashMap, an OrderedMap or a SoleMap. An absent key reads as the default
+/// value.
 template <typename MapType, typename KeyType, AttributeValue T>
 class Collection {
   public:
@@ -23,28 +25,35 @@ class Collection {
         return value == nullptr ? T{} : *value;
     }
 
-    /// Stores the member and tells the owner's reactors, unless it is there with that value.
-    void memberIs(const Entity& owner, AttributeId id, const Key& key, Read<T> value) {
-        const auto [member, added] = map_.tryInsert(key, value);
+    /// Stores the member and tells the owner's reactors, unless it is there with that value. The
+    /// key's tag may follow, in a hash map.
+    template <typename... Tag>
+    void memberIs(const Entity& owner, AttributeId id, const Key& key, Read<T> value, Tag... tag) {
+        const auto [member, added] = map_.tryInsert(key, value, tag...);
         if (!added) {
             if (*member == value) {
                 return;
             }
             *member = value;
         }
-        if (owner.hasReactors()) {
-            const Key stable = key;
-            owner.notify(id, &stable);
-        }
+        tell(owner, id, key);
     }
 
-    void memberDel(const Entity& owner, AttributeId id, const Key& key) {
+    /// Changes the member where it stands, from the default value if it is new, and tells.
+    template <typename Change>
+    void memberChange(const Entity& owner, AttributeId id, const Key& key, Change change) {
+        change(*map_.tryInsert(key).first);
+        tell(owner, id, key);
+    }
+
+    template <typename... Tag>
+    void memberDel(const Entity& owner, AttributeId id, const Key& key, Tag... tag) {
         if (!owner.hasReactors()) {
-            map_.erase(key);
+            map_.erase(key, tag...);
             return;
         }
         const Key stable = key; // the caller's may stand in the map
-        if (map_.erase(stable)) {
+        if (map_.erase(stable, tag...)) {
             owner.notify(id, &stable);
         }
     }
@@ -63,7 +72,14 @@ class Collection {
     std::string text() const { return std::to_string(map_.size()) + " members"; }
 
   private:
-    Map map_;
+    static void tell(const Entity& owner, AttributeId id, const Key& key) {
+        if (owner.hasReactors()) {
+            const Key stable = key; // the caller's may stand in what somebody changes now
+            owner.notify(id, &stable);
+        }
+    }
+
+    [[no_unique_address]] Map map_;
 };
 
 template <typename Key, typename T>
@@ -71,5 +87,8 @@ using HashCollection = Collection<HashMap<Key, T>, Key, T>;
 
 template <typename Key, typename T>
 using OrderedCollection = Collection<OrderedMap<Key, T>, Key, T>;
+
+template <typename Key, typename T>
+using SoleCollection = Collection<SoleMap<Key, T>, Key, T>;
 
 } // namespace Orb

@@ -62,11 +62,18 @@
     void name##Is(Orb::Read<Type> value) { name##_.valueIs(*this, name##Attribute, value); }
 
 /// Values by key in a hash map: name(), name(key), nameIs(key, value), nameDel(key), nameDelAll().
+/// nameChange(key, change) has change(value) count or whatever in place, from the default where
+/// there is none. nameIs and nameDel take the key's HashTag behind the rest, if that is at hand.
 #define ORB_MAP(number, Key, Value, name) ORB_COLLECTION(HashCollection, number, Key, Value, name)
 
 /// The same, ordered by key.
 #define ORB_ORDERED_MAP(number, Key, Value, name)                                                  \
     ORB_COLLECTION(OrderedCollection, number, Key, Value, name)
+
+/// The same for a class of which there are many objects, nearly all with one entry, which lies in
+/// the object itself.
+#define ORB_SOLE_MAP(number, Key, Value, name)                                                     \
+    ORB_COLLECTION(SoleCollection, number, Key, Value, name)
 
 /// An owned object: name(), nameIs(constructor arguments of T), nameDel().
 #define ORB_CHILD(number, T, name)                                                                 \
@@ -112,17 +119,32 @@
     void name##DelAll() { name##_.childDelAll(*this, name##Attribute); }
 
 /// Objects made elsewhere, by key: name(), name(key), nameIs(object), nameDel(key), nameDelAll().
-#define ORB_REFERENCES(number, T, name)                                                            \
-    ORB_DECLARED(number, Orb::References<T>, name)                                                 \
+/// nameOrMade(key, tag, make) is the object of that key, that of make() if there is none. What
+/// takes a key takes its HashTag with it, where that is at hand.
+#define ORB_REFERENCES(number, T, name) ORB_REFERENCES_IN(Orb::References<T>, number, T, name)
+
+/// The same in a holder of one's own that does what Orb::References does.
+#define ORB_REFERENCES_IN(Holder, number, T, name)                                                 \
+    ORB_DECLARED(number, Holder, name)                                                             \
     const auto& name() const { return name##_.all(); }                                             \
     ORB_WHERE_CALLED                                                                               \
     T* name(Orb::Read<T::Key> key) const { return name##_.find(key); }                             \
+    ORB_WHERE_CALLED                                                                               \
+    T* name(Orb::Read<T::Key> key, Orb::HashTag tag) const { return name##_.find(key, tag); }      \
+    template <typename Make>                                                                       \
+    Orb::Ptr<T> name##OrMade(Orb::Read<T::Key> key, Orb::HashTag tag, const Make& make) {          \
+        return name##_.memberOrMade(*this, name##Attribute, key, tag, make);                       \
+    }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
     void name##Is(Orb::Ptr<T> object) {                                                            \
         name##_.memberIs(*this, name##Attribute, #name, std::move(object));                        \
     }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
     void name##Del(Orb::Read<T::Key> key) { name##_.memberDel(*this, name##Attribute, key); }      \
+    ORB_WHERE_CALLED                                                                               \
+    void name##Del(Orb::Read<T::Key> key, Orb::HashTag tag) {                                      \
+        name##_.memberDel(*this, name##Attribute, key, tag);                                       \
+    }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
     void name##DelAll() { name##_.memberDelAll(*this, name##Attribute); }
 
@@ -144,7 +166,16 @@
 
 #define ORB_COLLECTION(Kind, number, KeyType, ValueType, name)                                     \
     using name##Collection = Orb::Kind<KeyType, ValueType>;                                        \
-    ORB_DECLARED(number, name##Collection, name)                                                   \
+    ORB_COLLECTION_IN(name##Collection, number, KeyType, ValueType, name, )                        \
+    template <typename Change>                                                                     \
+    void name##Change(Orb::Read<KeyType> key, Change change) {                                     \
+        name##_.memberChange(*this, name##Attribute, key, change);                                 \
+    }
+
+/// Values by key in a holder of one's own that does what Orb::Collection does. What initialises the
+/// holder may follow, in braces.
+#define ORB_COLLECTION_IN(Holder, number, KeyType, ValueType, name, ...)                           \
+    ORB_DECLARED(number, Holder, name, __VA_ARGS__)                                                \
     const auto& name() const { return name##_.all(); }                                             \
     ORB_WHERE_CALLED                                                                               \
     ValueType name(Orb::Read<KeyType> key) const { return name##_.find(key); }                     \
@@ -153,7 +184,15 @@
         name##_.memberIs(*this, name##Attribute, key, value);                                      \
     }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
+    void name##Is(Orb::Read<KeyType> key, Orb::Read<ValueType> value, Orb::HashTag tag) {          \
+        name##_.memberIs(*this, name##Attribute, key, value, tag);                                 \
+    }                                                                                              \
+    ORB_WHERE_CALLED                                                                               \
     void name##Del(Orb::Read<KeyType> key) { name##_.memberDel(*this, name##Attribute, key); }     \
+    ORB_WHERE_CALLED                                                                               \
+    void name##Del(Orb::Read<KeyType> key, Orb::HashTag tag) {                                     \
+        name##_.memberDel(*this, name##Attribute, key, tag);                                       \
+    }                                                                                              \
     ORB_WHERE_CALLED                                                                               \
     void name##DelAll() { name##_.memberDelAll(*this, name##Attribute); }
 
@@ -171,6 +210,6 @@
     }                                                                                              \
                                                                                                    \
   private:                                                                                         \
-    Holder name##_ __VA_ARGS__;                                                                    \
+    [[no_unique_address]] Holder name##_ __VA_ARGS__;                                              \
                                                                                                    \
   public:

@@ -22,8 +22,9 @@ class References {
     const Map& all() const { return objects_; }
 
     /// The object, or null. Its reference count stays as it is.
-    T* find(const Key& key) const {
-        const Ptr<T>* object = objects_.find(key);
+    template <typename... Tag>
+    T* find(const Key& key, Tag... tag) const {
+        const Ptr<T>* object = objects_.find(key, tag...);
         return object == nullptr ? nullptr : object->get();
     }
 
@@ -44,8 +45,22 @@ class References {
         owner.notify(id, &object->fwkKey());
     }
 
-    void memberDel(const Entity& owner, AttributeId id, const Key& key) {
-        if (const auto taken = objects_.take(key)) {
+    /// The object of that key, made by `make()` and kept if there is none.
+    template <typename Make>
+    Ptr<T> memberOrMade(const Entity& owner, AttributeId id, const Key& key, HashTag tag,
+                        const Make& make) {
+        const auto [member, added] = objects_.findOrInsert(key, tag, make);
+        const Ptr<T> object = *member;
+        if (added) {
+            const Ptr<const PtrInterface> kept = keep(owner);
+            owner.notify(id, &object->fwkKey());
+        }
+        return object;
+    }
+
+    template <typename... Tag>
+    void memberDel(const Entity& owner, AttributeId id, const Key& key, Tag... tag) {
+        if (const auto taken = objects_.take(key, tag...)) {
             const Ptr<T>& object = *taken;
             owner.notify(id, &object->fwkKey());
         }

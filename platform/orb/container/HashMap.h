@@ -22,10 +22,16 @@ class HashMap : public HashTable<MapEntry<K, V>, MapEntryKey<K, V>> {
     /// The value of that key, or null. Valid until the next insertion or erasure.
     V* find(const K& key) { return valueOf(this->findEntry(key)); }
     const V* find(const K& key) const { return valueOf(this->findEntry(key)); }
+    V* find(const K& key, HashTag tag) { return valueOf(this->findEntry(key, tag)); }
+    const V* find(const K& key, HashTag tag) const { return valueOf(this->findEntry(key, tag)); }
 
     /// Adds the pair unless the key is there. Returns the key's value and whether it was added.
     std::pair<V*, bool> tryInsert(K key, V value = V()) {
-        const auto place = this->placeOf(key);
+        const auto tag = HashTag::of(key);
+        return tryInsert(std::move(key), std::move(value), tag);
+    }
+    std::pair<V*, bool> tryInsert(K key, V value, HashTag tag) {
+        const auto place = this->placeOf(key, tag);
         if (V* present = valueOf(this->entryAt(place, key))) {
             return {present, false};
         }

@@ -18,6 +18,8 @@ class HashMap2018 : public HashTable<T, KeyOf> {
     /// The element of that key, or null. Valid until the next insertion or erasure.
     T* find(const Key& key) { return this->findEntry(key); }
     const T* find(const Key& key) const { return this->findEntry(key); }
+    T* find(const Key& key, HashTag tag) { return this->findEntry(key, tag); }
+    const T* find(const Key& key, HashTag tag) const { return this->findEntry(key, tag); }
 
     /// Adds the element unless its key is there. Returns the key's element and whether it was
     /// added.
@@ -27,6 +29,17 @@ class HashMap2018 : public HashTable<T, KeyOf> {
             return {present, false};
         }
         return {this->insertNew(std::move(element), place), true};
+    }
+
+    /// The element of that key, with `make()` added if there is none, which must not use the map.
+    /// And whether it was added.
+    template <typename Make>
+    std::pair<T*, bool> findOrInsert(const Key& key, HashTag tag, const Make& make) {
+        const auto place = this->placeOf(key, tag);
+        if (T* present = this->entryAt(place, key)) {
+            return {present, false};
+        }
+        return {this->insertNew(make(), place), true};
     }
 
     /// Adds the element or replaces the one of the same key. Returns whether the key was added.

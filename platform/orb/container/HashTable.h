@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "platform/orb/container/HashTableBlock.h"
-#include "platform/orb/value/Hash.h"
 
 namespace Orb {
 
@@ -27,6 +26,8 @@ namespace Orb {
 /// knows the sum of all entries' distances from their homes, which is also what inserting has cost
 /// so far. It grows when the mean distance passes a limit and shrinks only when the mean will stay
 /// small, which keeps both operations O(1) amortised.
+///
+/// What takes a key also takes its tag with it, where the caller has hashed the key already.
 ///
 /// Cost: the block is made with the first entry and given back with the last; an entry has a tag of
 /// four bytes besides itself.
@@ -93,8 +94,10 @@ class HashTable {
     const_iterator end() const { return iteratorAt<const T>(slots()); }
 
     /// The entry with that key, or null. Valid until the next insertion or erasure.
-    T* findEntry(const Key& key) { return block_ == nullptr ? nullptr : lookUp(key); }
-    const T* findEntry(const Key& key) const { return block_ == nullptr ? nullptr : lookUp(key); }
+    T* findEntry(const Key& key) { return findEntry(key, tagOf(key)); }
+    const T* findEntry(const Key& key) const { return findEntry(key, tagOf(key)); }
+    T* findEntry(const Key& key, HashTag tag) { return lookUp(key, tag.value()); }
+    const T* findEntry(const Key& key, HashTag tag) const { return lookUp(key, tag.value()); }
 
     bool contains(const Key& key) const { return findEntry(key) != nullptr; }
 
@@ -116,29 +119,35 @@ class HashTable {
         return entryAt(occupiedFrom(static_cast<std::uint32_t>(entry - block_->entries()) + 1));
     }
 
-    /// Fetches what a search for the key will read first, for a caller that has work until then.
-    void prefetch(const Key& key) const {
+    /// The tag of one of the table's entries, which is at hand.
+    HashTag tagAt(const T* entry) const {
+        return HashTag(block_->tags()[entry - block_->entries()]);
+    }
+
+    /// Fetches what a search for the key of that tag will read first, for a caller that has work
+    /// until then.
+    void prefetch(HashTag tag) const {
         if (block_ != nullptr) {
-            const std::uint32_t slot = block_->home(tagOf(key));
+            const std::uint32_t slot = block_->home(tag.value());
             __builtin_prefetch(block_->tags() + slot);
             __builtin_prefetch(block_->entries() + slot);
         }
     }
 
-    /// The entry that a search for the key would look at first, most likely the key's if that is
-    /// there; or null. Reads nothing that an entry points to.
-    const T* likely(const Key& key) const {
+    /// The entry that a search for the key of that tag would look at first, most likely the key's
+    /// if that is there; or null. Reads nothing that an entry points to.
+    const T* likely(HashTag tag) const {
         if (block_ == nullptr) {
             return nullptr;
         }
-        const std::uint32_t tag = tagOf(key);
-        const std::uint32_t slot = tagBound(tag);
-        return block_->tags()[slot] == tag ? block_->entries() + slot : nullptr;
+        const std::uint32_t slot = tagBound(tag.value());
+        return block_->tags()[slot] == tag.value() ? block_->entries() + slot : nullptr;
     }
 
     /// Takes the entry of that key out of the table.
-    std::optional<T> take(const Key& key) {
-        T* entry = findEntry(key);
+    std::optional<T> take(const Key& key) { return take(key, tagOf(key)); }
+    std::optional<T> take(const Key& key, HashTag tag) {
+        T* entry = findEntry(key, tag);
         if (entry == nullptr) {
             return std::nullopt;
         }
@@ -150,6 +159,7 @@ class HashTable {
 
     /// Removes the entry of that key. Returns whether there was one.
     bool erase(const Key& key) { return take(key).has_value(); }
+    bool erase(const Key& key, HashTag tag) { return take(key, tag).has_value(); }
 
     /// Removes all entries. Those that their destructors add stay.
     void clear() { HashTable(keyOf_).swap(*this); }
@@ -169,9 +179,9 @@ class HashTable {
         std::uint32_t slot;
     };
 
-    Place placeOf(const Key& key) const {
-        const std::uint32_t tag = tagOf(key);
-        return {tag, block_ == nullptr ? 0 : lowerBound(tag, key)};
+    Place placeOf(const Key& key) const { return placeOf(key, tagOf(key)); }
+    Place placeOf(const Key& key, HashTag tag) const {
+        return {tag.value(), block_ == nullptr ? 0 : lowerBound(tag.value(), key)};
     }
 
     /// The entry of the key whose place it is, or null.
@@ -214,7 +224,7 @@ class HashTable {
     static constexpr std::uint64_t crowdedMean = 8;
     static constexpr std::uint64_t roomyMean = 4;
     static constexpr std::uint32_t maxHomesPerEntry = 128;
-    static constexpr std::uint32_t endTag = HashTableShape::endTag;
+    static constexpr std::uint32_t endTag = HashTag::end;
 
     using Shape = HashTableShape;
     using Block = HashTableBlock<T>;
@@ -260,19 +270,17 @@ class HashTable {
         return slot;
     }
 
-    /// The part of a key's hash that the table goes by.
-    static std::uint32_t tagOf(const Key& key) {
-        const auto top = static_cast<std::uint32_t>(hashOf(key) >> 32);
-        return std::clamp(top, std::uint32_t{1}, endTag - 1);
-    }
+    static HashTag tagOf(const Key& key) { return HashTag::of(key); }
 
     bool isAt(const Place& place, const Key& key) const {
         return block_->tags()[place.slot] == place.tag
                && keyOf_(block_->entries()[place.slot]) == key;
     }
 
-    T* lookUp(const Key& key) const {
-        const std::uint32_t tag = tagOf(key);
+    T* lookUp(const Key& key, std::uint32_t tag) const {
+        if (block_ == nullptr) {
+            return nullptr;
+        }
         const std::uint32_t* tags = block_->tags();
         for (std::uint32_t slot = tagBound(tag); tags[slot] == tag; ++slot) {
             T* entry = block_->entries() + slot;

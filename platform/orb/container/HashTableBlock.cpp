@@ -14,7 +14,7 @@ HashTableShape HashTableShape::forSize(std::uint64_t size) {
     }
     const std::uint64_t homes = size + size / 4 + 1;
     const std::uint64_t slack = std::clamp<std::uint64_t>(homes / 16, 4, 128);
-    ORB_ASSERT(homes + slack < endTag, "HashTable::slots < 2^32 - 1");
+    ORB_ASSERT(homes + slack < HashTag::end, "HashTable::slots < 2^32 - 1");
     return HashTableShape{static_cast<std::uint32_t>(homes),
                           static_cast<std::uint32_t>(homes + slack),
                           static_cast<std::uint32_t>(size)};

@@ -8,6 +8,10 @@
 #include <new>
 #include <type_traits>
 
+#include "platform/orb/container/AlignedMemory.h"
+#include "platform/orb/container/HashTag.h"
+#include "platform/orb/container/MappedMemory.h"
+
 namespace Orb {
 
 /// How large a table is.
@@ -17,8 +21,6 @@ struct HashTableShape {
     std::uint32_t maxSize;
 
     static constexpr std::uint32_t denseSize = 8;
-    /// No entry has this tag, nor 0.
-    static constexpr std::uint32_t endTag = 0xFFFFFFFF;
 
     /// A table for at least `size` entries. Those of up to `denseSize` are plain sorted arrays,
     /// packed full.
@@ -26,8 +28,8 @@ struct HashTableShape {
 };
 
 /// The memory of a HashTable, one allocation: this header, slots + 1 tags (0: empty; the last one
-/// is endTag and stops every scan), and slots entries. Which tags and entries are there is up to
-/// the table.
+/// is HashTag::end and stops every scan), and slots entries. Which tags and entries are there is up
+/// to the table.
 template <typename T>
 struct HashTableBlock {
     std::uint32_t homes;
@@ -54,18 +56,26 @@ struct HashTableBlock {
 
     /// An empty block. Throws std::bad_alloc.
     static HashTableBlock* allocate(const HashTableShape& shape) {
-        return format(::operator new(bytesFor(shape.slots), alignment()), shape);
+        const std::size_t bytes = bytesFor(shape.slots);
+        void* memory = isMapped(bytes) ? MappedMemory::tryTake(bytes) : Memory::allocate(bytes);
+        return memory == nullptr ? throw std::bad_alloc() : format(memory, shape);
     }
 
     /// An empty block, or null where there is no memory.
     static HashTableBlock* tryAllocate(const HashTableShape& shape) noexcept {
-        void* memory = ::operator new(bytesFor(shape.slots), alignment(), std::nothrow);
+        const std::size_t bytes = bytesFor(shape.slots);
+        void* memory = isMapped(bytes) ? MappedMemory::tryTake(bytes) : Memory::tryAllocate(bytes);
         return memory == nullptr ? nullptr : format(memory, shape);
     }
 
     /// Gives the memory of a block back whose entries have gone.
     static void release(HashTableBlock* block) noexcept {
-        ::operator delete(static_cast<void*>(block), alignment());
+        const std::size_t bytes = bytesFor(block->slots);
+        if (isMapped(bytes)) {
+            MappedMemory::release(block, bytes);
+        } else {
+            Memory::release(block);
+        }
     }
 
     /// Destroys the entries of a block and gives it back.
@@ -81,10 +91,11 @@ struct HashTableBlock {
     }
 
   private:
-    static constexpr std::align_val_t alignment() {
-        return std::align_val_t(alignof(T) > alignof(HashTableBlock) ? alignof(T)
-                                                                     : alignof(HashTableBlock));
+    static constexpr bool isMapped(std::size_t bytes) {
+        return MappedMemory::isUsed && bytes >= MappedMemory::least;
     }
+
+    using Memory = AlignedMemory<(alignof(T) > 8 ? alignof(T) : 8)>;
 
     static constexpr std::size_t entriesOffset(std::size_t slots) {
         const std::size_t end = sizeof(HashTableBlock) + (slots + 1) * sizeof(std::uint32_t);
@@ -92,11 +103,12 @@ struct HashTableBlock {
     }
 
     static HashTableBlock* format(void* memory, const HashTableShape& shape) {
+        static_assert(alignof(HashTableBlock) <= 8);
         auto* block = std::construct_at(static_cast<HashTableBlock*>(memory));
         *block = {shape.homes, shape.slots, shape.maxSize, 0, shape.slots, 0, 0, 0};
         block->shrinkBelow = shape.maxSize > HashTableShape::denseSize ? shape.maxSize / 8 : 0;
         std::memset(block->tags(), 0, std::size_t{shape.slots} * sizeof(std::uint32_t));
-        block->tags()[shape.slots] = HashTableShape::endTag;
+        block->tags()[shape.slots] = HashTag::end;
         return block;
     }
 };

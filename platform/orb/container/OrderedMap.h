@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "platform/orb/container/AlignedMemory.h"
 #include "platform/orb/container/MapEntry.h"
 
 namespace Orb {
@@ -53,6 +54,8 @@ class OrderedMap {
         using reference = Element&;
 
         BasicIterator() = default;
+        /// At an element of an array.
+        explicit BasicIterator(Element* element) : element_(element) {}
 
         // An element's value takes no part in the order, so changing it in the tree is sound.
         reference operator*() const {
@@ -76,7 +79,6 @@ class OrderedMap {
 
       private:
         friend class OrderedMap;
-        explicit BasicIterator(Element* element) : element_(element) {}
         explicit BasicIterator(TreeIterator node) : node_(node) {}
 
         Element* element_ = nullptr; ///< null while walking a tree
@@ -87,6 +89,15 @@ class OrderedMap {
     using const_iterator = BasicIterator<const Entry>;
 
     OrderedMap() = default;
+    /// Of two entries, in their order. They stay as they are when it throws.
+    OrderedMap(Entry&& smaller, Entry&& greater) : block_(allocateArray(2)) {
+        if (block_ == nullptr) {
+            throw std::bad_alloc();
+        }
+        std::construct_at(arrayOf(block_), std::move(smaller));
+        std::construct_at(arrayOf(block_) + 1, std::move(greater));
+        block_->count = 2;
+    }
     OrderedMap(OrderedMap&& other) noexcept : block_(std::exchange(other.block_, nullptr)) {}
     OrderedMap(const OrderedMap& other)
         requires std::is_copy_constructible_v<Entry>
@@ -174,8 +185,7 @@ class OrderedMap {
         std::uint32_t count; ///< of the array; never zero
     };
 
-    static constexpr std::size_t alignment =
-        std::max({alignof(Block), alignof(Entry), alignof(Tree)});
+    using Memory = AlignedMemory<std::max({alignof(Block), alignof(Entry), alignof(Tree)})>;
 
     static constexpr std::size_t behindHeader(std::size_t align) {
         return (sizeof(Block) + align - 1) / align * align;
@@ -194,23 +204,19 @@ class OrderedMap {
     Tree& tree() const { return treeOf(block_); }
 
     static Block* allocateArray(std::uint32_t capacity) noexcept {
-        void* memory = ::operator new(behindHeader(alignof(Entry)) + capacity * sizeof(Entry),
-                                      std::align_val_t(alignment), std::nothrow);
+        void* memory = Memory::tryAllocate(behindHeader(alignof(Entry)) + capacity * sizeof(Entry));
         return memory == nullptr
                    ? nullptr
                    : std::construct_at(static_cast<Block*>(memory), Block{capacity, 0});
     }
     static Block* allocateTree() {
-        void* memory =
-            ::operator new(behindHeader(alignof(Tree)) + sizeof(Tree), std::align_val_t(alignment));
+        void* memory = Memory::allocate(behindHeader(alignof(Tree)) + sizeof(Tree));
         auto* block = std::construct_at(static_cast<Block*>(memory), Block{0, 0});
         std::construct_at(
             reinterpret_cast<Tree*>(static_cast<std::byte*>(memory) + behindHeader(alignof(Tree))));
         return block;
     }
-    static void release(Block* block) noexcept {
-        ::operator delete(static_cast<void*>(block), std::align_val_t(alignment));
-    }
+    static void release(Block* block) noexcept { Memory::release(block); }
     static void destroy(Block* block) noexcept {
         if (block->capacity == 0) {
             std::destroy_at(&treeOf(block));
