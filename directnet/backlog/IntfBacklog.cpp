@@ -88,6 +88,9 @@ void IntfBacklog::forEachAhead(Lanx::IntfId intfId, Contributions contributions,
         backlog().prefetch(end->member);
         ++end;
     }
+    for (const Tags* ahead = tags.data(); ahead != end; ++ahead) {
+        intfIdsByPrefix_.prefetchSet(ahead->prefix);
+    }
     const Tags* next = tags.data();
     for (const Contribution& contribution : contributions) {
         visit(contribution, *next++);

@@ -22,7 +22,7 @@ void PrefixIndex::list(Orb::Ptr<IntfIdSet>& place, const Orb::Ptr<IntfIdSet>& se
 }
 
 void PrefixIndex::memberIs(const Orb::Entity& owner, Orb::AttributeId id, std::string_view name,
-                           Orb::Ptr<IntfIdSet> set) {
+                           const Orb::Ptr<IntfIdSet>& set) {
     if (set == nullptr) {
         Orb::throwNullArgument(name, owner.fwkTypeNode()->name());
     }
