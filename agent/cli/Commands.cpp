@@ -8,9 +8,6 @@
 
 namespace Agent {
 
-namespace {
-
-/// What makes the text no name of a VRF; empty if it is one.
 std::string complaintAboutVrf(const std::string& name) {
     if (name.empty() || !isUtf8(name)) {
         return "must be a name in UTF-8";
@@ -22,8 +19,6 @@ std::string complaintAboutVrf(const std::string& name) {
     }
     return {};
 }
-
-} // namespace
 
 std::string complaintIfEmpty(const std::string& value) {
     return value.empty() ? "must not be empty" : "";

@@ -9,16 +9,20 @@ namespace Agent {
 // The commands, each in a source of its own.
 Command replayCommand();
 Command leaksCommand();
+Command reloadCommand();
 Command ringlogCommand();
 Command runCommand();
 Command showCommand();
 Command tablesCommand();
 Command traceCommand();
 Command vipLogCommand();
+Command waitCommand();
 Command watchCommand();
 
 /// Refuses an empty value, such as that of a shell variable which is not set.
 std::string complaintIfEmpty(const std::string& value);
+/// What makes the text no name of a VRF; empty if it is one.
+std::string complaintAboutVrf(const std::string& name);
 
 // Arguments that several commands have.
 Argument ringOption(std::string& path);   ///< where the ring trace goes

@@ -2,6 +2,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <sys/resource.h>
 #include <vector>
@@ -38,6 +39,8 @@ struct RunOptions {
     bool install = false;
     int installProtocol = 77;
     bool keepInstalled = false;
+    std::string readyVrfs;
+    bool quiet = false;
 };
 
 /// Namespaces and clients take descriptors, and the usual soft limit is for programs that select().
@@ -82,6 +85,19 @@ std::optional<Installer::Options> installOptions(const RunOptions& options) {
     return std::nullopt;
 }
 
+/// The names between commas. Throws BadInputError.
+std::vector<L3::VrfName> readReadyVrfs(const std::string& text) {
+    std::vector<L3::VrfName> names;
+    std::istringstream parts(text);
+    for (std::string part; std::getline(parts, part, ',');) {
+        if (const std::string complaint = complaintAboutVrf(part); !complaint.empty()) {
+            throw BadInputError("directnet: --ready-vrfs: \"" + part + "\": " + complaint);
+        }
+        names.emplace_back(part);
+    }
+    return names;
+}
+
 void run(const RunOptions& options) {
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
     raiseFileLimit();
@@ -90,14 +106,15 @@ void run(const RunOptions& options) {
                      options.configFile,
                      tablesPlace(options),
                      options.leaks == "external",
-                     installOptions(options)});
+                     installOptions(options),
+                     readReadyVrfs(options.readyVrfs)});
     listen(agent, options);
     if (!options.vipLog.empty()) {
         agent.logVirtualIps(options.vipLog);
     }
     const Colour colour(useColour());
     if (!options.once) {
-        agent.follow({options.json, colour});
+        agent.follow({options.quiet, options.json, colour});
     } else if (options.json) {
         agent.runOnce(*makeStateDocuments(std::cout));
     } else {
@@ -122,7 +139,17 @@ Command runCommand() {
               .help = "Print the state once everything there is has been learned, and end",
               .value = &options->once},
              {.name = "--json", .help = "Print JSON: one object a line", .value = &options->json},
+             {.name = "--quiet",
+              .help = "Print no changes",
+              .value = &options->quiet,
+              .excludes = "--once"},
              traceOption(options->traceLevel),
+             {.name = "--ready-vrfs",
+              .help = "The VRFs, with commas in between, that must be ready before the agent says "
+                      "that it is; by default those that are there when it starts",
+              .value = &options->readyVrfs,
+              .placeholder = "NAMES",
+              .complaint = complaintIfEmpty},
              {.name = "--vrf",
               .help = "Follow the named network namespace NETNS as the VRF NAME, while there is "
                       "one; any number",

@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <poll.h>
 #include <sys/socket.h>
 #include <utility>
 
@@ -47,6 +48,11 @@ std::optional<AgentConnection::Line> AgentConnection::next() {
     return object.member("end").exists() ? std::nullopt : std::optional(std::move(line));
 }
 
+bool AgentConnection::waitForMore(int milliseconds) const {
+    pollfd polled{file_.get(), POLLIN, 0};
+    return hasMore() || ::poll(&polled, 1, milliseconds) > 0;
+}
+
 bool AgentConnection::receive() {
     received_.erase(0, std::exchange(taken_, 0));
     std::array<char, 65536> buffer;
@@ -82,6 +88,26 @@ std::string traceRequest(int level) {
     std::string line;
     appendJsonLine(line, "trace", level);
     return line;
+}
+
+std::string reloadRequest() {
+    std::string line;
+    appendJsonLine(line, "reload", true);
+    return line;
+}
+
+std::string waitRequest(const std::vector<std::string>& vrfs) {
+    std::string line;
+    JsonWriter writer(line);
+    writer.beginObject();
+    writer.key("wait");
+    writer.beginArray();
+    for (const std::string& vrf : vrfs) {
+        writer.value(vrf);
+    }
+    writer.endArray();
+    writer.endObject();
+    return line + '\n';
 }
 
 } // namespace Agent

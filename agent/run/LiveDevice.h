@@ -50,6 +50,8 @@ class LiveDevice final : public KernelPlaces, public VrfCatalog {
     /// Replaces the configuration, a document, and applies the difference. Throws DocumentError,
     /// with nothing changed, for one that contradicts itself or what runs.
     void configure(const DevicePatch& config);
+    /// The present configuration.
+    const DevicePatch& config() const { return config_; }
 
     /// Whether every VRF whose namespace is there has been published.
     bool isLearned() const;

@@ -11,6 +11,8 @@ Request readRequest(std::string_view line) {
     Request request;
     request.vrf = document.vrf;
     request.traceLevel = document.traceLevel;
+    request.isReload = document.reload;
+    request.waitedFor = document.waitedFor;
     if (document.traceLevel) {
         request.topic = &traceTopic;
     } else if (document.topic) {
@@ -18,6 +20,8 @@ Request readRequest(std::string_view line) {
         if (request.topic == nullptr) {
             throw DocumentError("/show", "unknown topic");
         }
+    } else {
+        request.isWatch = !document.reload && !document.waitedFor;
     }
     return request;
 }

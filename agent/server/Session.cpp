@@ -5,8 +5,11 @@
 #include <sys/socket.h>
 #include <utility>
 
+#include "agent/base/Errors.h"
 #include "agent/document/JsonWriter.h"
 #include "agent/patch/DocumentError.h"
+#include "agent/server/ReloadAnswer.h"
+#include "agent/server/WaitAnswer.h"
 #include "agent/server/WatchAnswer.h"
 #include "agent/topics/VrfCatalog.h"
 #include "agent/topics/VrfCursor.h"
@@ -37,6 +40,13 @@ void Session::onChanges() {
     }
 }
 
+void Session::onTurn() {
+    if (answer_ && !socket_.wantsWrite() && !answer_->isWaiting()) {
+        socket_.wantsWriteIs(true);
+        waitForClient();
+    }
+}
+
 /// The last thing that a callback does.
 void Session::goOn(bool going) {
     if (!going) {
@@ -55,7 +65,7 @@ bool Session::receive() {
     if (requested_) {
         // A client may have said all it has to say and still wait for its answer.
         socket_.wantsReadIs(size > 0);
-        return size > 0 || !watching_;
+        return size > 0 || !(watching_ || isHeld());
     }
     if (size == 0) {
         return false;
@@ -81,14 +91,17 @@ void Session::handle(const std::string& line) {
     try {
         const Request request = readRequest(line);
         answer_ = answerTo(request);
-        watching_ = request.topic == nullptr;
+        watching_ = request.isWatch;
         position_ = changes_.end();
+    } catch (const FailureError& error) {
+        refuse(error.what());
     } catch (const DocumentError& error) {
         refuse((error.pointer().empty() ? "" : error.pointer() + ": ") + error.what());
     }
 }
 
-/// Does what is asked for on the way. Throws DocumentError if the request's VRF does not exist.
+/// Does what is asked for on the way. Throws DocumentError if the request's VRF does not exist,
+/// FailureError for what cannot be done.
 std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
     if (request.vrf && VrfCursor(view_, request.vrf).vrf() == nullptr) {
         throw DocumentError("/vrf", whyNotUp(*request.vrf));
@@ -96,7 +109,13 @@ std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
     if (request.traceLevel) {
         Ringlog::TraceHandle::levelOfAllIs(*request.traceLevel);
     }
-    if (request.topic == nullptr) {
+    if (request.isReload) {
+        return std::make_unique<ReloadAnswer>(*view_.control);
+    }
+    if (request.waitedFor) {
+        return std::make_unique<WaitAnswer>(*view_.control, *request.waitedFor);
+    }
+    if (request.isWatch) {
         return std::make_unique<WatchAnswer>(view_, request.vrf);
     }
     return request.topic->answer(view_, request.vrf);
@@ -121,14 +140,17 @@ bool Session::advance() {
     if (!waiting_.empty()) {
         return send();
     }
+    if (answer_ && !answer_->isWaiting()) {
+        return true; // it had no line in all that it looked at
+    }
     socket_.wantsWriteIs(false);
     timer_.timeMinIs(Orb::Clock::never);
-    return watching_;
+    return watching_ || answer_;
 }
 
 /// Returns false when the client has missed something.
 bool Session::fill() {
-    for (std::size_t line = 0; answer_ && line < linesAtOnce; ++line) {
+    for (std::size_t line = 0; answer_ && !answer_->isWaiting() && line < linesAtOnce; ++line) {
         if (waiting_.size() >= bytesAtOnce) {
             return true;
         }

@@ -33,6 +33,8 @@ class Session {
     ChangeLog::Position position() const { return position_; }
     /// The log has grown.
     void onChanges();
+    /// The event loop has made a turn.
+    void onTurn();
 
   private:
     class Socket : public Orb::FileDescriptorReactor {
@@ -64,6 +66,7 @@ class Session {
     bool fillFromLog();
     bool send();
     void waitForClient();
+    bool isHeld() const { return answer_ && answer_->isWaiting(); }
 
     FileDescriptor file_;
     const AgentView& view_;

@@ -40,6 +40,12 @@ void SocketServer::changeIs(std::string_view line) {
     changes_.dropBefore(first);
 }
 
+void SocketServer::turned() {
+    for (Session& session : sessions_) {
+        session.onTurn();
+    }
+}
+
 void SocketServer::accept() {
     for (int i = 0; i < acceptedAtOnce && acceptOne(); ++i) {
     }

@@ -29,6 +29,9 @@ class SocketServer {
     /// Sends a change, a line of JSON with its line end, to all clients that watch.
     void changeIs(std::string_view line);
 
+    /// The event loop has made a turn: what some clients wait for may have come.
+    void turned();
+
   private:
     using Sessions = std::list<Session>;
 
