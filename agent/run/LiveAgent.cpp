@@ -32,6 +32,7 @@ LiveAgent::LiveAgent(const Options& options)
     const DevicePatch document = config ? config->document() : DevicePatch();
     start(options, after<&DevicePatch::gracefulRestart>(document, std::nullopt));
     reportRing(report_);
+    drains_.emplace(**root_, *clock_);
     lookup_.emplace(view());
     feed_.emplace(**root_, *inputs_, [this](const RouteFeed::Event& event) { onChange(event); });
     try {
@@ -218,6 +219,7 @@ void LiveAgent::onChange(const RouteFeed::Event& event) {
 
 void LiveAgent::turn() {
     activityManager_.runOnce(longestSleep);
+    drains_->turned();
     reportRing(report_);
     room_.check(**root_, clock_->now(), report_);
     // After a restart the routes count as complete only when all there is has been seen.
@@ -251,6 +253,27 @@ bool LiveAgent::isComplete() const {
                && (!canBeReady || container->intfBacklog()->waitingForRoom() > 0
                    || ReadyVrfs::isReady(**root_, name));
     });
+}
+
+AgentStatusRow LiveAgent::status() const {
+    const auto netlink = device_->counts();
+    const auto clients = server_ ? server_->counts() : SocketServer::Counts();
+    AgentStatusRow row;
+    row.version = DIRECTNET_VERSION;
+    row.pid = ::getpid();
+    row.uptime = {clock_->now() - started_};
+    row.isReady = ready_->missing().empty();
+    row.drains = drains_->drains();
+    row.longestDrain = {drains_->longest()};
+    row.overruns = netlink.overruns;
+    row.relistings = netlink.relistings;
+    row.clients = clients.present;
+    row.droppedClients = clients.dropped;
+    row.refusedClients = clients.refused;
+    row.droppedOutput = output_ == nullptr ? 0 : output_->droppedInAll();
+    row.droppedMessages = messages_.dropped();
+    row.reloads = config_.record();
+    return row;
 }
 
 bool LiveAgent::isQuiet() const {

@@ -7,6 +7,7 @@
 
 #include "agent/device/AgentRoot.h"
 #include "agent/device/DeviceInputs.h"
+#include "agent/device/DrainMeter.h"
 #include "agent/device/RoomReport.h"
 #include "agent/install/Installer.h"
 #include "agent/output/OutputQueue.h"
@@ -98,6 +99,7 @@ class LiveAgent final : private AgentControl {
     void startWith(const DeviceInputs::Tables& tables, bool gracefulRestart);
     Orb::Ptr<Vaultdb::Folder> openFolder(const TablesPlace& place) const;
     void onSignal(int signal);
+    AgentStatusRow status() const override;
     std::vector<ConfigChangeRow> reload() override;
     bool isQuiet() const override;
     std::vector<L3::VrfName> notReady(const std::vector<L3::VrfName>& vrfs) const override;
@@ -137,10 +139,12 @@ class LiveAgent final : private AgentControl {
     std::optional<ReadyVrfs> ready_;
     std::optional<ServiceReport> service_; // while it runs on
     std::optional<SocketServer> server_;
+    std::optional<DrainMeter> drains_;
     RoomReport room_;
     std::optional<VipLogWriter> vipLog_;
     bool vipLogFailed_ = false;
     OutputQueue* output_ = nullptr; // while changes are printed
+    double started_ = clock_->now();
     std::string line_;
 };
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "agent/base/Errors.h"
+#include "agent/base/WallTime.h"
 #include "agent/patch/Changes.h"
 #include "agent/run/ConfigText.h"
 #include "agent/run/LiveDevice.h"
@@ -40,6 +41,20 @@ LiveConfig::LiveConfig(std::string path, bool externalLeaks, Report report)
 }
 
 std::vector<ConfigChangeRow> LiveConfig::reload(LiveDevice& device) {
+    record_.last = wallTimeText(wallNow());
+    record_.failure.reset();
+    try {
+        auto changes = readAgain(device);
+        ++record_.succeeded;
+        return changes;
+    } catch (const FailureError& error) {
+        ++record_.failed;
+        record_.failure = error.what();
+        throw;
+    }
+}
+
+std::vector<ConfigChangeRow> LiveConfig::readAgain(LiveDevice& device) {
     if (!isThere()) {
         throw FailureError("there is no configuration file to read again");
     }

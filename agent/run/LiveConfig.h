@@ -9,6 +9,7 @@
 #include "agent/patch/DevicePatch.h"
 #include "agent/run/ConfigFile.h"
 #include "agent/topics/ConfigChangeRow.h"
+#include "agent/topics/StatusRows.h"
 
 namespace Agent {
 
@@ -31,8 +32,10 @@ class LiveConfig {
     /// Reads the file again and has the device follow. Returns what is different. Throws
     /// FailureError, with nothing changed.
     std::vector<ConfigChangeRow> reload(LiveDevice& device);
+    const ReloadRecord& record() const { return record_; }
 
   private:
+    std::vector<ConfigChangeRow> readAgain(LiveDevice& device);
     void checkLeaks(const DevicePatch& document);
 
     std::string path_;
@@ -40,6 +43,7 @@ class LiveConfig {
     Report report_;
     bool saidLeaks_ = false;
     std::optional<ConfigFile> file_;
+    ReloadRecord record_;
 };
 
 } // namespace Agent

@@ -64,6 +64,9 @@ class LiveDevice final : public KernelPlaces, public VrfCatalog {
     /// Which VRFs cannot be followed at present though their namespaces are there, and why.
     std::vector<std::string> failures() const;
 
+    /// Of all namespaces, those that have gone included.
+    Linux::NamespaceMonitor::Counts counts() const;
+
     /// Who is told of changes from now on; null for nobody.
     void observerIs(Observer* observer) { observer_ = observer; }
     std::optional<VrfPlace> place(const L3::VrfName& vrf) const override;
@@ -93,6 +96,7 @@ class LiveDevice final : public KernelPlaces, public VrfCatalog {
     LiveVrfs vrfs_;
     Observer* observer_ = nullptr;
     std::map<Lanx::NamespaceName, std::unique_ptr<NamespaceFollower>> followers_;
+    Linux::NamespaceMonitor::Counts counted_; // of namespaces that have gone
     std::optional<Linux::NamespaceWatch> watch_;
     std::optional<Watcher> watcher_;
 };

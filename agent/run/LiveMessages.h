@@ -24,6 +24,9 @@ class LiveMessages {
     /// Says "directnet: MESSAGE" on one line, whatever it quotes.
     void report(std::string_view message);
 
+    /// How many lines were dropped, ever.
+    std::size_t dropped() const { return queue_.droppedInAll(); }
+
   private:
     void say(std::string line);
 

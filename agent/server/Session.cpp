@@ -166,7 +166,7 @@ bool Session::fill() {
 
 bool Session::fillFromLog() {
     if (position_ < changes_.begin()) {
-        return false;
+        return dropClient();
     }
     const std::string_view piece = changes_.at(position_);
     waiting_ += piece;

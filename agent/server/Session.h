@@ -29,6 +29,8 @@ class Session {
             std::function<void(Session&)> onDone);
 
     bool isWatching() const { return watching_; }
+    /// Whether it ends because the client was too slow or said nothing.
+    bool isDropped() const { return isDropped_; }
     /// Where a watching client stands in the log.
     ChangeLog::Position position() const { return position_; }
     /// The log has grown.
@@ -49,13 +51,17 @@ class Session {
     class Timer : public Orb::Clock::NotifieeConst {
       public:
         explicit Timer(Session& owner) : owner_(owner) {}
-        void onTimeMin() override { owner_.goOn(false); }
+        void onTimeMin() override { owner_.goOn(owner_.dropClient()); }
 
       private:
         Session& owner_;
     };
 
     void goOn(bool going);
+    bool dropClient() {
+        isDropped_ = true;
+        return false;
+    }
     bool receive();
     void handle(const std::string& line);
     std::unique_ptr<Answer> answerTo(const Request& request) const;
@@ -78,6 +84,7 @@ class Session {
     bool requested_ = false;
     std::unique_ptr<Answer> answer_;
     bool watching_ = false;
+    bool isDropped_ = false;
     ChangeLog::Position position_ = 0;
     std::string waiting_;
     std::size_t sent_ = 0; // of waiting_

@@ -58,6 +58,7 @@ bool SocketServer::acceptOne() {
         if (errno == EMFILE || errno == ENFILE) {
             // A client that stays in the queue would keep the loop spinning.
             reserve_ = FileDescriptor();
+            ++refused_;
             FileDescriptor turnedAway(::accept(socket_.fd(), nullptr, nullptr));
             turnedAway = FileDescriptor();
             reserve_ = openReserve();
@@ -65,6 +66,7 @@ bool SocketServer::acceptOne() {
         return false;
     }
     if (sessions_.size() >= maxClients) {
+        ++refused_;
         std::string full;
         appendJsonLine(full, "error", "too many clients");
         ::send(file.get(), full.data(), full.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
@@ -76,6 +78,7 @@ bool SocketServer::acceptOne() {
 }
 
 void SocketServer::drop(const Session& session) {
+    dropped_ += session.isDropped() ? 1 : 0;
     sessions_.remove_if([&](const Session& other) { return &other == &session; });
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <list>
 #include <string>
 #include <string_view>
@@ -24,6 +25,14 @@ class SocketServer {
     SocketServer& operator=(const SocketServer&) = delete;
     ~SocketServer() = default;
 
+    /// Clients since the start, and at present.
+    struct Counts {
+        std::uint64_t present = 0;
+        std::uint64_t dropped = 0; ///< too slow or silent
+        std::uint64_t refused = 0; ///< there was no place for them
+    };
+    Counts counts() const { return {sessions_.size(), dropped_, refused_}; }
+
     /// Whether a client watches.
     bool isWatched() const;
     /// Sends a change, a line of JSON with its line end, to all clients that watch.
@@ -43,6 +52,8 @@ class SocketServer {
     ChangeLog changes_;
     ListeningSocket socket_;
     Sessions sessions_;
+    std::uint64_t dropped_ = 0;
+    std::uint64_t refused_ = 0;
     /// Given up for a moment to turn a client away when there are no descriptors left.
     FileDescriptor reserve_;
     Watcher watcher_;

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "agent/topics/ConfigChangeRow.h"
+#include "agent/topics/StatusRows.h"
 #include "platform/vrf/VrfName.h"
 
 namespace Agent {
@@ -11,6 +12,8 @@ namespace Agent {
 class AgentControl {
   public:
     virtual ~AgentControl() = default;
+
+    virtual AgentStatusRow status() const = 0;
 
     /// Reads the configuration again and applies what is different. Throws FailureError, with
     /// nothing changed, saying why it could not.

@@ -10,10 +10,12 @@ extern const Topic vrfsTopic;
 extern const Topic vipsTopic;
 extern const Topic leaksTopic;
 extern const Topic backlogTopic;
+extern const Topic statusTopic;
+extern const Topic metricsTopic;
 
 std::span<const Topic* const> topics() {
-    static constexpr const Topic* all[] = {&routesTopic, &vrfsTopic,    &vipsTopic,
-                                           &leaksTopic,  &backlogTopic, &traceTopic};
+    static constexpr const Topic* all[] = {&routesTopic,  &vrfsTopic,  &vipsTopic,   &leaksTopic,
+                                           &backlogTopic, &traceTopic, &statusTopic, &metricsTopic};
     return all;
 }
 

@@ -3,12 +3,14 @@
 #include <csignal>
 #include <fstream>
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <vector>
 
 #include "agent/base/FileDescriptor.h"
+#include "agent/topics/MetricsText.h"
 #include "tests/agent/LiveProgram.h"
 #include "tests/agent/PrivateNamespace.h"
 #include "tests/agent/Program.h"
@@ -16,8 +18,10 @@
 namespace {
 
 using namespace TestSupport;
+using nlohmann::json;
 using testing::AllOf;
 using testing::Contains;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 using Service = LiveTest;
@@ -121,6 +125,26 @@ TEST_F(Service, ReloadWaitsAndSaysWhatChangedOrWhyNothingDid) {
     EXPECT_THAT(manager.messages(),
                 Contains(AllOf(StartsWith("STATUS="), HasSubstr("config.json:2"))));
     EXPECT_THAT(show("routes"), HasSubstr("10.1.0.9/32"));
+
+    const json status = json::parse(show("status --json"));
+    EXPECT_EQ(status["reloads"]["succeeded"], 1);
+    EXPECT_EQ(status["reloads"]["failed"], 1);
+    EXPECT_THAT(status["reloads"]["failure"].get<std::string>(), HasSubstr("config.json:2"));
+    EXPECT_EQ(status["vrfs"]["default"]["routes"]["ipv4"]["receive"], 2);
+    EXPECT_GE(status["drains"]["count"], 2);
+    EXPECT_GT(status["drains"]["longest"], 0);
+    EXPECT_THAT(show("metrics"), EndsWith("\n# EOF\n"));
+}
+
+TEST(Metrics, NamesAndLabelsAreAsOpenMetricsHasThem) {
+    std::string text;
+    Agent::MetricsText metrics(text);
+    metrics.family("a_seconds", Agent::MetricsText::Type::counter, "A \\ B.", "seconds");
+    metrics.sample({{"vrf", "r\"e\\d\n"}, {"family", "ipv4"}}, 1);
+    metrics.finish();
+    EXPECT_EQ(text,
+              "# TYPE a_seconds counter\n# UNIT a_seconds seconds\n# HELP a_seconds A \\\\ B.\n"
+              "a_seconds_total{vrf=\"r\\\"e\\\\d\\n\",family=\"ipv4\"} 1\n# EOF\n");
 }
 
 } // namespace

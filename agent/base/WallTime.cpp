@@ -1,6 +1,7 @@
-#include "agent/tables/WallTime.h"
+#include "agent/base/WallTime.h"
 
 #include <array>
+#include <chrono>
 #include <ctime>
 
 namespace Agent {
@@ -17,6 +18,12 @@ std::string wallTimeText(std::uint64_t nanoseconds) {
         result.insert(result.size() - zoneMinutes, ":");
     }
     return result;
+}
+
+std::uint64_t wallNow() {
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return static_cast<std::uint64_t>(
+        std::chrono::duration_cast<std::chrono::nanoseconds>(now).count());
 }
 
 } // namespace Agent
