@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace Agent {
 
@@ -10,5 +11,9 @@ std::string wallTimeText(std::uint64_t nanoseconds);
 
 /// The time of day now, in nanoseconds since 1970.
 std::uint64_t wallNow();
+
+/// A line that is written now, with the time of day to the microsecond: before a line for people,
+/// as the first member, "date", of a JSON object.
+std::string stamped(std::string_view line, bool isJson);
 
 } // namespace Agent

@@ -28,9 +28,14 @@ std::string complaintAboutVrf(const std::string& name);
 Argument ringOption(std::string& path);   ///< where the ring trace goes
 Argument socketOption(std::string& path); ///< where the running agent listens
 Argument tablesOption(std::string& path); ///< where the tables are that an agent shares
+Argument timestampsOption(bool& has);     ///< the time of day before lines
+Argument prefixOption(const std::string& name, std::string& prefix); ///< routes of and in a prefix
 Argument traceOption(int& level);         ///< the text trace of an agent that is started
 Argument vrfOption(std::string& name);    ///< the one VRF that is shown
 Argument vipLogOption(std::string& path); ///< where changes of virtual addresses are logged
+
+/// The prefix that such an argument stands for; an address stands for that alone.
+std::string prefixText(const std::string& argument);
 
 /// Says "directnet: MESSAGE" on standard error.
 void report(const std::string& message);

@@ -2,6 +2,7 @@
 #include <memory>
 #include <string>
 
+#include "agent/base/Utf8.h"
 #include "agent/cli/Commands.h"
 #include "agent/client/AgentConnection.h"
 #include "agent/output/Output.h"

@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <initializer_list>
 #include <poll.h>
 #include <sys/socket.h>
 #include <utility>
@@ -12,6 +13,29 @@
 #include "agent/document/JsonWriter.h"
 
 namespace Agent {
+
+namespace {
+
+using Members = std::initializer_list<std::pair<std::string_view, std::string_view>>;
+
+/// With the members that are not empty.
+std::string requestOf(const Members& members, bool isWatch) {
+    std::string line;
+    JsonWriter writer(line);
+    writer.beginObject();
+    if (isWatch) {
+        writer.member("watch", true);
+    }
+    for (const auto& [key, value] : members) {
+        if (!value.empty()) {
+            writer.member(key, value);
+        }
+    }
+    writer.endObject();
+    return line + '\n';
+}
+
+} // namespace
 
 AgentConnection::AgentConnection(std::string path, const std::string& request)
     : path_(path.empty() ? defaultSocketPath() : std::move(path)),
@@ -66,22 +90,13 @@ bool AgentConnection::receive() {
     return size > 0;
 }
 
-std::string showRequest(const std::string& topic, const std::string& vrf) {
-    std::string line;
-    JsonWriter writer(line);
-    writer.beginObject();
-    writer.member("show", topic);
-    if (!vrf.empty()) {
-        writer.member("vrf", vrf);
-    }
-    writer.endObject();
-    return line + '\n';
+std::string showRequest(const std::string& topic, const std::string& vrf, const std::string& prefix,
+                        const std::string& intf) {
+    return requestOf({{"show", topic}, {"vrf", vrf}, {"prefix", prefix}, {"intf", intf}}, false);
 }
 
-std::string watchRequest() {
-    std::string line;
-    appendJsonLine(line, "watch", true);
-    return line;
+std::string watchRequest(const std::string& vrf, const std::string& prefix) {
+    return requestOf({{"vrf", vrf}, {"prefix", prefix}}, true);
 }
 
 std::string traceRequest(int level) {

@@ -45,9 +45,10 @@ class AgentConnection {
 
 // The requests that an agent takes, see AgentConnection.
 
-/// `vrf` may be empty, for all.
-std::string showRequest(const std::string& topic, const std::string& vrf);
-std::string watchRequest();
+/// What is empty is not asked for: one VRF, or of routes those in a prefix or to an interface.
+std::string showRequest(const std::string& topic, const std::string& vrf, const std::string& prefix,
+                        const std::string& intf);
+std::string watchRequest(const std::string& vrf, const std::string& prefix);
 std::string traceRequest(int level);
 std::string reloadRequest();
 /// For these VRFs to be ready; for none of them, what the agent itself waits for.

@@ -43,6 +43,14 @@ RequestDocument readRequestDocument(std::string_view line) {
             request.vrf = readText<L3::VrfName>(readString(item.value(), place), place);
             continue;
         }
+        if (item.key() == "prefix") {
+            request.prefix = readText<Lanx::IpGenPrefix>(readString(item.value(), place), place);
+            continue;
+        }
+        if (item.key() == "intf") {
+            request.intf = readText<Lanx::IntfId>(readString(item.value(), place), place);
+            continue;
+        }
         ++kinds;
         if (item.key() == "show") {
             request.topic = readString(item.value(), place);

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/lanx/IntfId.h"
+#include "platform/lanx/IpGenPrefix.h"
 #include "platform/vrf/VrfName.h"
 
 namespace Agent {
@@ -17,6 +19,8 @@ struct RequestDocument {
     bool reload = false;
     std::optional<std::vector<L3::VrfName>> waitedFor;
     std::optional<L3::VrfName> vrf;
+    std::optional<Lanx::IpGenPrefix> prefix; ///< of routes that are shown or watched
+    std::optional<Lanx::IntfId> intf;        ///< of routes that are shown
 };
 
 /// Reads a request, a JSON object. Throws DocumentError.

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "agent/base/Errors.h"
+#include "agent/base/WallTime.h"
 #include "agent/output/OutputFile.h"
 #include "agent/patch/Merge.h"
 #include "agent/ring/RingPlace.h"
@@ -28,6 +29,7 @@ constexpr std::size_t outputCapacity = std::size_t{64} << 20U;
 LiveAgent::LiveAgent(const Options& options)
     : externalLeaks_(options.externalLeaks), config_(options.configFile, externalLeaks_, report_),
       signals_(std::in_place, clock_, [this](int signal) { onSignal(signal); }) {
+    messages_.timestampsIs(options.timestamps);
     const std::optional<ConfigFile> config = config_.take();
     const DevicePatch document = config ? config->document() : DevicePatch();
     start(options, after<&DevicePatch::gracefulRestart>(document, std::nullopt));
@@ -169,15 +171,18 @@ void LiveAgent::followTo(OutputQueue* output) {
         }
     }
     service_->stops();
+    if (server_) {
+        server_->stop();
+    }
     output_ = nullptr;
 }
 
 void LiveAgent::listen(const Listening& where) {
     try {
-        if (where.path.empty()) {
+        if (where.place.path.empty()) {
             throw FailureError("no runtime folder to listen in");
         }
-        server_.emplace(where.path, view());
+        server_.emplace(where.place, view(), report_);
     } catch (const FailureError& error) {
         if (!where.isDefault) {
             throw;
@@ -214,7 +219,7 @@ void LiveAgent::onChange(const RouteFeed::Event& event) {
         line_.clear();
         appendChangeText(line_, row, form_.colour);
     }
-    output_->append(line_);
+    output_->append(messages_.timestamps() ? stamped(line_, form_.json) : line_);
 }
 
 void LiveAgent::turn() {
@@ -302,7 +307,7 @@ void LiveAgent::onSignal(int signal) {
     try {
         reload();
     } catch (const FailureError& error) {
-        report_(error.what());
+        messages_.report(error.what(), Severity::error);
     }
 }
 

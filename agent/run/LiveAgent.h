@@ -51,13 +51,14 @@ class LiveAgent final : private AgentControl {
         std::optional<TablesPlace> tables;         // none for private tables
         bool externalLeaks = false;                // the tables of leaks are somebody else's
         std::optional<Installer::Options> install; // none to change nothing in the kernel
+        bool timestamps = false;                   // before lines of output, messages and traces
         std::vector<L3::VrfName> readyVrfs;        // that its own readiness takes; see ReadyVrfs
     };
 
-    /// Where the agent can be asked: at `path`, or where it is by default. At the default place it
+    /// Where the agent can be asked: at `place`, or where it is by default. At the default place it
     /// does without, and says so, if it cannot listen there.
     struct Listening {
-        std::string path;
+        SocketPlace place;
         bool isDefault = false;
     };
 

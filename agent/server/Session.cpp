@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <poll.h>
 #include <sys/socket.h>
 #include <utility>
 
@@ -11,6 +12,7 @@
 #include "agent/server/ReloadAnswer.h"
 #include "agent/server/WaitAnswer.h"
 #include "agent/server/WatchAnswer.h"
+#include "agent/topics/Topics.h"
 #include "agent/topics/VrfCatalog.h"
 #include "agent/topics/VrfCursor.h"
 #include "platform/ringlog/TraceHandle.h"
@@ -44,6 +46,21 @@ void Session::onTurn() {
     if (answer_ && !socket_.wantsWrite() && !answer_->isWaiting()) {
         socket_.wantsWriteIs(true);
         waitForClient();
+    }
+}
+
+void Session::stop(int milliseconds) {
+    if (!watching_) {
+        return;
+    }
+    while (!answer_ && position_ < changes_.end() && fillFromLog()) {
+    }
+    if (isDropped_) {
+        return;
+    }
+    appendJsonLine(waiting_, "end", true);
+    pollfd polled{file_.get(), POLLOUT, 0};
+    while (!waiting_.empty() && ::poll(&polled, 1, milliseconds) > 0 && send()) {
     }
 }
 
@@ -92,6 +109,7 @@ void Session::handle(const std::string& line) {
         const Request request = readRequest(line);
         answer_ = answerTo(request);
         watching_ = request.isWatch;
+        filter_ = ChangeFilter(request.vrf, request.routes);
         position_ = changes_.end();
     } catch (const FailureError& error) {
         refuse(error.what());
@@ -103,7 +121,8 @@ void Session::handle(const std::string& line) {
 /// Does what is asked for on the way. Throws DocumentError if the request's VRF does not exist,
 /// FailureError for what cannot be done.
 std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
-    if (request.vrf && VrfCursor(view_, request.vrf).vrf() == nullptr) {
+    // Of a watch the VRF may be yet to come.
+    if (request.vrf && !request.isWatch && VrfCursor(view_, request.vrf).vrf() == nullptr) {
         throw DocumentError("/vrf", whyNotUp(*request.vrf));
     }
     if (request.traceLevel) {
@@ -116,7 +135,10 @@ std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
         return std::make_unique<WaitAnswer>(*view_.control, *request.waitedFor);
     }
     if (request.isWatch) {
-        return std::make_unique<WatchAnswer>(view_, request.vrf);
+        return std::make_unique<WatchAnswer>(view_, request.vrf, request.routes);
+    }
+    if (request.routes.isGiven()) {
+        return answerRoutes(view_, request.vrf, request.routes);
     }
     return request.topic->answer(view_, request.vrf);
 }
@@ -169,7 +191,7 @@ bool Session::fillFromLog() {
         return dropClient();
     }
     const std::string_view piece = changes_.at(position_);
-    waiting_ += piece;
+    filter_.append(waiting_, piece);
     position_ += piece.size();
     return true;
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "agent/base/FileDescriptor.h"
+#include "agent/server/ChangeFilter.h"
 #include "agent/server/ChangeLog.h"
 #include "agent/server/Request.h"
 #include "agent/topics/AgentView.h"
@@ -37,6 +38,9 @@ class Session {
     void onChanges();
     /// The event loop has made a turn.
     void onTurn();
+    /// The agent stops: a client that watches is told what is left to tell and that this is the
+    /// end, as far as it takes that in pieces that are at most so many milliseconds apart.
+    void stop(int milliseconds);
 
   private:
     class Socket : public Orb::FileDescriptorReactor {
@@ -86,6 +90,7 @@ class Session {
     bool watching_ = false;
     bool isDropped_ = false;
     ChangeLog::Position position_ = 0;
+    ChangeFilter filter_; // of changes
     std::string waiting_;
     std::size_t sent_ = 0; // of waiting_
 };

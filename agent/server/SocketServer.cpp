@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <utility>
 
+#include "agent/base/Errors.h"
 #include "agent/document/JsonWriter.h"
 
 namespace Agent {
@@ -14,14 +15,50 @@ namespace {
 
 /// Clients that one turn of the event loop lets in.
 constexpr int acceptedAtOnce = 16;
+/// Seconds between two looks at whether the socket's file is still there.
+constexpr double lookPause = 1;
+/// Milliseconds for which the end of a watch may wait for its client.
+constexpr int stopPatience = 200;
 
 FileDescriptor openReserve() { return FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC)); }
 
 } // namespace
 
-SocketServer::SocketServer(const std::string& path, const AgentView& view)
-    : view_(view), socket_(path), reserve_(openReserve()),
-      watcher_(socket_.fd(), Orb::Ptr<const Orb::Clock>(&view.clock), [this] { accept(); }) {}
+SocketServer::SocketServer(const SocketPlace& place, const AgentView& view, Report report)
+    : view_(view), place_(place), report_(std::move(report)), reserve_(openReserve()) {
+    listen();
+    look_.notifierIs(Orb::Ptr<const Orb::Clock>(&view.clock));
+    look_.timeMinIs(view_.clock.now() + lookPause);
+}
+
+void SocketServer::listen() {
+    watcher_.reset();
+    socket_.reset();
+    socket_.emplace(place_);
+    watcher_.emplace(socket_->fd(), Orb::Ptr<const Orb::Clock>(&view_.clock), [this] { accept(); });
+}
+
+void SocketServer::look() {
+    look_.timeMinIs(view_.clock.now() + lookPause);
+    if (socket_ && socket_->isThere()) {
+        return;
+    }
+    try {
+        listen();
+        said_.clear();
+    } catch (const FailureError& error) {
+        if (said_ != error.what()) {
+            said_ = error.what();
+            report_(said_ + "; nobody can ask this agent until that is over");
+        }
+    }
+}
+
+void SocketServer::stop() {
+    for (Session& session : sessions_) {
+        session.stop(stopPatience);
+    }
+}
 
 bool SocketServer::isWatched() const {
     return std::any_of(sessions_.begin(), sessions_.end(),
@@ -53,13 +90,13 @@ void SocketServer::accept() {
 
 /// Returns whether more clients may be waiting.
 bool SocketServer::acceptOne() {
-    FileDescriptor file(::accept4(socket_.fd(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+    FileDescriptor file(::accept4(socket_->fd(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
     if (!file) {
         if (errno == EMFILE || errno == ENFILE) {
             // A client that stays in the queue would keep the loop spinning.
             reserve_ = FileDescriptor();
             ++refused_;
-            FileDescriptor turnedAway(::accept(socket_.fd(), nullptr, nullptr));
+            FileDescriptor turnedAway(::accept(socket_->fd(), nullptr, nullptr));
             turnedAway = FileDescriptor();
             reserve_ = openReserve();
         }
