@@ -201,7 +201,8 @@ Command runCommand() {
                       "that it is; by default those that are there when it starts",
               .value = &options->readyVrfs,
               .placeholder = "NAMES",
-              .complaint = complaintIfEmpty},
+              .complaint = complaintIfEmpty,
+              .excludes = "--once"},
              {.name = "--vrf",
               .help = "Follow the named network namespace NETNS as the VRF NAME, while there is "
                       "one; any number",

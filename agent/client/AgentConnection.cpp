@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <utility>
 
 #include "agent/base/Errors.h"
@@ -17,6 +18,9 @@ namespace Agent {
 namespace {
 
 using Members = std::initializer_list<std::pair<std::string_view, std::string_view>>;
+
+/// Seconds for which an agent may be too busy to take a connection.
+constexpr int connectPatience = 5;
 
 /// With the members that are not empty.
 std::string requestOf(const Members& members, bool isWatch) {
@@ -44,6 +48,9 @@ AgentConnection::AgentConnection(std::string path, const std::string& request)
         throw FailureError(
             "there is no runtime folder to find the agent's socket in; use --socket");
     }
+    // One that is stopped takes no more connections at some point.
+    const timeval patience{connectPatience, 0};
+    ::setsockopt(file_.get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     if (const int error = connectSocket(file_, path_); error != 0) {
         throw FailureError("cannot reach the agent at " + path_ + ": " + std::strerror(error));
     }

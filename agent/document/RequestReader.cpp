@@ -45,6 +45,9 @@ RequestDocument readRequestDocument(std::string_view line) {
         }
         if (item.key() == "prefix") {
             request.prefix = readText<Lanx::IpGenPrefix>(readString(item.value(), place), place);
+            if (!*request.prefix) {
+                place.refuse("must be a prefix");
+            }
             continue;
         }
         if (item.key() == "intf") {

@@ -165,7 +165,8 @@ void LiveAgent::followTo(OutputQueue* output) {
     service_.emplace(clock_);
     while (!stopped_ && (output == nullptr || output->error() == 0)) {
         turn();
-        service_->turned(ready_->check(), {device_->vrfs().size(), feed_->size()});
+        const bool isReady = ready_->check();
+        service_->turned(isReady, {device_->vrfs().size(), feed_->size(), missingVrfs()});
         if (service_->isReloading() && isQuiet()) {
             service_->reloadSettled();
         }
@@ -287,6 +288,14 @@ bool LiveAgent::isQuiet() const {
                   return container->intfBacklog()->backlog().empty()
                          || container->intfBacklog()->waitingForRoom() > 0;
               });
+}
+
+std::string LiveAgent::missingVrfs() const {
+    std::string names;
+    for (const L3::VrfName& vrf : ready_->missing()) {
+        names += (names.empty() ? "" : ", ") + vrf.value();
+    }
+    return names;
 }
 
 std::vector<L3::VrfName> LiveAgent::notReady(const std::vector<L3::VrfName>& vrfs) const {

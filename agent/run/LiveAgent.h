@@ -112,6 +112,7 @@ class LiveAgent final : private AgentControl {
                 installer_ ? &*installer_ : nullptr,
                 this};
     }
+    std::string missingVrfs() const;
     void followTo(OutputQueue* output);
     void onChange(const RouteFeed::Event& event);
     void turn();

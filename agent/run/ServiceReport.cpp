@@ -50,8 +50,9 @@ void ServiceReport::reloadSettled() {
 void ServiceReport::onTimeMin() {
     told_ = held_;
     notBefore_ = notifier()->now() + statusPause;
-    const std::string status = std::to_string(held_.vrfs) + " VRFs, " + std::to_string(held_.routes)
-                               + " routes" + outcome_;
+    const std::string status =
+        (held_.missing.empty() ? "" : "Waiting for VRF " + held_.missing + "; ") + "VRFs: "
+        + std::to_string(held_.vrfs) + ", routes: " + std::to_string(held_.routes) + outcome_;
     if (status != status_) {
         status_ = status;
         manager_.statusIs(status);

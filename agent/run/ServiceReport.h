@@ -18,6 +18,7 @@ class ServiceReport : private Orb::Clock::NotifieeConst {
     struct Held {
         std::size_t vrfs = 0;
         std::size_t routes = 0;
+        std::string missing{}; ///< the VRFs that are waited for, before it is ready
 
         friend bool operator==(const Held&, const Held&) = default;
     };

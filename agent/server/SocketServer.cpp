@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <utility>
@@ -17,8 +18,8 @@ namespace {
 constexpr int acceptedAtOnce = 16;
 /// Seconds between two looks at whether the socket's file is still there.
 constexpr double lookPause = 1;
-/// Milliseconds for which the end of a watch may wait for its client.
-constexpr int stopPatience = 200;
+/// For how long the end of all watches may wait for the clients.
+constexpr std::chrono::milliseconds stopPatience(500);
 
 FileDescriptor openReserve() { return FileDescriptor(::open("/dev/null", O_RDONLY | O_CLOEXEC)); }
 
@@ -55,8 +56,11 @@ void SocketServer::look() {
 }
 
 void SocketServer::stop() {
+    const auto deadline = std::chrono::steady_clock::now() + stopPatience;
     for (Session& session : sessions_) {
-        session.stop(stopPatience);
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+            deadline - std::chrono::steady_clock::now());
+        session.stop(static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
     }
 }
 

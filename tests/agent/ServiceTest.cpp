@@ -82,6 +82,7 @@ TEST_F(Service, IsReadyOnceTheRoutesOfTheVrfsThatItWaitsForAreThereAndNotBefore)
     // The loop turns, which is all that a watchdog asks.
     ASSERT_TRUE(agent.until([&] { return manager.count("WATCHDOG=1") > 2; }));
     EXPECT_EQ(manager.count("READY=1"), 0U);
+    EXPECT_TRUE(agent.until([&] { return manager.count("STATUS=Waiting for VRF red; ") > 0; }));
 
     // It comes with all its addresses at once.
     ASSERT_TRUE(ip("netns add other"));
@@ -90,7 +91,7 @@ TEST_F(Service, IsReadyOnceTheRoutesOfTheVrfsThatItWaitsForAreThereAndNotBefore)
     ASSERT_TRUE(agent.until([&] { return manager.count("READY=1") > 0; })) << agent.err();
     EXPECT_THAT(runProgram("tables --vrf red").out, HasSubstr("127.0.0.0/8"));
     EXPECT_EQ(waiting.wait(), 0) << "it was there before the agent";
-    EXPECT_TRUE(agent.until([&] { return manager.count("STATUS=2 VRFs, 10 routes") > 0; }));
+    EXPECT_TRUE(agent.until([&] { return manager.count("STATUS=VRFs: 2, routes: 10") > 0; }));
     EXPECT_EQ(agent.endedBy(SIGTERM), 0);
     EXPECT_EQ(manager.messages().back(), "STOPPING=1");
     EXPECT_EQ(manager.count("READY=1"), 1U);
