@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "agent/base/Errors.h"
 #include "agent/base/WallTime.h"
@@ -17,6 +18,8 @@ namespace {
 
 /// Between two attempts to reach an agent that is not there.
 constexpr std::chrono::milliseconds pause(200);
+/// Milliseconds between two looks at who reads the output.
+constexpr int lookPause = 1000;
 
 struct WatchOptions {
     std::string vrf;
@@ -45,29 +48,51 @@ class Watch {
     void follow() {
         AgentConnection answer(options_.socket,
                                watchRequest(options_.vrf, prefixText(options_.prefix)));
-        said_.clear();
-        if (wasConnected_ && options_.json) {
-            print("{\"change\":\"reconnected\"}\n");
-        }
-        wasConnected_ = true;
+        bool isFirst = true;
         while (const auto line = answer.next()) {
+            if (std::exchange(isFirst, false)) {
+                begin();
+            }
             handle(*line);
             if (!answer.hasMore()) {
                 finishOutput(std::cout);
+                waitFor(answer);
             }
         }
         finishOutput(std::cout);
     }
 
-    /// The same; says, once for each cause, why there is nothing to be seen.
+    /// An agent answers.
+    void begin() {
+        said_.clear();
+        if (std::exchange(wasConnected_, true) && options_.json) {
+            print("{\"change\":\"reconnected\"}\n");
+        }
+    }
+
+    /// Waits for the next line. Throws ReaderGoneError when there is nobody to read it.
+    static void waitFor(const AgentConnection& answer) {
+        while (!answer.waitForMore(lookPause)) {
+            failWithoutReader();
+        }
+    }
+    static void failWithoutReader() {
+        if (isReaderGone()) {
+            throw ReaderGoneError();
+        }
+    }
+
+    /// Follows one agent, if there is one. Says, once for each cause, why there is nothing more to
+    /// be seen.
     void tryOnce() {
         std::string why = "the agent has stopped";
         try {
             follow();
         } catch (const FailureError& error) {
             if (!std::cout) {
-                throw; // nobody reads this
+                throw; // another agent would not help
             }
+            failWithoutReader();
             why = error.what();
         }
         if (why != said_) {

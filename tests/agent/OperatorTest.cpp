@@ -39,6 +39,7 @@ TEST_F(Operator, ClientTellsACleanStopFromACrashAndGoesOnWithTheNextAgent) {
     LiveProgram second("run");
     EXPECT_TRUE(lasting.untilOut("= default 10.1.0.2/32")) << lasting.err();
     EXPECT_THAT(lasting.out(), AllOf(Not(HasSubstr("11.0.0.1")), Not(HasSubstr("127."))));
+    EXPECT_EQ(runProgram("watch --reconnect >/dev/full").status, 1) << "no agent helps there";
     LiveProgram cut("watch");
     ASSERT_TRUE(cut.untilOut("= default 10.1.0.1/32"));
     second.endedBy(SIGKILL);
