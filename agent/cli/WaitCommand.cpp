@@ -18,7 +18,7 @@ using std::chrono::milliseconds;
 
 constexpr int noTimeout = -1;
 /// Between two attempts to reach an agent that is not there.
-constexpr milliseconds pause(100);
+constexpr milliseconds attemptPause(100);
 /// A wait without an end is looked at as often.
 constexpr milliseconds longestPiece(3600 * 1000);
 
@@ -36,7 +36,7 @@ class Waiting {
     /// Throws FailureError at the deadline.
     void run() {
         while (!tryOnce()) {
-            std::this_thread::sleep_for(std::min(pause, left()));
+            std::this_thread::sleep_for(std::min(attemptPause, left()));
             if (isOver()) {
                 throw FailureError("not ready after " + std::to_string(options_.timeout)
                                    + " s: " + why_);

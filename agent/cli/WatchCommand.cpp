@@ -17,9 +17,9 @@ namespace Agent {
 namespace {
 
 /// Between two attempts to reach an agent that is not there.
-constexpr std::chrono::milliseconds pause(200);
+constexpr std::chrono::milliseconds reconnectPause(200);
 /// Milliseconds between two looks at who reads the output.
-constexpr int lookPause = 1000;
+constexpr int readerPause = 1000;
 
 struct WatchOptions {
     std::string vrf;
@@ -36,7 +36,7 @@ class Watch {
 
     void run() {
         if (options_.reconnect) {
-            for (;; std::this_thread::sleep_for(pause)) {
+            for (;; std::this_thread::sleep_for(reconnectPause)) {
                 tryOnce();
             }
         }
@@ -72,7 +72,7 @@ class Watch {
 
     /// Waits for the next line. Throws ReaderGoneError when there is nobody to read it.
     static void waitFor(const AgentConnection& answer) {
-        while (!answer.waitForMore(lookPause)) {
+        while (!answer.waitForMore(readerPause)) {
             failWithoutReader();
         }
     }

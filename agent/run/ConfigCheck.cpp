@@ -15,7 +15,7 @@ namespace Agent {
 namespace {
 
 /// Seconds for which the event loop sleeps at most.
-constexpr double longestSleep = 60;
+constexpr double longestCheckSleep = 60;
 
 } // namespace
 
@@ -37,7 +37,7 @@ void checkConfig(const LiveDevice::Options& options, const std::string& configFi
         throw BadInputError(config ? config->message(error) : error.what());
     }
     while (!device->isSettled()) {
-        activityManager.runOnce(longestSleep);
+        activityManager.runOnce(longestCheckSleep);
     }
     const std::set<L3::VrfName> named = vrfsNamedBy(document);
     for (const KnownVrf& vrf : device->knownVrfs()) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "agent/base/Utf8.h"
+
 namespace Agent {
 
 namespace {
@@ -55,7 +57,7 @@ void ServiceReport::onTimeMin() {
         + std::to_string(held_.vrfs) + ", routes: " + std::to_string(held_.routes) + outcome_;
     if (status != status_) {
         status_ = status;
-        manager_.statusIs(status);
+        manager_.statusIs(printable(status)); // a line that it quotes is no message of its own
     }
 }
 

@@ -162,8 +162,8 @@ bool Session::advance() {
     if (!waiting_.empty()) {
         return send();
     }
-    if (answer_ && !answer_->isWaiting()) {
-        return true; // it had no line in all that it looked at
+    if (answer_ ? !answer_->isWaiting() : watching_ && position_ < changes_.end()) {
+        return true; // nothing of what was looked at so far is for this client
     }
     socket_.wantsWriteIs(false);
     timer_.timeMinIs(Orb::Clock::never);

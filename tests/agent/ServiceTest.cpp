@@ -23,6 +23,7 @@ using testing::AllOf;
 using testing::Contains;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 using Service = LiveTest;
 
@@ -118,13 +119,14 @@ TEST_F(Service, ReloadWaitsAndSaysWhatChangedOrWhyNothingDid) {
     EXPECT_TRUE(agent.until([&] { return manager.count("READY=1") == 2; }));
     EXPECT_THAT(manager.messages(), Contains(StartsWith("RELOADING=1\nMONOTONIC_USEC=")));
 
-    std::ofstream(config) << "{\n\"leaks\": 1}";
+    std::ofstream(config) << "{\n\"x\\nREADY=1\": 1}";
     const auto bad = runProgram("reload");
     EXPECT_EQ(bad.status, 1);
     EXPECT_THAT(bad.err, HasSubstr("config.json:2"));
     EXPECT_TRUE(agent.until([&] { return manager.count("READY=1") == 3; }));
     EXPECT_THAT(manager.messages(),
                 Contains(AllOf(StartsWith("STATUS="), HasSubstr("config.json:2"))));
+    EXPECT_THAT(manager.messages(), Not(Contains(HasSubstr("\nREADY=1"))));
     EXPECT_THAT(show("routes"), HasSubstr("10.1.0.9/32"));
 
     const json status = json::parse(show("status --json"));

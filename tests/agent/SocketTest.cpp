@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gmock/gmock.h>
 #include <poll.h>
 #include <string>
@@ -206,32 +208,66 @@ TEST_F(Socket, ClientsBeyondTheBoundAreTurnedAwayUntilOthersHaveGone) {
     EXPECT_TRUE(agent.until([] { return runProgram("show vrfs").status == 0; }));
 }
 
-TEST(SocketServer, WatcherThatHasMissedChangesIsDropped) {
-    const std::string own =
-        std::filesystem::temp_directory_path() / ("watcher-" + std::to_string(::getpid()));
-    const Orb::Ptr<Orb::Clock> clock = Orb::makePtr<Orb::SimulatedClock>();
-    Orb::ActivityManager activityManager(clock);
-    const Agent::DeviceInputs inputs(Orb::makePtr<Kiln::TaskScheduler>(clock), false);
-    const Agent::AgentRoot root(inputs);
-    Agent::SocketServer server({own}, {*root, inputs, *clock}, [](const std::string&) {});
-    const FileDescriptor client = connectToAgent(own);
-    sendText(client, "{\"watch\":true}\n");
-    constexpr int manyTurns = 1000;
-    for (int turn = 0; turn < manyTurns && !server.isWatched(); ++turn) {
-        activityManager.runOnce(0);
+/// A server in an event loop of the test's own, with one client that watches.
+class SocketServer : public testing::Test {
+  protected:
+    void watch(const std::string& request) {
+        client_ = connectToAgent(own_);
+        sendText(client_, request);
+        turnUntil([&] { return server_.isWatched(); });
+        ASSERT_TRUE(server_.isWatched());
     }
-    ASSERT_TRUE(server.isWatched());
+    void turnUntil(const std::function<bool()>& condition) {
+        for (int turn = 0; turn < 1000 && !condition(); ++turn) {
+            activityManager_.runOnce(0);
+        }
+    }
+
+    std::string own_ =
+        std::filesystem::temp_directory_path() / ("watcher-" + std::to_string(::getpid()));
+    Orb::Ptr<Orb::Clock> clock_ = Orb::makePtr<Orb::SimulatedClock>();
+    Orb::ActivityManager activityManager_{clock_};
+    Agent::DeviceInputs inputs_{Orb::makePtr<Kiln::TaskScheduler>(clock_), false};
+    Agent::AgentRoot root_{inputs_};
+    Agent::SocketServer server_{{own_}, {*root_, inputs_, *clock_}, [](const std::string&) {}};
+    FileDescriptor client_;
+};
+
+TEST_F(SocketServer, WatcherThatHasMissedChangesIsDropped) {
+    watch("{\"watch\":true}\n");
     const std::string change = std::string((1 << 16) - 1, 'x') + '\n';
     for (std::size_t sent = 0; sent <= Agent::ChangeLog::capacity; sent += change.size()) {
-        server.changeIs(change);
+        server_.changeIs(change);
     }
     // Time stands still, so it is not for its silence that the client is dropped.
-    for (int turn = 0; turn < manyTurns && server.isWatched(); ++turn) {
-        activityManager.runOnce(0);
-    }
-    ASSERT_FALSE(server.isWatched());
-    EXPECT_EQ(receiveAll(client).find('x'), std::string::npos)
+    turnUntil([&] { return !server_.isWatched(); });
+    ASSERT_FALSE(server_.isWatched());
+    EXPECT_EQ(server_.counts().dropped, 1U);
+    EXPECT_EQ(receiveAll(client_).find('x'), std::string::npos)
         << "what follows a gap must not look like what follows";
+}
+
+TEST_F(SocketServer, WatcherOfAPrefixGetsItsChangeFromBehindManyOthersAndThenTheEnd) {
+    watch("{\"watch\":true,\"vrf\":\"red\",\"prefix\":\"10.0.0.0/8\"}\n");
+    const auto change = [](const std::string& vrf, const std::string& prefix) {
+        return R"({"change":"goes","vrf":")" + vrf + R"(","prefix":")" + prefix + "\"}\n";
+    };
+    for (int i = 0; i < 5000; ++i) {
+        server_.changeIs(change("red", "11.0.0.1/32") + change("blue", "10.0.0.1/32"));
+    }
+    server_.changeIs(change("red", "10.0.0.1/32"));
+    std::string text;
+    const auto received = [&] {
+        std::array<char, 4096> buffer{};
+        const ssize_t size = ::recv(client_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+        text.append(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+        return text;
+    };
+    const std::string expected = "{\"change\":\"complete\"}\n" + change("red", "10.0.0.1/32");
+    turnUntil([&] { return received() == expected; });
+    EXPECT_EQ(text, expected);
+    server_.stop();
+    EXPECT_EQ(received(), expected + "{\"end\":true}\n");
 }
 
 TEST(ChangeLog, ReaderGetsEveryByteUntilItFallsTooFarBehind) {
