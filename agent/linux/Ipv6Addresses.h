@@ -1,11 +1,10 @@
 #pragma once
 
-#include "agent/linux/AddressMessage.h"
-
+#include <cstdint>
 #include <optional>
-#include <unordered_map>
 
-#include "platform/orb/value/Hash.h"
+#include "agent/linux/AddressMessage.h"
+#include "platform/orb/container/HashMap.h"
 
 namespace Agent::Linux {
 
@@ -28,15 +27,19 @@ class Ipv6Addresses {
     /// Calls `visit` with every address, in no particular order.
     template <class Visit>
     void forEach(Visit&& visit) const {
-        for (const auto& entry : entries_) {
-            visit(entry.first);
+        for (const auto& [local, counted] : entries_) {
+            visit(Address(local, counted.len));
         }
     }
 
   private:
-    /// Local address -> the address as it is counted.
-    std::unordered_map<Lanx::Ip6Addr, Address, Orb::HashFunction<Lanx::Ip6Addr>> owns_;
-    std::unordered_map<Address, Entry, Orb::HashFunction<Address>> entries_;
+    /// The length that an address is counted with, and what the document says of it.
+    struct Counted {
+        std::uint8_t len;
+        Entry entry;
+    };
+
+    Orb::HashMap<Lanx::Ip6Addr, Counted> entries_; // by the local address
 };
 
 } // namespace Agent::Linux
