@@ -1,9 +1,7 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
-#include <poll.h>
 #include <string>
-#include <unistd.h>
 
 #include <directnet/tables.hpp>
 
@@ -44,11 +42,6 @@ void showOnce(const TablesOptions& options, const TablesForm& form) {
 /// How often the agent is looked at, which does not say that it has been stopped, and whoever reads
 /// the output.
 constexpr std::chrono::seconds lookPause(1);
-
-bool isReaderGone() {
-    pollfd output{STDOUT_FILENO, 0, 0};
-    return ::poll(&output, 1, 0) > 0 && (output.revents & POLLERR) != 0;
-}
 
 void follow(const TablesOptions& options, const TablesForm& form) {
     if (options.topic != "routes") {

@@ -1,6 +1,7 @@
 #include "agent/output/Output.h"
 
 #include <cstdlib>
+#include <poll.h>
 #include <unistd.h>
 
 #include "agent/base/Errors.h"
@@ -12,6 +13,11 @@ void finishOutput(std::ostream& out) {
     if (!out) {
         throw FailureError("cannot write the output");
     }
+}
+
+bool isReaderGone() {
+    pollfd output{STDOUT_FILENO, 0, 0};
+    return ::poll(&output, 1, 0) > 0 && (output.revents & POLLERR) != 0;
 }
 
 bool useColour() {

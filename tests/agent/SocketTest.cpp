@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gmock/gmock.h>
 #include <poll.h>
 #include <string>
@@ -33,10 +35,11 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using Socket = LiveTest;
 
-constexpr const char* path = "/run/directnet.sock";
-constexpr const char* lockPath = "/run/directnet.sock.lock";
+// Where an agent listens by default in the namespace of the test.
+std::string path() { return Agent::defaultSocketPath(); }
+std::string lockPath() { return path() + ".lock"; }
 
-FileDescriptor connectToAgent(const std::string& at = path) {
+FileDescriptor connectToAgent(const std::string& at = path()) {
     FileDescriptor file(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const sockaddr_un address = Agent::socketAddress(at);
     EXPECT_EQ(::connect(file.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
@@ -63,14 +66,14 @@ std::string receiveAll(const FileDescriptor& file) {
     return text + "(still open)";
 }
 
-mode_t modeOf(const char* file) {
+mode_t modeOf(const std::string& file) {
     struct stat status {};
-    return ::lstat(file, &status) == 0 ? status.st_mode : 0;
+    return ::lstat(file.c_str(), &status) == 0 ? status.st_mode : 0;
 }
 
 /// Expects that an agent does not start, for this reason, where it must have the socket.
 void expectRefused(const std::string& why) {
-    const auto run = runProgram("run --socket /run/directnet.sock");
+    const auto run = runProgram("run --socket " + path());
     EXPECT_EQ(run.status, 1) << why;
     EXPECT_THAT(run.err, HasSubstr(why));
 }
@@ -82,11 +85,11 @@ std::size_t openFiles(const LiveProgram& agent) {
 
 TEST_F(Socket, FileIsForOwnerAndGroupAndReplacesADeadAgentsOnly) {
     ASSERT_TRUE(LiveProgram("run").learned());
-    ASSERT_TRUE(std::filesystem::exists(path));
-    LiveProgram agent("run --socket /run/directnet.sock");
+    ASSERT_TRUE(std::filesystem::exists(path()));
+    LiveProgram agent("run --socket " + path());
     ASSERT_TRUE(agent.learned()) << agent.err();
-    EXPECT_EQ(modeOf(path), static_cast<mode_t>(S_IFSOCK | 0660));
-    EXPECT_EQ(modeOf(lockPath), static_cast<mode_t>(S_IFREG | 0600));
+    EXPECT_EQ(modeOf(path()), static_cast<mode_t>(S_IFSOCK | 0660));
+    EXPECT_EQ(modeOf(lockPath()), static_cast<mode_t>(S_IFREG | 0600));
     expectRefused("is in use");
     LiveProgram without("run");
     ASSERT_TRUE(without.learned());
@@ -94,39 +97,39 @@ TEST_F(Socket, FileIsForOwnerAndGroupAndReplacesADeadAgentsOnly) {
     EXPECT_EQ(without.endedBy(SIGTERM), 0);
     EXPECT_THAT(show("vrfs"), HasSubstr("default")) << "the file is the other agent's";
     EXPECT_EQ(agent.endedBy(SIGTERM), 0);
-    EXPECT_FALSE(std::filesystem::exists(path));
-    EXPECT_FALSE(std::filesystem::exists(lockPath));
+    EXPECT_FALSE(std::filesystem::exists(path()));
+    EXPECT_FALSE(std::filesystem::exists(lockPath()));
 
-    std::ofstream(path) << "precious";
+    std::ofstream(path()) << "precious";
     expectRefused("there is a file that is no socket");
-    EXPECT_EQ(readFile(path), "precious");
+    EXPECT_EQ(readFile(path()), "precious");
 }
 
 TEST_F(Socket, FileOfAnotherProgramThatListensIsNotTaken) {
     const FileDescriptor other(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const sockaddr_un address = Agent::socketAddress(path);
+    const sockaddr_un address = Agent::socketAddress(path());
     ASSERT_EQ(::bind(other.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     ASSERT_EQ(::listen(other.get(), 0), 0);
     expectRefused("is in use\n");
     expectRefused("is in use\n"); // it takes no more connections, as one that is busy
-    EXPECT_TRUE(std::filesystem::exists(path));
+    EXPECT_TRUE(std::filesystem::exists(path()));
 }
 
 TEST_F(Socket, LocksOfOthersHoldNobodyUp) {
     // Whoever may read a folder may lock it.
     const FileDescriptor folder(::open("/run", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     ASSERT_EQ(::flock(folder.get(), LOCK_EX), 0);
-    ASSERT_TRUE(LiveProgram("run --socket /run/directnet.sock").learned());
+    ASSERT_TRUE(LiveProgram("run --socket " + path()).learned());
     // An agent that has just begun holds the lock and does not listen yet.
-    const FileDescriptor lock(::open(lockPath, O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    const FileDescriptor lock(::open(lockPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
     expectRefused("is in use by another agent\n");
-    EXPECT_TRUE(std::filesystem::exists(lockPath));
+    EXPECT_TRUE(std::filesystem::exists(lockPath()));
 
     for (const std::string taking : {"mkfifo $L", "ln -s /run/precious $L", "mkdir $L",
                                      "touch $L; chown -f 1 $L || mount --bind /etc/passwd $L"}) {
-        runShell("L=/run/directnet.sock.lock; rm -rf $L; " + taking);
-        expectRefused(lockPath);
+        runShell("L=" + lockPath() + "; rm -rf $L; " + taking);
+        expectRefused(lockPath());
         EXPECT_FALSE(std::filesystem::exists("/run/precious"));
     }
 }
@@ -205,32 +208,66 @@ TEST_F(Socket, ClientsBeyondTheBoundAreTurnedAwayUntilOthersHaveGone) {
     EXPECT_TRUE(agent.until([] { return runProgram("show vrfs").status == 0; }));
 }
 
-TEST(SocketServer, WatcherThatHasMissedChangesIsDropped) {
-    const std::string own =
-        std::filesystem::temp_directory_path() / ("watcher-" + std::to_string(::getpid()));
-    const Orb::Ptr<Orb::Clock> clock = Orb::makePtr<Orb::SimulatedClock>();
-    Orb::ActivityManager activityManager(clock);
-    const Agent::DeviceInputs inputs(Orb::makePtr<Kiln::TaskScheduler>(clock), false);
-    const Agent::AgentRoot root(inputs);
-    Agent::SocketServer server(own, {*root, inputs, *clock});
-    const FileDescriptor client = connectToAgent(own);
-    sendText(client, "{\"watch\":true}\n");
-    constexpr int manyTurns = 1000;
-    for (int turn = 0; turn < manyTurns && !server.isWatched(); ++turn) {
-        activityManager.runOnce(0);
+/// A server in an event loop of the test's own, with one client that watches.
+class SocketServer : public testing::Test {
+  protected:
+    void watch(const std::string& request) {
+        client_ = connectToAgent(own_);
+        sendText(client_, request);
+        turnUntil([&] { return server_.isWatched(); });
+        ASSERT_TRUE(server_.isWatched());
     }
-    ASSERT_TRUE(server.isWatched());
+    void turnUntil(const std::function<bool()>& condition) {
+        for (int turn = 0; turn < 1000 && !condition(); ++turn) {
+            activityManager_.runOnce(0);
+        }
+    }
+
+    std::string own_ =
+        std::filesystem::temp_directory_path() / ("watcher-" + std::to_string(::getpid()));
+    Orb::Ptr<Orb::Clock> clock_ = Orb::makePtr<Orb::SimulatedClock>();
+    Orb::ActivityManager activityManager_{clock_};
+    Agent::DeviceInputs inputs_{Orb::makePtr<Kiln::TaskScheduler>(clock_), false};
+    Agent::AgentRoot root_{inputs_};
+    Agent::SocketServer server_{{own_}, {*root_, inputs_, *clock_}, [](const std::string&) {}};
+    FileDescriptor client_;
+};
+
+TEST_F(SocketServer, WatcherThatHasMissedChangesIsDropped) {
+    watch("{\"watch\":true}\n");
     const std::string change = std::string((1 << 16) - 1, 'x') + '\n';
     for (std::size_t sent = 0; sent <= Agent::ChangeLog::capacity; sent += change.size()) {
-        server.changeIs(change);
+        server_.changeIs(change);
     }
     // Time stands still, so it is not for its silence that the client is dropped.
-    for (int turn = 0; turn < manyTurns && server.isWatched(); ++turn) {
-        activityManager.runOnce(0);
-    }
-    ASSERT_FALSE(server.isWatched());
-    EXPECT_EQ(receiveAll(client).find('x'), std::string::npos)
+    turnUntil([&] { return !server_.isWatched(); });
+    ASSERT_FALSE(server_.isWatched());
+    EXPECT_EQ(server_.counts().dropped, 1U);
+    EXPECT_EQ(receiveAll(client_).find('x'), std::string::npos)
         << "what follows a gap must not look like what follows";
+}
+
+TEST_F(SocketServer, WatcherOfAPrefixGetsItsChangeFromBehindManyOthersAndThenTheEnd) {
+    watch("{\"watch\":true,\"vrf\":\"red\",\"prefix\":\"10.0.0.0/8\"}\n");
+    const auto change = [](const std::string& vrf, const std::string& prefix) {
+        return R"({"change":"goes","vrf":")" + vrf + R"(","prefix":")" + prefix + "\"}\n";
+    };
+    for (int i = 0; i < 5000; ++i) {
+        server_.changeIs(change("red", "11.0.0.1/32") + change("blue", "10.0.0.1/32"));
+    }
+    server_.changeIs(change("red", "10.0.0.1/32"));
+    std::string text;
+    const auto received = [&] {
+        std::array<char, 4096> buffer{};
+        const ssize_t size = ::recv(client_.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+        text.append(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+        return text;
+    };
+    const std::string expected = "{\"change\":\"complete\"}\n" + change("red", "10.0.0.1/32");
+    turnUntil([&] { return received() == expected; });
+    EXPECT_EQ(text, expected);
+    server_.stop();
+    EXPECT_EQ(received(), expected + "{\"end\":true}\n");
 }
 
 TEST(ChangeLog, ReaderGetsEveryByteUntilItFallsTooFarBehind) {
