@@ -8,10 +8,13 @@ void Ipv6Addresses::add(const Ipv6AddressMessage& message) {
     if (entry.isGiven()) {
         owns_.emplace(message.local.addr(), message.own());
         entries_.emplace(message.own(), entry);
+    } else {
+        unused_.emplace(message.local.addr(), Unused{message.own(), obstacleTo(message)});
     }
 }
 
 void Ipv6Addresses::remove(const Ipv6AddressMessage& message) {
+    unused_.erase(message.local.addr());
     auto known = owns_.find(message.local.addr());
     if (known != owns_.end()) {
         entries_.erase(known->second);

@@ -33,10 +33,20 @@ class Ipv6Addresses {
         }
     }
 
+    /// What the link has and does not use yet, or at all.
+    struct Unused {
+        Address own;
+        std::string_view obstacle; ///< see obstacleTo()
+    };
+    using UnusedByLocal =
+        std::unordered_map<Lanx::Ip6Addr, Unused, Orb::HashFunction<Lanx::Ip6Addr>>;
+    const UnusedByLocal& unused() const { return unused_; }
+
   private:
     /// Local address -> the address as it is counted.
     std::unordered_map<Lanx::Ip6Addr, Address, Orb::HashFunction<Lanx::Ip6Addr>> owns_;
     std::unordered_map<Address, Entry, Orb::HashFunction<Address>> entries_;
+    UnusedByLocal unused_;
 };
 
 } // namespace Agent::Linux
