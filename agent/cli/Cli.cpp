@@ -111,8 +111,9 @@ int runCommandLine(int argc, const char* const* argv) {
     app.name("directnet");
     app.set_version_flag("--version", DIRECTNET_VERSION);
     app.require_subcommand(1);
-    for (const auto& command : {runCommand, showCommand, watchCommand, traceCommand, tablesCommand,
-                                leaksCommand, replayCommand, ringlogCommand, vipLogCommand}) {
+    for (const auto& command :
+         {runCommand, showCommand, explainCommand, watchCommand, traceCommand, tablesCommand,
+          leaksCommand, replayCommand, ringlogCommand, vipLogCommand}) {
         addCommand(app, command());
     }
 

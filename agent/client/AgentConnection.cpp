@@ -60,16 +60,28 @@ bool AgentConnection::receive() {
     return size > 0;
 }
 
-std::string showRequest(const std::string& topic, const std::string& vrf) {
+namespace {
+
+std::string requestOf(std::string_view kind, const std::string& what, const std::string& vrf) {
     std::string line;
     JsonWriter writer(line);
     writer.beginObject();
-    writer.member("show", topic);
+    writer.member(kind, what);
     if (!vrf.empty()) {
         writer.member("vrf", vrf);
     }
     writer.endObject();
     return line + '\n';
+}
+
+} // namespace
+
+std::string showRequest(const std::string& topic, const std::string& vrf) {
+    return requestOf("show", topic, vrf);
+}
+
+std::string explainRequest(const std::string& target, const std::string& vrf) {
+    return requestOf("explain", target, vrf);
 }
 
 std::string watchRequest() {

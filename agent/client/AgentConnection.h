@@ -42,6 +42,7 @@ class AgentConnection {
 
 /// `vrf` may be empty, for all.
 std::string showRequest(const std::string& topic, const std::string& vrf);
+std::string explainRequest(const std::string& target, const std::string& vrf);
 std::string watchRequest();
 std::string traceRequest(int level);
 

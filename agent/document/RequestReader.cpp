@@ -35,6 +35,8 @@ RequestDocument readRequestDocument(std::string_view line) {
         ++kinds;
         if (item.key() == "show") {
             request.topic = readString(item.value(), place);
+        } else if (item.key() == "explain") {
+            request.explain = readString(item.value(), place);
         } else if (item.key() == "trace") {
             request.traceLevel = readTraceLevel(item.value(), place);
         } else if (item.key() != "watch" || item.value() != true) {
@@ -42,7 +44,7 @@ RequestDocument readRequestDocument(std::string_view line) {
         }
     }
     if (kinds != 1) {
-        root.refuse("must have one of show, watch and trace");
+        root.refuse("must have one of show, explain, watch and trace");
     }
     return request;
 }

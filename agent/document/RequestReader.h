@@ -8,10 +8,11 @@
 
 namespace Agent {
 
-/// What somebody asks a running agent: to show a topic, to watch, or to set the trace, which is
-/// exactly one of the three.
+/// What somebody asks a running agent: to show a topic, to explain something, to watch, or to set
+/// the trace, which is exactly one of these.
 struct RequestDocument {
     std::optional<std::string> topic;
+    std::optional<std::string> explain;
     std::optional<int> traceLevel; ///< -1 to 9
     std::optional<L3::VrfName> vrf;
 };

@@ -50,7 +50,11 @@ void Replay::run() {
     runUntilIdle();
     applyHeld();
     runUntilIdle();
-    print({});
+    if (onEnd_) {
+        onEnd_(view());
+    } else {
+        print({});
+    }
 }
 
 void Replay::reportFullTables(const RoomReport::Report& report) const {
@@ -122,7 +126,7 @@ void Replay::start(bool gracefulRestart) {
 }
 
 void Replay::print(const std::optional<std::string>& label) {
-    printState(printer_, {**root_, *inputs_, *clock_}, label);
+    printState(printer_, view(), label);
 }
 
 std::string Replay::here() const { return name_ + ':' + std::to_string(lines_.number()) + ": "; }

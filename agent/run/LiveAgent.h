@@ -98,7 +98,7 @@ class LiveAgent {
     void reload();
     AgentView view() const {
         return {**root_, *inputs_, *clock_, device_ ? &*device_ : nullptr,
-                installer_ ? &*installer_ : nullptr};
+                installer_ ? &*installer_ : nullptr, device_ ? &*device_ : nullptr};
     }
     void onChange(const RouteFeed::Event& event);
     void turn();

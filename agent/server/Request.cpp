@@ -18,6 +18,12 @@ Request readRequest(std::string_view line) {
         if (request.topic == nullptr) {
             throw DocumentError("/show", "unknown topic");
         }
+    } else if (document.explain) {
+        try {
+            request.explain = readExplainTarget(*document.explain);
+        } catch (const DocumentError& error) {
+            throw error.within("/explain");
+        }
     }
     return request;
 }

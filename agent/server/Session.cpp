@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "agent/document/JsonWriter.h"
+#include "agent/explain/Explanation.h"
+#include "agent/explain/VrfObstacles.h"
 #include "agent/patch/DocumentError.h"
 #include "agent/server/WatchAnswer.h"
 #include "agent/topics/VrfCatalog.h"
@@ -81,7 +83,7 @@ void Session::handle(const std::string& line) {
     try {
         const Request request = readRequest(line);
         answer_ = answerTo(request);
-        watching_ = request.topic == nullptr;
+        watching_ = request.isWatch();
         position_ = changes_.end();
     } catch (const DocumentError& error) {
         refuse((error.pointer().empty() ? "" : error.pointer() + ": ") + error.what());
@@ -90,11 +92,16 @@ void Session::handle(const std::string& line) {
 
 /// Does what is asked for on the way. Throws DocumentError if the request's VRF does not exist.
 std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
-    if (request.vrf && VrfCursor(view_, request.vrf).vrf() == nullptr) {
+    const bool mayBeDown = request.explain && std::holds_alternative<std::string>(*request.explain);
+    if (request.vrf && VrfCursor(view_, request.vrf).vrf() == nullptr
+        && !(mayBeDown && vrfObstacles(view_).contains(*request.vrf))) {
         throw DocumentError("/vrf", whyNotUp(*request.vrf));
     }
     if (request.traceLevel) {
         Ringlog::TraceHandle::levelOfAllIs(*request.traceLevel);
+    }
+    if (request.explain) {
+        return explain(view_, *request.explain, request.vrf);
     }
     if (request.topic == nullptr) {
         return std::make_unique<WatchAnswer>(view_, request.vrf);

@@ -10,6 +10,7 @@ class RootSm;
 namespace Agent {
 
 class DeviceInputs;
+class KernelLinks;
 class KernelWords;
 class VrfCatalog;
 
@@ -20,6 +21,7 @@ struct AgentView {
     const Orb::Clock& clock;
     const VrfCatalog* catalog = nullptr; ///< of an agent that others can ask
     const KernelWords* kernel = nullptr; ///< null where the agent installs nothing
+    const KernelLinks* links = nullptr;  ///< null where there is no kernel
 };
 
 } // namespace Agent

@@ -1,0 +1,487 @@
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "agent/device/AgentRoot.h"
+#include "agent/document/DevicePatchReader.h"
+#include "agent/explain/Explanation.h"
+#include "platform/orb/loop/ActivityManager.h"
+#include "platform/orb/loop/SimulatedClock.h"
+#include "tests/agent/Program.h"
+#include "tests/library/DeviceModel.h"
+
+namespace Agent {
+namespace {
+
+using nlohmann::json;
+using Routing::DirectNet::DeviceModel;
+using testing::HasSubstr;
+using TestSupport::runProgram;
+using Texts = std::vector<std::string>;
+using Contributor = DeviceModel::Contributor;
+using Standing = std::pair<std::string, unsigned>; // prefix and type
+
+const Texts vrfs{"default", "red", "blue", "green"};
+const Texts intfs{"Vl5", "e1", "e10", "e2"}; // in their order
+
+/// What a device is told at once, as a document and as the model has it.
+class RandomTold {
+  public:
+    explicit RandomTold(std::uint32_t seed) : random_(seed) {
+        addVrfs();
+        for (int i = 0; i < 40; ++i) {
+            addAddress();
+        }
+        for (int i = 0; i < 12; ++i) {
+            addVirtual();
+            addLeak();
+        }
+    }
+
+    std::size_t below(std::size_t n) { return random_() % n; }
+    const std::string& oneOf(const Texts& texts) { return texts[below(texts.size())]; }
+    std::string address(bool isIpv4) {
+        const auto part = [&](std::size_t n) { return std::to_string(below(n)); };
+        return isIpv4 ? "10." + part(2) + '.' + part(2) + '.' + part(9)
+                      : "2001:db8:" + part(2) + "::" + part(9);
+    }
+
+    json document{{"virtualIps", {{"subnetRoutes", true}}}};
+    DeviceModel model;
+
+  private:
+    void addVrfs();
+    void addAddress();
+    void addVirtual();
+    void addLeak();
+
+    std::mt19937 random_;
+};
+
+void RandomTold::addVrfs() {
+    model.subnetRoutes = true;
+    for (unsigned id = 0; id < vrfs.size(); ++id) {
+        const std::string netns = id < 2 ? "default" : "ns1";
+        if (below(5) != 0) {
+            model.ids[vrfs[id]] = id + 1;
+            document["vrfs"][vrfs[id]]["id"] = id + 1;
+        }
+        if (below(5) != 0) {
+            const bool active = below(5) != 0;
+            model.statuses[vrfs[id]] = {active, netns};
+            document["vrfs"][vrfs[id]]["status"] = {{"active", active}, {"netns", netns}};
+        }
+    }
+    for (const std::string netns : {"default", "ns1"}) {
+        for (const std::string& intf : intfs) {
+            if (below(6) != 0) {
+                const bool running = below(4) != 0;
+                model.devices[netns][intf] = running;
+                document["kernel"][netns][intf] = {{"running", running}};
+            }
+        }
+    }
+}
+
+void RandomTold::addAddress() {
+    static const Texts odd{"0.0.0.0/24", "169.254.1.1/16", "10.0.0.9/0",
+                           "fe80::1/64", "::/64",          "2001:db8::1/0"};
+    static const Texts lengths4{"/8", "/16", "/24", "/30", "/31", "/32"};
+    static const Texts lengths6{"/32", "/64", "/126", "/128"};
+    const std::string& vrf = oneOf(vrfs);
+    const std::string& intf = oneOf(intfs);
+    const bool isIpv4 = below(3) != 0;
+    const std::string own =
+        below(8) == 0 ? oneOf(odd) : address(isIpv4) + oneOf(isIpv4 ? lengths4 : lengths6);
+    const bool inUse = below(6) != 0;
+    if (own.find(':') != std::string::npos) {
+        const std::string text = Lanx::Ip6AddrWithMask::fromString(own).toString();
+        model.ipv6[vrf][intf][text] = inUse;
+        document["ipv6"][vrf][intf][text] = inUse;
+        return;
+    }
+    DeviceModel::Ipv4& told = model.ipv4[vrf][intf];
+    if (told.primary.empty()) {
+        told.primary = own;
+        document["ipv4"][vrf][intf]["address"] = own;
+    } else if (told.primary != own) {
+        told.secondaries[own] = inUse;
+        document["ipv4"][vrf][intf]["secondary"][own] = inUse;
+    }
+}
+
+void RandomTold::addVirtual() {
+    const std::string& vrf = oneOf(vrfs);
+    const std::string& intf = oneOf(intfs);
+    const bool isIpv4 = below(2) != 0;
+    const std::string own =
+        isIpv4 ? address(true) + "/24" : Lanx::Ip6Addr::fromString(address(false)).toString();
+    model.virtualIps[{vrf, own}][intf] = true;
+    document["virtualIps"][isIpv4 ? "ipv4" : "ipv6"][vrf][own][intf] = true;
+}
+
+void RandomTold::addLeak() {
+    const std::string& source = oneOf(vrfs);
+    const std::string& dest = oneOf(vrfs);
+    const bool isIpv4 = below(2) != 0;
+    const Lanx::IpGenAddrWithMask at =
+        Lanx::IpGenAddrWithMask::fromString(address(isIpv4) + (isIpv4 ? "/24" : "/64"));
+    const std::string prefix = at.subnet().toString();
+    document["leaks"][isIpv4 ? "ipv4" : "ipv6"][source][prefix][dest] = true;
+    if (model.ids.contains(source) && model.ids.contains(dest)) {
+        model.leaks.insert({model.ids[source], prefix, model.ids[dest]});
+    }
+}
+
+/// An agent on a simulated clock that has been told all of it.
+class ToldAgent {
+  public:
+    explicit ToldAgent(const json& document) { inputs_.apply(readDevicePatch(document)); }
+
+    void settle() { loop_.runUntilIdle(); }
+
+    /// The objects that `explain --json` prints.
+    std::vector<json> explained(const std::string& what, const std::string& vrf = {}) {
+        std::ostringstream out;
+        const auto printer = printExplanationObjects(out, what);
+        printAnswer(*explain({*root_, inputs_, *clock_}, readExplainTarget(what),
+                             vrf.empty() ? std::nullopt : std::optional(L3::VrfName(vrf))),
+                    *printer);
+        std::vector<json> objects;
+        std::istringstream lines(out.str());
+        for (std::string line; std::getline(lines, line);) {
+            objects.push_back(json::parse(line));
+        }
+        return objects;
+    }
+
+  private:
+    Orb::Ptr<Orb::SimulatedClock> clock_ = Orb::makePtr<Orb::SimulatedClock>();
+    Orb::ActivityManager loop_{clock_};
+    DeviceInputs inputs_{Orb::makePtr<Kiln::TaskScheduler>(clock_), false};
+    AgentRoot root_{inputs_};
+};
+
+std::string nameOf(const DeviceModel& model, unsigned id) {
+    for (const auto& [name, known] : model.ids) {
+        if (known == id) {
+            return name;
+        }
+    }
+    return {};
+}
+
+std::string decidedBy(const Contributor& left, const Contributor& right) {
+    return left.intf != right.intf             ? "interface name"
+           : left.address != right.address     ? "address"
+           : left.sourceVrf != right.sourceVrf ? "source VRF id"
+           : left.isVirtual != right.isVirtual ? "own before virtual"
+                                               : "route type";
+}
+
+json expectedContributors(const DeviceModel& model, const std::set<Contributor>& all) {
+    static const std::map<unsigned, std::string> vias{{11, "connected"},
+                                                      {1, "receive"},
+                                                      {2, "receive"},
+                                                      {3, "receive-broadcast"},
+                                                      {4, "directed-broadcast"}};
+    json list = json::array();
+    for (const Contributor& contributor : all) {
+        const bool isLocal = contributor.sourceVrf == DeviceModel::local;
+        json row{{"intf", contributor.intf},
+                 {"address", contributor.address.toString()},
+                 {"kind", !isLocal                ? "leaked"
+                          : contributor.isVirtual ? "virtual"
+                                                  : "own"},
+                 {"type", contributor.type},
+                 {"via", vias.at(contributor.type)},
+                 {"wins", list.empty()},
+                 {"queued", false}};
+        if (!isLocal) {
+            row["sourceVrf"] = nameOf(model, contributor.sourceVrf);
+        }
+        if (all.size() > 1) {
+            row["by"] =
+                decidedBy(contributor, list.empty() ? *std::next(all.begin()) : *all.begin());
+        }
+        list.push_back(row);
+    }
+    return list;
+}
+
+/// Why an address contributes nothing, or not all, by a look at what the device was told.
+std::string whyNot(const RandomTold& told, const std::string& vrf, const std::string& intf,
+                   const std::string& text, bool inUse) {
+    Texts reasons;
+    const DeviceModel& model = told.model;
+    if (!model.hasContainer(vrf)) {
+        reasons.push_back("VRF " + vrf + " is not up: "
+                          + (!model.ids.contains(vrf)       ? "it has no id"
+                             : model.statuses.contains(vrf) ? "it is not active"
+                                                            : "it is not set up on this device"));
+    } else {
+        const std::string netns = vrf == "default" ? "default" : model.statuses.at(vrf).netns;
+        const json device =
+            told.document.value(json::json_pointer("/kernel/" + netns + '/' + intf), json());
+        if (device.is_null()) {
+            reasons.push_back("no device in network namespace " + netns);
+        } else if (!device["running"]) {
+            reasons.push_back("not running");
+        }
+    }
+    if (!inUse) {
+        reasons.push_back("listed as not in use");
+    } else if (text == "0.0.0.0/24" || text == "::/64") {
+        reasons.push_back("the zero address");
+    } else if (text == "fe80::1/64") {
+        reasons.push_back("link-local");
+    } else if (text.ends_with("/0")) {
+        reasons.push_back("length 0: its subnet never becomes a route");
+    }
+    std::string joined;
+    for (const std::string& reason : reasons) {
+        joined += (joined.empty() ? "" : "; ") + reason;
+    }
+    return joined;
+}
+
+/// The addresses around that one which contribute nothing, each with why.
+json candidatesOf(const RandomTold& told, const std::string& vrf, const Lanx::IpGenAddr& address) {
+    json candidates = json::array();
+    const auto add = [&](const std::string& intf, const std::string& text, const char* role,
+                         bool inUse) {
+        const auto own = Lanx::IpGenAddrWithMask::fromString(text);
+        if (own.len() > 0 && own.subnet().contains(address)) {
+            candidates.push_back({{"intf", intf},
+                                  {"address", text},
+                                  {"role", role},
+                                  {"vrf", vrf},
+                                  {"whyNot", whyNot(told, vrf, intf, text, inUse)}});
+        }
+    };
+    for (const std::string& intf : intfs) {
+        const std::string place = '/' + vrf + '/' + intf;
+        const json none = json::object();
+        const json at4 = told.document.value(json::json_pointer("/ipv4" + place), none);
+        if (at4.contains("address")) {
+            add(intf, at4["address"], "primary", true);
+        }
+        std::map<Lanx::IpGenAddrWithMask, std::pair<const char*, bool>> listed;
+        const json secondaries = at4.value("secondary", none);
+        for (const auto& [text, inUse] : secondaries.items()) {
+            listed[Lanx::IpGenAddrWithMask::fromString(text)] = {"secondary", inUse};
+        }
+        const json at6 = told.document.value(json::json_pointer("/ipv6" + place), none);
+        for (const auto& [text, inUse] : at6.items()) {
+            listed[Lanx::IpGenAddrWithMask::fromString(text)] = {"own", inUse};
+        }
+        for (const auto& [own, use] : listed) {
+            add(intf, own.toString(), use.first, use.second);
+        }
+    }
+    return candidates;
+}
+
+TEST(Explain, AddressesOfARandomDeviceAgreeWithAModelOfIt) {
+    int found = 0;
+    int withCandidates = 0;
+    for (std::uint32_t seed = 0; seed < 20; ++seed) {
+        RandomTold told(seed);
+        ToldAgent agent(told.document);
+        agent.settle();
+        for (int i = 0; i < 50; ++i) {
+            const std::string text = told.address(told.below(2) == 0);
+            const auto address = Lanx::IpGenAddr::fromString(text);
+            for (const std::string& vrf : told.model.vrfsWithContainer()) {
+                json expected{{"vrf", vrf},
+                              {"prefix", Lanx::IpGenPrefix::host(address).toString()},
+                              {"route", nullptr},
+                              {"queued", false},
+                              {"why", "nobody contributes to it"},
+                              {"contributors", json::array()}};
+                std::optional<unsigned> longest;
+                for (const auto& [prefix, all] : told.model.contributors(vrf)) {
+                    if (!prefix.contains(address) || (longest && prefix.len() < *longest)) {
+                        continue;
+                    }
+                    longest = prefix.len();
+                    expected["prefix"] = prefix.toString();
+                    expected["contributors"] = expectedContributors(told.model, all);
+                    expected["route"] = {};
+                    for (const char* member : {"intf", "type", "via", "sourceVrf"}) {
+                        if (expected["contributors"][0].contains(member)) {
+                            expected["route"][member] = expected["contributors"][0][member];
+                        }
+                    }
+                }
+                if (longest) {
+                    expected.erase("why");
+                    ++found;
+                } else if (const json candidates = candidatesOf(told, vrf, address);
+                           !candidates.empty()) {
+                    expected["candidates"] = candidates;
+                    ++withCandidates;
+                }
+                ASSERT_THAT(agent.explained(text, vrf), testing::ElementsAre(expected))
+                    << "seed " << seed << ' ' << text << '\n'
+                    << told.document;
+            }
+        }
+    }
+    EXPECT_GT(found, 1000);
+    EXPECT_GT(withCandidates, 50);
+}
+
+/// What the model has of an address, those that it is leaked to with their names.
+std::set<std::string> contributionsOf(const DeviceModel& model, const std::string& vrf,
+                                      const std::string& intf, const std::string& text,
+                                      bool isVirtual) {
+    std::set<std::string> all;
+    const auto add = [&](const std::string& in, unsigned source, bool fromVirtual) {
+        const bool isLeaked = source != DeviceModel::local;
+        for (const auto& [prefix, contributors] : model.contributors(in)) {
+            for (const Contributor& contributor : contributors) {
+                if (contributor.intf == intf && contributor.address.toString() == text
+                    && contributor.sourceVrf == source && contributor.isVirtual == fromVirtual) {
+                    all.insert((isLeaked ? in + ' ' : "") + prefix.toString() + ' '
+                               + std::to_string(contributor.type)
+                               + (contributor == *contributors.begin() ? " wins" : ""));
+                }
+            }
+        }
+    };
+    if (model.hasContainer(vrf)) {
+        add(vrf, DeviceModel::local, isVirtual);
+        const bool hasSubnet = std::ranges::any_of(
+            all, [](const std::string& one) { return one.find(" 11") != std::string::npos; });
+        for (const std::string& other : hasSubnet ? model.vrfsWithContainer() : Texts()) {
+            add(other, model.ids.at(vrf), false);
+        }
+    }
+    return all;
+}
+
+TEST(Explain, InterfacesOfARandomDeviceSayWhatEachAddressContributesOrWhyNot) {
+    int withReason = 0;
+    int without = 0;
+    for (std::uint32_t seed = 100; seed < 140; ++seed) {
+        const RandomTold told(seed);
+        ToldAgent agent(told.document);
+        agent.settle();
+        for (const std::string& vrf : vrfs) {
+            for (const std::string& intf : intfs) {
+                std::map<std::pair<std::string, bool>, bool> expected; // text, virtual: in use
+                const json none = json::object();
+                const json at4 =
+                    told.document.value(json::json_pointer("/ipv4/" + vrf + '/' + intf), none);
+                if (at4.contains("address")) {
+                    expected[{at4["address"], false}] = true;
+                }
+                const json secondaries = at4.value("secondary", none);
+                const json at6 =
+                    told.document.value(json::json_pointer("/ipv6/" + vrf + '/' + intf), none);
+                for (const json& listed : {secondaries, at6}) {
+                    for (const auto& [text, inUse] : listed.items()) {
+                        expected[{text, false}] = inUse;
+                    }
+                }
+                for (const auto& [key, carriers] : told.model.virtualIps) {
+                    if (key.first == vrf && carriers.contains(intf)) {
+                        const bool isIpv4 = key.second.find('/') != std::string::npos;
+                        expected[{isIpv4 ? key.second : key.second + "/128", true}] = true;
+                    }
+                }
+                if (expected.empty()) {
+                    continue;
+                }
+                const std::vector<json> objects = agent.explained(intf, vrf);
+                ASSERT_EQ(objects.size(), 1U) << seed << ' ' << vrf << ' ' << intf;
+                for (const json& address : objects[0]["addresses"]) {
+                    const std::string text = address["address"];
+                    const bool isVirtual = address["role"] == "virtual";
+                    const auto one = expected.find({text, isVirtual});
+                    ASSERT_NE(one, expected.end()) << address;
+                    std::set<std::string> contributes;
+                    for (const json& row : address["contributes"]) {
+                        contributes.insert(
+                            (row.contains("vrf") ? row["vrf"].get<std::string>() + ' ' : "")
+                            + row["prefix"].get<std::string>() + ' ' + row["type"].dump()
+                            + (row["wins"] ? " wins" : ""));
+                    }
+                    ASSERT_EQ(contributes, contributionsOf(told.model, vrf, intf, text, isVirtual))
+                        << seed << ' ' << vrf << ' ' << intf << address << told.document;
+                    const std::string why = address.value("why", "");
+                    if (isVirtual) {
+                        EXPECT_EQ(why.empty(), told.model.hasContainer(vrf)) << why;
+                    } else {
+                        EXPECT_EQ(why, whyNot(told, vrf, intf, text, one->second)) << address;
+                    }
+                    ++(why.empty() ? without : withReason);
+                    expected.erase(one);
+                }
+                EXPECT_TRUE(expected.empty()) << seed << ' ' << vrf << ' ' << intf;
+            }
+        }
+    }
+    EXPECT_GT(without, 300);
+    EXPECT_GT(withReason, 300);
+}
+
+TEST(Explain, RoutesThatAreNotWrittenYetAreSaidToBeQueued) {
+    ToldAgent agent(json::parse(R"({"vrfs":{"default":{"id":0}},"kernel":{"default":{"e1":{}}},
+        "ipv4":{"default":{"e1":{"address":"10.1.1.5/24"}}}})"));
+    const json queued = agent.explained("10.1.1.5").at(0);
+    EXPECT_EQ(queued["prefix"], "10.1.1.5/32");
+    EXPECT_TRUE(queued["route"].is_null());
+    EXPECT_EQ(queued["queued"], true);
+    EXPECT_EQ(queued["why"], "the next drain writes it");
+    EXPECT_EQ(queued["contributors"][0]["queued"], true);
+    agent.settle();
+    const json written = agent.explained("10.1.1.5").at(0);
+    EXPECT_EQ(written["route"]["type"], 1);
+    EXPECT_FALSE(written.contains("why"));
+}
+
+constexpr const char* twoLinks =
+    R"({"set":{"vrfs":{"default":{"id":0}},"kernel":{"default":{"e1":{},"e2":{}}},"ipv4":)"
+    R"({"default":{"e1":{"address":"10.0.0.1/30"},"e2":{"address":"10.0.0.3/16"},)"
+    R"("e3":{"address":"10.0.0.9/16","unnumbered":"e2"}}}}})";
+
+TEST(Explain, ReplayPrintsWhyAtTheEnd) {
+    const struct {
+        const char* what;
+        int status;
+        const char* out;
+        const char* err;
+    } cases[] = {
+        {"10.0.0.3", 0, R"(VRF default 10.0.0.3/32  4 drop-broadcast  e1  directed-broadcast
+  INTERFACE  ADDRESS      KIND  TYPE              VIA                 WHY
+  e1         10.0.0.1/30  own   4 drop-broadcast  directed-broadcast  wins by interface name
+  e2         10.0.0.3/16  own   1 receive         receive             loses by interface name
+)",
+         ""},
+        {"10.9.9.9/32", 0, "10.9.9.9/32  no route\n  nobody contributes to it\n", ""},
+        {"e3", 0,
+         R"(e3  VRF default, network namespace default, device none
+  ADDRESS      ROLE     PREFIX  TYPE  VIA  WHY
+  10.0.0.9/16  primary  -       -     -    )"
+         "no device in network namespace default; unnumbered: borrowed from e2\n",
+         ""},
+        {"e4", 1, "", "directnet: e4 is no prefix, no address and no interface that is there\n"},
+        {"10.0.0.1/24", 2, "", "has host bits: the prefix is 10.0.0.0/24, the address 10.0.0.1"},
+        {"''", 2, "", "must be a prefix, an address or a name"},
+    };
+    for (const auto& expected : cases) {
+        const auto run =
+            runProgram(std::string("replay --explain ") + expected.what + " -", twoLinks);
+        EXPECT_EQ(run.status, expected.status) << expected.what;
+        EXPECT_EQ(run.out, expected.out);
+        EXPECT_THAT(run.err, HasSubstr(expected.err));
+    }
+}
+
+} // namespace
+} // namespace Agent
