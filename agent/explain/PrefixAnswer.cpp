@@ -161,7 +161,7 @@ void PrefixAnswer::describeKernel(RouteRow& row, const Routing::Rib::RouteKey& k
     }
     if (!row.kernel && view_.catalog != nullptr) {
         row.kernel = useOf(view_, key).kind == RouteUse::Kind::none
-                         ? "left to the kernel"
+                         ? "left to it"
                          : "not installed: the agent runs without --install";
     }
 }

@@ -50,11 +50,7 @@ void Replay::run() {
     runUntilIdle();
     applyHeld();
     runUntilIdle();
-    if (onEnd_) {
-        onEnd_(view());
-    } else {
-        print({});
-    }
+    printEnd();
 }
 
 void Replay::reportFullTables(const RoomReport::Report& report) const {
@@ -63,7 +59,7 @@ void Replay::reportFullTables(const RoomReport::Report& report) const {
 
 void Replay::runUntilIdle() {
     if (!activityManager_.runUntilIdle(maxAfterLastLine)) {
-        print({});
+        printEnd();
         throw FailureError(name_ + ": still busy " + std::to_string(maxAfterLastLine)
                            + " simulated seconds after the last line");
     }
@@ -127,6 +123,14 @@ void Replay::start(bool gracefulRestart) {
 
 void Replay::print(const std::optional<std::string>& label) {
     printState(printer_, view(), label);
+}
+
+void Replay::printEnd() {
+    if (onEnd_) {
+        onEnd_(view());
+    } else {
+        print({});
+    }
 }
 
 std::string Replay::here() const { return name_ + ':' + std::to_string(lines_.number()) + ": "; }

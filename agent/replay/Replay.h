@@ -63,6 +63,7 @@ class Replay {
     void runUntilIdle();
     void start(bool gracefulRestart);
     void print(const std::optional<std::string>& label);
+    void printEnd();
     AgentView view() const { return {**root_, *inputs_, *clock_}; }
     std::string here() const;
 

@@ -83,7 +83,7 @@ TEST_F(ExplainLive, RoutesOfRandomAddressesAreThoseThatTheKernelTakes) {
         ++routed;
         const std::string kind = kernel.value("type", "unicast");
         EXPECT_EQ(route["type"], kind == "unicast" ? 11 : kind == "broadcast" ? 4 : 1) << address;
-        EXPECT_EQ(route["kernel"], "left to the kernel");
+        EXPECT_EQ(route["kernel"], "left to it");
         if (kind != "local") {
             EXPECT_EQ(route["intf"], kernel["dev"]) << address << kernel;
         }
