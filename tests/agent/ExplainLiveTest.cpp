@@ -1,3 +1,4 @@
+#include <csignal>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <map>
@@ -156,6 +157,11 @@ TEST_F(ExplainLive, VirtualAddressesAndVrfsThatAreNotUpAreExplained) {
     EXPECT_THAT(refused.err, HasSubstr(notUp));
     EXPECT_EQ(runProgram("explain e1 --vrf nosuch").status, 1);
     EXPECT_EQ(runProgram("explain nosuch").status, 1);
+
+    EXPECT_EQ(agent.endedBy(SIGTERM), 0);
+    LiveProgram installing("run --config /run/config.json --install");
+    EXPECT_TRUE(installing.untilShown("routes", "installed"));
+    EXPECT_EQ(explained("10.1.0.9")["route"]["kernel"], "installed");
 }
 
 // Both the contributors of a prefix and the addresses of an interface are many.
