@@ -249,8 +249,9 @@ std::vector<KnownVrf> LiveDevice::knownVrfs() const {
 
 std::vector<KernelLink> LiveDevice::links(Lanx::IntfId name) const {
     std::vector<KernelLink> links;
-    for (const auto& [netns, follower] : followers_) {
-        auto link = follower->isLearned() ? follower->view().named(name) : std::nullopt;
+    for (const auto& entry : followers_) {
+        const Lanx::NamespaceName& netns = entry.first;
+        auto link = entry.second->isLearned() ? entry.second->view().named(name) : std::nullopt;
         const auto vrf = std::ranges::find_if(vrfs_.vrfs(), [&](const LiveVrfs::Vrf& known) {
             return link && known.netns == netns && known.device.index == link->vrfDevice;
         });
@@ -264,9 +265,9 @@ std::vector<KernelLink> LiveDevice::links(Lanx::IntfId name) const {
 
 std::vector<Lanx::IntfId> LiveDevice::names() const {
     std::vector<Lanx::IntfId> names;
-    for (const auto& [netns, follower] : followers_) {
-        if (follower->isLearned()) {
-            const auto more = follower->view().names();
+    for (const auto& entry : followers_) {
+        if (entry.second->isLearned()) {
+            const auto more = entry.second->view().names();
             names.insert(names.end(), more.begin(), more.end());
         }
     }
