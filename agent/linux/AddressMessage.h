@@ -10,6 +10,14 @@
 
 namespace Agent::Linux {
 
+/// An address as the agent counts it: one with a peer stands for itself alone. `remote` is the
+/// peer's, or the address again.
+template <typename Addr>
+Lanx::AddrWithMask<Addr> ownAddress(const Lanx::AddrWithMask<Addr>& local,
+                                    const Lanx::AddrWithMask<Addr>& remote) {
+    return local == remote ? local : Lanx::AddrWithMask<Addr>(local.addr(), Addr::bits);
+}
+
 /// What the kernel says of one address of one link: that it is so, or that it is gone. `Addr` is
 /// Lanx::IpAddr or Lanx::Ip6Addr.
 template <typename Addr>
@@ -29,8 +37,7 @@ struct AddressMessage {
     bool removed = false;
 
     bool isSecondary() const;
-    /// The address as the agent counts it: one with a peer stands for itself alone.
-    Address own() const { return local == remote ? local : Address(local.addr(), Addr::bits); }
+    Address own() const { return ownAddress(local, remote); }
 
     /// Reads a message that lies whole in its buffer. Nothing if it is not about an address of the
     /// family, or is malformed.

@@ -7,24 +7,20 @@ namespace Agent::Linux {
 
 namespace {
 
-int breadthOf(const Ipv4AddressMessage& message) {
-    return std::numeric_limits<std::uint8_t>::max() - message.scope;
+std::uint8_t breadthOf(const Ipv4AddressMessage& message) {
+    return static_cast<std::uint8_t>(std::numeric_limits<std::uint8_t>::max() - message.scope);
 }
 
 } // namespace
-
-std::size_t Ipv4Addresses::KeyHash::operator()(const Key& key) const noexcept {
-    return Orb::hashOf(key.remote, Orb::hashOf(key.local));
-}
 
 void Ipv4Addresses::append(const Ipv4AddressMessage& message) {
     // A listing that was disturbed may show an address twice; its first place counts.
     if (entries_.contains({message.local, message.remote})) {
         return;
     }
-    int breadth = breadthOf(message);
+    std::uint8_t breadth = breadthOf(message);
     if (!message.isSecondary() && !primaries_.empty()) {
-        int last = primaries_.rbegin()->first.breadth;
+        const std::uint8_t last = primaries_.rbegin()->first;
         irregular_ = irregular_ || breadth < last;
         breadth = std::max(breadth, last);
     }
@@ -32,10 +28,8 @@ void Ipv4Addresses::append(const Ipv4AddressMessage& message) {
 }
 
 bool Ipv4Addresses::add(const Ipv4AddressMessage& message) {
-    auto known = entries_.find({message.local, message.remote});
-    if (known != entries_.end()) {
-        return known->second.secondary == message.isSecondary()
-               && known->second.scope == message.scope;
+    if (const Entry* known = entries_.find({message.local, message.remote})) {
+        return known->secondary == message.isSecondary() && known->scope == message.scope;
     }
     if (irregular_ && !message.isSecondary()) {
         return false;
@@ -45,51 +39,63 @@ bool Ipv4Addresses::add(const Ipv4AddressMessage& message) {
 }
 
 bool Ipv4Addresses::remove(const Ipv4AddressMessage& message) {
-    auto known = entries_.find({message.local, message.remote});
-    if (known == entries_.end()) {
+    const Key key{message.local, message.remote};
+    const Entry* known = entries_.find(key);
+    if (known == nullptr) {
         return false;
     }
     const Lanx::IpPrefix subnet = message.remote.subnet();
-    if (known->second.secondary) {
+    if (known->secondary) {
         release(secondariesIn_, subnet);
     } else if (secondariesIn_.contains(subnet)) {
         return false;
     } else {
-        primaries_.erase(known->second.rank);
+        removePrimary(*known);
     }
-    release(holders_, message.own());
-    entries_.erase(known);
+    if (key.hasPeer()) {
+        release(withPeer_, key.own());
+    }
+    entries_.erase(key);
     return true;
+}
+
+void Ipv4Addresses::removePrimary(const Entry& entry) {
+    const auto queue = primaries_.find(entry.breadth);
+    queue->second.remove(entry.age);
+    if (queue->second.empty()) {
+        primaries_.erase(queue);
+    }
 }
 
 std::optional<Lanx::IpAddrWithMask> Ipv4Addresses::primary() const {
     if (primaries_.empty()) {
         return std::nullopt;
     }
-    return primaries_.begin()->second;
+    return primaries_.begin()->second.front();
 }
 
 bool Ipv4Addresses::isSecondary(const Address& own) const {
-    return holders_.contains(own) && primary() != own;
+    return (entries_.contains({own, own}) || withPeer_.contains(own)) && primary() != own;
 }
 
-void Ipv4Addresses::insert(const Ipv4AddressMessage& message, int breadth) {
-    Rank rank{breadth, age_++};
-    entries_.emplace(Key{message.local, message.remote},
-                     Entry{message.isSecondary(), message.scope, rank});
-    ++holders_[message.own()];
-    if (message.isSecondary()) {
-        ++secondariesIn_[message.remote.subnet()];
+void Ipv4Addresses::insert(const Ipv4AddressMessage& message, std::uint8_t breadth) {
+    const Key key{message.local, message.remote};
+    const Entry entry{age_++, breadth, message.scope, message.isSecondary()};
+    entries_.tryInsert(key, entry);
+    if (key.hasPeer()) {
+        ++*withPeer_.tryInsert(key.own()).first;
+    }
+    if (entry.secondary) {
+        ++*secondariesIn_.tryInsert(message.remote.subnet()).first;
     } else {
-        primaries_.emplace(rank, message.own());
+        primaries_[breadth].append(entry.age, key.own());
     }
 }
 
 template <typename T>
 void Ipv4Addresses::release(Counts<T>& counts, const T& counted) {
-    auto count = counts.find(counted);
-    if (--count->second == 0) {
-        counts.erase(count);
+    if (--*counts.find(counted) == 0) {
+        counts.erase(counted);
     }
 }
 

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "agent/linux/AddressMessage.h"
-
-#include <cstddef>
+#include <compare>
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <unordered_map>
 
+#include "agent/linux/AddressMessage.h"
+#include "agent/linux/AddressQueue.h"
+#include "platform/orb/container/HashMap.h"
 #include "platform/orb/value/Hash.h"
 
 namespace Agent::Linux {
@@ -35,17 +35,18 @@ class Ipv4Addresses {
     /// Applies an announced removal. False if it is doubtful; then nothing was changed.
     [[nodiscard]] bool remove(const Ipv4AddressMessage& message);
 
-    bool isEmpty() const { return holders_.empty(); }
+    bool isEmpty() const { return entries_.empty(); }
     /// The address of the first primary.
     std::optional<Address> primary() const;
     /// Whether the link has `own` and it is not its primary address.
     bool isSecondary(const Address& own) const;
 
-    /// Calls `visit` with every address the link has, in no particular order.
+    /// Calls `visit` with every address the link has, in no particular order; for one that it has
+    /// with several peers once for each.
     template <class Visit>
     void forEach(Visit&& visit) const {
-        for (const auto& holder : holders_) {
-            visit(holder.first);
+        for (const auto& [key, entry] : entries_) {
+            visit(key.own());
         }
     }
 
@@ -54,33 +55,33 @@ class Ipv4Addresses {
     struct Key {
         Address local;
         Address remote;
-        bool operator==(const Key&) const = default;
-    };
-    struct KeyHash {
-        std::size_t operator()(const Key& key) const noexcept;
-    };
-    /// Where a primary stands among primaries: widening scope, then age.
-    struct Rank {
-        int breadth;
-        std::uint64_t age;
-        auto operator<=>(const Rank&) const = default;
+
+        bool hasPeer() const { return local != remote; }
+        Address own() const { return ownAddress(local, remote); }
+        std::uint64_t hash(std::uint64_t seed) const {
+            return Orb::hashOf(remote, Orb::hashOf(local, seed));
+        }
+        auto operator<=>(const Key&) const = default;
     };
     struct Entry {
-        bool secondary;
+        std::uint64_t age;
+        std::uint8_t breadth; // where it stands among primaries
         std::uint8_t scope;
-        Rank rank;
+        bool secondary;
     };
     template <typename T>
-    using Counts = std::unordered_map<T, std::size_t, Orb::HashFunction<T>>;
+    using Counts = Orb::HashMap<T, std::uint32_t>;
 
-    void insert(const Ipv4AddressMessage& message, int breadth);
+    void insert(const Ipv4AddressMessage& message, std::uint8_t breadth);
+    void removePrimary(const Entry& entry);
     template <typename T>
     static void release(Counts<T>& counts, const T& counted);
 
-    std::unordered_map<Key, Entry, KeyHash> entries_;
-    std::map<Rank, Address> primaries_;
-    /// Own address -> entries that count as it.
-    Counts<Address> holders_;
+    Orb::HashMap<Key, Entry> entries_;
+    /// By widening scope, then age.
+    std::map<std::uint8_t, AddressQueue> primaries_;
+    /// Own address -> entries with a peer that count as it.
+    Counts<Address> withPeer_;
     /// Subnet -> secondaries in it.
     Counts<Lanx::IpPrefix> secondariesIn_;
     std::uint64_t age_ = 0;

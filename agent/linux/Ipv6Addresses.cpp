@@ -1,35 +1,32 @@
 #include "agent/linux/Ipv6Addresses.h"
 
+#include <utility>
+
 namespace Agent::Linux {
 
 void Ipv6Addresses::add(const Ipv6AddressMessage& message) {
     remove(message);
-    const Entry entry = documentEntry(message);
-    if (entry.isGiven()) {
-        owns_.emplace(message.local.addr(), message.own());
-        entries_.emplace(message.own(), entry);
+    const auto len = static_cast<std::uint8_t>(message.own().len());
+    if (Entry entry = documentEntry(message); entry.isGiven()) {
+        entries_.tryInsert(message.local.addr(), {len, std::move(entry)});
     } else {
-        unused_.emplace(message.local.addr(), Unused{message.own(), obstacleTo(message)});
+        unused_.tryInsert(message.local.addr(), {len, obstacleTo(message)});
     }
 }
 
 void Ipv6Addresses::remove(const Ipv6AddressMessage& message) {
+    entries_.erase(message.local.addr());
     unused_.erase(message.local.addr());
-    auto known = owns_.find(message.local.addr());
-    if (known != owns_.end()) {
-        entries_.erase(known->second);
-        owns_.erase(known);
-    }
 }
 
 std::optional<Lanx::Ip6AddrWithMask> Ipv6Addresses::ownOf(const Lanx::Ip6Addr& local) const {
-    auto known = owns_.find(local);
-    return known == owns_.end() ? std::nullopt : std::optional(known->second);
+    const Counted* known = entries_.find(local);
+    return known == nullptr ? std::nullopt : std::optional(Address(local, known->len));
 }
 
 Ipv6Addresses::Entry Ipv6Addresses::entry(const Address& own) const {
-    const auto known = entries_.find(own);
-    return known == entries_.end() ? Entry() : known->second;
+    const Counted* known = entries_.find(own.addr());
+    return known == nullptr || known->len != own.len() ? Entry() : known->entry;
 }
 
 } // namespace Agent::Linux

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "agent/linux/AddressMessage.h"
-
+#include <cstdint>
 #include <optional>
-#include <unordered_map>
+#include <string_view>
 
-#include "platform/orb/value/Hash.h"
+#include "agent/linux/AddressMessage.h"
+#include "platform/orb/container/HashMap.h"
 
 namespace Agent::Linux {
 
@@ -28,25 +28,32 @@ class Ipv6Addresses {
     /// Calls `visit` with every address, in no particular order.
     template <class Visit>
     void forEach(Visit&& visit) const {
-        for (const auto& entry : entries_) {
-            visit(entry.first);
+        for (const auto& [local, counted] : entries_) {
+            visit(Address(local, counted.len));
         }
     }
 
-    /// What the link has and does not use yet, or at all.
-    struct Unused {
-        Address own;
-        std::string_view obstacle; ///< see obstacleTo()
-    };
-    using UnusedByLocal =
-        std::unordered_map<Lanx::Ip6Addr, Unused, Orb::HashFunction<Lanx::Ip6Addr>>;
-    const UnusedByLocal& unused() const { return unused_; }
+    /// Calls `visit` with every address that may not be used, and why not; see obstacleTo().
+    template <class Visit>
+    void forEachUnused(Visit&& visit) const {
+        for (const auto& [local, unused] : unused_) {
+            visit(Address(local, unused.len), unused.obstacle);
+        }
+    }
 
   private:
-    /// Local address -> the address as it is counted.
-    std::unordered_map<Lanx::Ip6Addr, Address, Orb::HashFunction<Lanx::Ip6Addr>> owns_;
-    std::unordered_map<Address, Entry, Orb::HashFunction<Address>> entries_;
-    UnusedByLocal unused_;
+    /// The length that an address is counted with, and what the document says of it.
+    struct Counted {
+        std::uint8_t len;
+        Entry entry;
+    };
+    struct Unused {
+        std::uint8_t len;
+        std::string_view obstacle;
+    };
+
+    Orb::HashMap<Lanx::Ip6Addr, Counted> entries_; // by the local address
+    Orb::HashMap<Lanx::Ip6Addr, Unused> unused_;   // the same of those that are not counted
 };
 
 } // namespace Agent::Linux

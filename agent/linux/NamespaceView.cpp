@@ -226,10 +226,13 @@ std::optional<NamedLink> NamespaceView::named(Lanx::IntfId name) const {
             named.unpublished.push_back({address, false, {}});
         });
     }
-    for (const auto& entry : model->ipv6.unused()) {
-        named.unpublished.push_back({entry.second.own, false, entry.second.obstacle});
-    }
+    model->ipv6.forEachUnused([&](const auto& address, std::string_view obstacle) {
+        named.unpublished.push_back({address, false, obstacle});
+    });
     std::ranges::sort(named.unpublished, {}, &NamedLink::Address::address);
+    // One that the link has with several peers counts once.
+    const auto repeated = std::ranges::unique(named.unpublished, {}, &NamedLink::Address::address);
+    named.unpublished.erase(repeated.begin(), repeated.end());
     return named;
 }
 

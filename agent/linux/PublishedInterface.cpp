@@ -9,21 +9,22 @@ namespace Agent::Linux {
 namespace {
 
 /// Has `said` say what `entryOf` says of each of the addresses, and tells the difference.
-template <typename Said, typename Address, typename EntryOf>
-auto bring(Said& said, const std::vector<Address>& addresses, const EntryOf& entryOf) {
-    using Entry = typename Said::mapped_type;
-    MapPatch<Address, typename Entry::Value> patch;
+template <typename Address, typename Value, typename EntryOf>
+auto bring(Orb::HashMap<Address, Edit<Value>>& said, const std::vector<Address>& addresses,
+           const EntryOf& entryOf) {
+    using Entry = Edit<Value>;
+    MapPatch<Address, Value> patch;
     for (const Address& address : addresses) {
-        const auto before = said.find(address);
+        const Entry* before = said.find(address);
         Entry now = entryOf(address);
-        Entry change = difference(before == said.end() ? Entry() : before->second, now);
+        Entry change = difference(before == nullptr ? Entry() : *before, now);
         if (!change.isGiven()) {
             continue;
         }
         if (now.isGiven()) {
-            said.insert_or_assign(address, std::move(now));
+            said.insertOrAssign(address, std::move(now));
         } else {
-            said.erase(before);
+            said.erase(address);
         }
         patch.append(address) = std::move(change);
     }
@@ -34,7 +35,7 @@ auto bring(Said& said, const std::vector<Address>& addresses, const EntryOf& ent
 template <typename Said, typename Address>
 void appendKeys(const Said& said, std::vector<Address>& addresses) {
     for (const auto& entry : said) {
-        addresses.push_back(entry.first);
+        addresses.push_back(entry.key());
     }
 }
 

@@ -1,12 +1,11 @@
 #pragma once
 
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 #include "agent/linux/LinkModel.h"
 #include "agent/patch/DevicePatch.h"
-#include "platform/orb/value/Hash.h"
+#include "platform/orb/container/HashMap.h"
 
 namespace Agent::Linux {
 
@@ -44,7 +43,7 @@ class PublishedInterface {
   private:
     /// What the document says of addresses.
     template <typename Address, typename Value>
-    using Said = std::unordered_map<Address, Edit<Value>, Orb::HashFunction<Address>>;
+    using Said = Orb::HashMap<Address, Edit<Value>>;
 
     Edit<Ipv4InterfacePatch> publishIpv4(const LinkModel& model, std::vector<Ipv4> touched);
     Edit<Ipv4InterfacePatch> withdrawIpv4();

@@ -50,7 +50,7 @@ class PrefixIndex {
         if (!added && (*place)->listed_) {
             return *place;
         }
-        const Orb::Ptr<IntfIdSet> set = added ? *place : make();
+        Orb::Ptr<IntfIdSet> set = added ? *place : make();
         list(*place, set);
         tell(owner, id, *set);
         return set;

@@ -35,12 +35,12 @@ class IntfId::Table {
         return pages_[number / recordsPerPage][number % recordsPerPage];
     }
 
+    /// Not noexcept: a set whose hash might throw keeps the hashes, so that a search looks at no
+    /// record but that of its name.
     struct Hash {
         using is_transparent = void;
-        std::size_t operator()(std::string_view name) const noexcept { return Orb::hashOf(name); }
-        std::size_t operator()(std::uint32_t number) const noexcept {
-            return recordOf(number).hash;
-        }
+        std::size_t operator()(std::string_view name) const { return Orb::hashOf(name); }
+        std::size_t operator()(std::uint32_t number) const { return recordOf(number).hash; }
     };
     struct Equal {
         using is_transparent = void;

@@ -27,7 +27,7 @@ class SoleMap {
     using iterator = typename Many::iterator;
     using const_iterator = typename Many::const_iterator;
 
-    SoleMap() {}
+    SoleMap() {} // NOLINT(modernize-use-equals-default): the union would have it deleted
     SoleMap(SoleMap&& other) noexcept { moveFrom(other); }
     SoleMap(const SoleMap& other)
         requires std::is_copy_constructible_v<Entry>
