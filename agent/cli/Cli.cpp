@@ -112,9 +112,9 @@ int runCommandLine(int argc, const char* const* argv) {
     app.name("directnet");
     app.set_version_flag("--version", DIRECTNET_VERSION);
     app.require_subcommand(1);
-    for (const auto& command :
-         {runCommand, showCommand, watchCommand, waitCommand, reloadCommand, traceCommand,
-          tablesCommand, leaksCommand, replayCommand, ringlogCommand, vipLogCommand}) {
+    for (const auto& command : {runCommand, showCommand, explainCommand, watchCommand, waitCommand,
+                                reloadCommand, traceCommand, tablesCommand, leaksCommand,
+                                replayCommand, ringlogCommand, vipLogCommand}) {
         addCommand(app, command());
     }
 

@@ -7,6 +7,7 @@
 namespace Agent {
 
 // The commands, each in a source of its own.
+Command explainCommand();
 Command replayCommand();
 Command leaksCommand();
 Command reloadCommand();
@@ -30,8 +31,10 @@ Argument socketOption(std::string& path); ///< where the running agent listens
 Argument tablesOption(std::string& path); ///< where the tables are that an agent shares
 Argument timestampsOption(bool& has);     ///< the time of day before lines
 Argument prefixOption(const std::string& name, std::string& prefix); ///< routes of and in a prefix
-Argument traceOption(int& level);         ///< the text trace of an agent that is started
-Argument vrfOption(std::string& name);    ///< the one VRF that is shown
+Argument traceOption(int& level);      ///< the text trace of an agent that is started
+Argument vrfOption(std::string& name); ///< the one VRF that is shown
+/// Refuses what can be no prefix, address or interface to be explained.
+std::string complaintAboutTarget(const std::string& text);
 Argument vipLogOption(std::string& path); ///< where changes of virtual addresses are logged
 
 /// The prefix that such an argument stands for; an address stands for that alone.

@@ -5,6 +5,7 @@
 
 #include "agent/base/InputFile.h"
 #include "agent/cli/Commands.h"
+#include "agent/explain/Explanation.h"
 #include "agent/output/Output.h"
 #include "agent/replay/Replay.h"
 #include "agent/ring/RingPlace.h"
@@ -22,7 +23,17 @@ struct ReplayOptions {
     int traceLevel = Ringlog::TraceHandle::off;
     std::string vipLog;
     std::string ring;
+    std::string explain;
 };
+
+/// Explains what is asked for, instead of showing the final state.
+void explainEnd(const ReplayOptions& options, const AgentView& view) {
+    const auto printer = options.json
+                             ? printExplanationObjects(std::cout, options.explain)
+                             : printExplanation(std::cout, Colour(useColour()), options.explain);
+    printAnswer(*explain(view, readExplainTarget(options.explain), {}), *printer);
+    finishOutput(std::cout);
+}
 
 void runReplay(const ReplayOptions& options) {
     InputFile input(options.file);
@@ -41,6 +52,9 @@ void runReplay(const ReplayOptions& options) {
             vipLog->attach(root.allVrfVirtualIpStatus(), root.allVrfVirtualIp6Status());
         }
     });
+    if (!options.explain.empty()) {
+        replay.onEndIs([&options](const AgentView& view) { explainEnd(options, view); });
+    }
     replay.run();
     reportRing(report);
     replay.reportFullTables(report);
@@ -62,6 +76,12 @@ Command replayCommand() {
                           {.name = "--json",
                            .help = "Print states as JSON documents, one a line",
                            .value = &options->json},
+                          {.name = "--explain",
+                           .help = "At the end print why, instead of the state: of a prefix or an "
+                                   "address its route, of an interface what it contributes",
+                           .value = &options->explain,
+                           .placeholder = "WHAT",
+                           .complaint = complaintAboutTarget},
                           traceOption(options->traceLevel),
                           vipLogOption(options->vipLog),
                           ringOption(options->ring)},

@@ -102,6 +102,10 @@ std::string showRequest(const std::string& topic, const std::string& vrf, const 
     return requestOf({{"show", topic}, {"vrf", vrf}, {"prefix", prefix}, {"intf", intf}}, false);
 }
 
+std::string explainRequest(const std::string& target, const std::string& vrf) {
+    return requestOf({{"explain", target}, {"vrf", vrf}}, false);
+}
+
 std::string watchRequest(const std::string& vrf, const std::string& prefix) {
     return requestOf({{"vrf", vrf}, {"prefix", prefix}}, true);
 }

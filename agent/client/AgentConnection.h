@@ -48,6 +48,7 @@ class AgentConnection {
 /// What is empty is not asked for: one VRF, or of routes those in a prefix or to an interface.
 std::string showRequest(const std::string& topic, const std::string& vrf, const std::string& prefix,
                         const std::string& intf);
+std::string explainRequest(const std::string& target, const std::string& vrf);
 std::string watchRequest(const std::string& vrf, const std::string& prefix);
 std::string traceRequest(int level);
 std::string reloadRequest();

@@ -57,6 +57,8 @@ RequestDocument readRequestDocument(std::string_view line) {
         ++kinds;
         if (item.key() == "show") {
             request.topic = readString(item.value(), place);
+        } else if (item.key() == "explain") {
+            request.explain = readString(item.value(), place);
         } else if (item.key() == "trace") {
             request.traceLevel = readTraceLevel(item.value(), place);
         } else if (item.key() == "wait") {
@@ -68,7 +70,7 @@ RequestDocument readRequestDocument(std::string_view line) {
         }
     }
     if (kinds != 1) {
-        root.refuse("must have one of show, watch, trace, reload and wait");
+        root.refuse("must have one of show, explain, watch, trace, reload and wait");
     }
     return request;
 }

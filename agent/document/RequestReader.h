@@ -11,10 +11,12 @@
 
 namespace Agent {
 
-/// What somebody asks a running agent: to show a topic, to watch, to set the trace, to read its
-/// configuration again, or to tell when VRFs are ready, which is exactly one of these.
+/// What somebody asks a running agent: to show a topic, to explain something, to watch, to set the
+/// trace, to read its configuration again, or to tell when VRFs are ready, which is exactly one of
+/// these.
 struct RequestDocument {
     std::optional<std::string> topic;
+    std::optional<std::string> explain;
     std::optional<int> traceLevel; ///< -1 to 9
     bool reload = false;
     std::optional<std::vector<L3::VrfName>> waitedFor;

@@ -69,13 +69,17 @@ std::optional<AddressMessage<Addr>> AddressMessage<Addr>::parse(const nlmsghdr& 
                           .removed = header.nlmsg_type == RTM_DELADDR};
 }
 
-Edit<Ipv6InterfacePatch::Value> documentEntry(const Ipv6AddressMessage& message) {
+std::string_view obstacleTo(const Ipv6AddressMessage& message) {
+    if ((message.flags & IFA_F_DADFAILED) != 0) {
+        return "duplicate";
+    }
     const bool isTentative =
         (message.flags & IFA_F_TENTATIVE) != 0 && (message.flags & IFA_F_OPTIMISTIC) == 0;
-    if (isTentative || (message.flags & IFA_F_DADFAILED) != 0) {
-        return {};
-    }
-    return Edit<bool>::to(true);
+    return isTentative ? "tentative" : "";
+}
+
+Edit<Ipv6InterfacePatch::Value> documentEntry(const Ipv6AddressMessage& message) {
+    return obstacleTo(message).empty() ? Edit<bool>::to(true) : Edit<bool>();
 }
 
 template struct AddressMessage<Lanx::IpAddr>;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <linux/netlink.h>
 #include <optional>
+#include <string_view>
 #include <sys/socket.h>
 
 #include "agent/patch/DevicePatch.h"
@@ -49,8 +50,11 @@ extern template struct AddressMessage<Lanx::Ip6Addr>;
 using Ipv4AddressMessage = AddressMessage<Lanx::IpAddr>;
 using Ipv6AddressMessage = AddressMessage<Lanx::Ip6Addr>;
 
-/// What the document says of an address. Nothing if it may not be used: detection of duplicates has
-/// not passed (and it is not used optimistically meanwhile), or has failed.
+/// Why an address may not be used: "tentative" while detection of duplicates has not passed (and it
+/// is not used optimistically meanwhile), "duplicate" when that has failed. Empty if it may.
+std::string_view obstacleTo(const Ipv6AddressMessage& message);
+
+/// What the document says of an address. Nothing if it may not be used.
 Edit<Ipv6InterfacePatch::Value> documentEntry(const Ipv6AddressMessage& message);
 
 } // namespace Agent::Linux

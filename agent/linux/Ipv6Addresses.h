@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include "agent/linux/AddressMessage.h"
 #include "platform/orb/container/HashMap.h"
@@ -32,14 +33,27 @@ class Ipv6Addresses {
         }
     }
 
+    /// Calls `visit` with every address that may not be used, and why not; see obstacleTo().
+    template <class Visit>
+    void forEachUnused(Visit&& visit) const {
+        for (const auto& [local, unused] : unused_) {
+            visit(Address(local, unused.len), unused.obstacle);
+        }
+    }
+
   private:
     /// The length that an address is counted with, and what the document says of it.
     struct Counted {
         std::uint8_t len;
         Entry entry;
     };
+    struct Unused {
+        std::uint8_t len;
+        std::string_view obstacle;
+    };
 
     Orb::HashMap<Lanx::Ip6Addr, Counted> entries_; // by the local address
+    Orb::HashMap<Lanx::Ip6Addr, Unused> unused_;   // the same of those that are not counted
 };
 
 } // namespace Agent::Linux

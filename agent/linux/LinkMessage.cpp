@@ -62,6 +62,9 @@ void readKinds(nlattr* linkInfo, LinkMessage& message) {
 
 bool LinkMessage::isUp() const { return (flags & IFF_UP) != 0; }
 
+// It is administratively up and has carrier.
+bool LinkMessage::isRunning() const { return isUp() && (flags & IFF_RUNNING) != 0; }
+
 bool LinkMessage::fitsIpv6() const { return mtu >= leastIpv6Mtu; }
 
 int LinkMessage::vrfDevice() const {
@@ -72,11 +75,9 @@ int LinkMessage::vrfDevice() const {
 }
 
 KernelDevicePatch LinkMessage::device() const {
-    // Packets pass while the link is administratively up and has carrier.
-    const bool running = isUp() && (flags & IFF_RUNNING) != 0;
     KernelDevicePatch device;
     device.device.make() = name.name();
-    device.running.make() = running;
+    device.running.make() = isRunning();
     return device;
 }
 

@@ -32,6 +32,8 @@ struct LinkMessage {
 
     /// Whether it is administratively up.
     bool isUp() const;
+    /// Whether packets pass.
+    bool isRunning() const;
     /// Whether packets are large enough for IPv6. If not, the kernel has no IPv6 on the link.
     bool fitsIpv6() const;
     /// Index of the VRF device that the link's addresses belong to: itself or its own master. 0 if

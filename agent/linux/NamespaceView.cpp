@@ -208,6 +208,42 @@ void NamespaceView::publishAddresses(Lanx::IntfId name, const LinkModel* model,
     }
 }
 
+std::optional<NamedLink> NamespaceView::named(Lanx::IntfId name) const {
+    const LinkModel* const model = owner(name);
+    if (model == nullptr) {
+        return std::nullopt;
+    }
+    const LinkMessage& link = model->link;
+    NamedLink named{link.isUp(), link.isRunning(), vrfDeviceOf(link), {}};
+    const bool isPublished = vrfOf(model) != nullptr;
+    if (!isPublished) {
+        model->ipv4.forEach([&](const auto& address) {
+            named.unpublished.push_back({address, model->ipv4.isSecondary(address), {}});
+        });
+    }
+    if (!isPublished || !link.isUp()) {
+        model->ipv6.forEach([&](const auto& address) {
+            named.unpublished.push_back({address, false, {}});
+        });
+    }
+    model->ipv6.forEachUnused([&](const auto& address, std::string_view obstacle) {
+        named.unpublished.push_back({address, false, obstacle});
+    });
+    std::ranges::sort(named.unpublished, {}, &NamedLink::Address::address);
+    // One that the link has with several peers counts once.
+    const auto repeated = std::ranges::unique(named.unpublished, {}, &NamedLink::Address::address);
+    named.unpublished.erase(repeated.begin(), repeated.end());
+    return named;
+}
+
+std::vector<Lanx::IntfId> NamespaceView::names() const {
+    std::vector<Lanx::IntfId> names;
+    for (const auto& owner : owners_) {
+        names.push_back(owner.first);
+    }
+    return names;
+}
+
 const LinkModel* NamespaceView::owner(Lanx::IntfId name) const {
     const auto found = owners_.find(name);
     return found == owners_.end() ? nullptr : &links_.at(found->second);

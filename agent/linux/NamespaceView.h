@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "agent/linux/LinkModel.h"
+#include "agent/linux/NamedLink.h"
 #include "agent/linux/PublishedInterface.h"
 #include "agent/linux/RouteMessage.h"
 #include "agent/linux/VrfDevice.h"
@@ -53,6 +54,12 @@ class NamespaceView {
     /// The merge patch that brings the device document from what the last patch left to what the
     /// view now means; an empty one if nothing differs. Costs what has changed since.
     DevicePatch takePatch();
+
+    /// The link of that name, if there is one, with those of its addresses that are not published.
+    /// Costs what these are.
+    std::optional<NamedLink> named(Lanx::IntfId name) const;
+    /// The names of all links, in no order.
+    std::vector<Lanx::IntfId> names() const;
 
   private:
     /// By the name of an interface.

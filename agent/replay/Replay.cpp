@@ -53,7 +53,7 @@ void Replay::run() {
     runUntilIdle();
     applyHeld();
     runUntilIdle();
-    print({});
+    printEnd();
 }
 
 void Replay::reportFullTables(const RoomReport::Report& report) const {
@@ -62,7 +62,7 @@ void Replay::reportFullTables(const RoomReport::Report& report) const {
 
 void Replay::runUntilIdle() {
     if (!activityManager_.runUntilIdle(maxAfterLastLine)) {
-        print({});
+        printEnd();
         throw FailureError(name_ + ": still busy " + std::to_string(maxAfterLastLine)
                            + " simulated seconds after the last line");
     }
@@ -129,8 +129,14 @@ void Replay::start(bool gracefulRestart) {
     }
 }
 
-void Replay::print(const std::optional<std::string>& label) {
-    printState(printer_, {**root_, *inputs_, *clock_}, label);
+void Replay::print(const std::optional<std::string>& label) { printState(printer_, view(), label); }
+
+void Replay::printEnd() {
+    if (onEnd_) {
+        onEnd_(view());
+    } else {
+        print({});
+    }
 }
 
 } // namespace Agent

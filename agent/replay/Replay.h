@@ -10,6 +10,7 @@
 #include "agent/document/ScenarioLine.h"
 #include "agent/replay/ChangeCounter.h"
 #include "agent/replay/LineReader.h"
+#include "agent/topics/AgentView.h"
 #include "agent/topics/StatePrinter.h"
 #include "platform/orb/loop/ActivityManager.h"
 #include "platform/orb/loop/SimulatedClock.h"
@@ -38,6 +39,10 @@ class Replay {
     using OnStart = std::function<void(const AgentRoot::RootSm&)>;
     void onStartIs(OnStart onStart) { onStart_ = std::move(onStart); }
 
+    /// Called once at the end, instead of printing the final state.
+    using OnEnd = std::function<void(const AgentView&)>;
+    void onEndIs(OnEnd onEnd) { onEnd_ = std::move(onEnd); }
+
     /// Throws BadInputError for a line that is refused, of which nothing is applied then;
     /// FailureError when the agent fails at a line or does not come to rest.
     void run();
@@ -62,6 +67,8 @@ class Replay {
     void runUntilIdle();
     void start(bool gracefulRestart);
     void print(const std::optional<std::string>& label);
+    void printEnd();
+    AgentView view() const { return {**root_, *inputs_, *clock_}; }
     template <typename Work>
     auto namingErrors(const Line& line, const Work& work);
 
@@ -70,6 +77,7 @@ class Replay {
     Line line_; // the present one
     StatePrinter& printer_;
     OnStart onStart_;
+    OnEnd onEnd_;
     double at_ = 0; // of the last line that named a time
 
     Orb::Ptr<Orb::SimulatedClock> clock_;

@@ -110,6 +110,7 @@ class LiveAgent final : private AgentControl {
                 *clock_,
                 device_ ? &*device_ : nullptr,
                 installer_ ? &*installer_ : nullptr,
+                device_ ? &*device_ : nullptr,
                 this};
     }
     std::string missingVrfs() const;

@@ -256,6 +256,33 @@ std::vector<KnownVrf> LiveDevice::knownVrfs() const {
     return vrfs;
 }
 
+std::vector<KernelLink> LiveDevice::links(Lanx::IntfId name) const {
+    std::vector<KernelLink> links;
+    for (const auto& entry : followers_) {
+        const Lanx::NamespaceName& netns = entry.first;
+        auto link = entry.second->isLearned() ? entry.second->view().named(name) : std::nullopt;
+        const auto vrf = std::ranges::find_if(vrfs_.vrfs(), [&](const LiveVrfs::Vrf& known) {
+            return link && known.netns == netns && known.device.index == link->vrfDevice;
+        });
+        if (vrf != vrfs_.vrfs().end()) {
+            links.push_back({netns, vrf->name, vrf->isUp ? std::string() : known(*vrf).obstacle,
+                             std::move(*link)});
+        }
+    }
+    return links;
+}
+
+std::vector<Lanx::IntfId> LiveDevice::names() const {
+    std::vector<Lanx::IntfId> names;
+    for (const auto& entry : followers_) {
+        if (entry.second->isLearned()) {
+            const auto more = entry.second->view().names();
+            names.insert(names.end(), more.begin(), more.end());
+        }
+    }
+    return names;
+}
+
 KnownVrf LiveDevice::known(const LiveVrfs::Vrf& vrf) const {
     KnownVrf known{vrf.name, vrf.netns, vrf.device.name, vrfs_.ids().find(vrf.name), vrf.obstacle};
     if (vrf.isUp) {

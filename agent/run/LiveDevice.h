@@ -10,6 +10,7 @@
 
 #include "agent/base/Watcher.h"
 #include "agent/device/DeviceInputs.h"
+#include "agent/explain/KernelLinks.h"
 #include "agent/install/KernelPlaces.h"
 #include "agent/linux/NamespaceWatch.h"
 #include "agent/run/LiveVrfs.h"
@@ -30,7 +31,7 @@ namespace Agent {
 /// it does while a namespace cannot be followed, which it keeps trying to.
 ///
 /// One agent thread, no locks. The inputs must outlive it.
-class LiveDevice final : public KernelPlaces, public VrfCatalog {
+class LiveDevice final : public KernelPlaces, public VrfCatalog, public KernelLinks {
   public:
     using Report = std::function<void(const std::string& message)>;
 
@@ -73,6 +74,9 @@ class LiveDevice final : public KernelPlaces, public VrfCatalog {
     std::vector<L3::VrfName> vrfsOf(const Lanx::NamespaceName& netns) const override;
 
     std::vector<KnownVrf> knownVrfs() const override;
+
+    std::vector<KernelLink> links(Lanx::IntfId name) const override;
+    std::vector<Lanx::IntfId> names() const override;
 
   private:
     void handleEvents();

@@ -21,8 +21,14 @@ Request readRequest(std::string_view line) {
         if (request.topic == nullptr) {
             throw DocumentError("/show", "unknown topic");
         }
+    } else if (document.explain) {
+        try {
+            request.explain = readExplainTarget(*document.explain);
+        } catch (const DocumentError& error) {
+            throw error.within("/explain");
+        }
     } else {
-        request.isWatch = !document.reload && !document.waitedFor;
+        request.isWatch = !document.traceLevel && !document.reload && !document.waitedFor;
     }
     const bool canFilter = request.isWatch ? !document.intf : request.topic == &routesTopic();
     if (request.routes.isGiven() && !canFilter) {

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "agent/explain/ExplainTarget.h"
 #include "agent/topics/RouteFilter.h"
 #include "agent/topics/Topic.h"
 #include "platform/vrf/VrfName.h"
@@ -11,14 +12,15 @@
 namespace Agent {
 
 /// What a client asks of a running agent, in one line of JSON: {"show":TOPIC,"vrf":"red"} with one
-/// of topics(), for routes also with "prefix" and "intf", {"watch":true} with "vrf" and "prefix",
-/// {"trace":LEVEL} with LEVEL from -1 (off) to 9, {"reload":true} or
-/// {"wait":["red"]}.
+/// of topics(), for routes also with "prefix" and "intf", {"explain":TEXT,"vrf":"red"},
+/// {"watch":true} with "vrf" and "prefix", {"trace":LEVEL} with LEVEL from -1 (off) to 9,
+/// {"reload":true} or {"wait":["red"]}.
 struct Request {
     /// Bytes of a request, its line end included.
     static constexpr std::size_t maxLength = 4096;
 
-    const Topic* topic = nullptr; // what is to be shown
+    const Topic* topic = nullptr;         // what is to be shown
+    std::optional<ExplainTarget> explain; // what is to be explained
     bool isWatch = false;
     bool isReload = false;
     std::optional<std::vector<L3::VrfName>> waitedFor; // which are to be ready

@@ -8,6 +8,8 @@
 
 #include "agent/base/Errors.h"
 #include "agent/document/JsonWriter.h"
+#include "agent/explain/Explanation.h"
+#include "agent/explain/VrfObstacles.h"
 #include "agent/patch/DocumentError.h"
 #include "agent/server/ReloadAnswer.h"
 #include "agent/server/WaitAnswer.h"
@@ -121,8 +123,10 @@ void Session::handle(const std::string& line) {
 /// Does what is asked for on the way. Throws DocumentError if the request's VRF does not exist,
 /// FailureError for what cannot be done.
 std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
-    // Of a watch the VRF may be yet to come.
-    if (request.vrf && !request.isWatch && VrfCursor(view_, request.vrf).vrf() == nullptr) {
+    // Of a watch the VRF may be yet to come, and of one that is not up an interface is explained.
+    const bool mayBeDown = request.explain && std::holds_alternative<std::string>(*request.explain);
+    if (request.vrf && !request.isWatch && VrfCursor(view_, request.vrf).vrf() == nullptr
+        && !(mayBeDown && vrfObstacles(view_).contains(*request.vrf))) {
         throw DocumentError("/vrf", whyNotUp(*request.vrf));
     }
     if (request.traceLevel) {
@@ -133,6 +137,9 @@ std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
     }
     if (request.waitedFor) {
         return std::make_unique<WaitAnswer>(*view_.control, *request.waitedFor);
+    }
+    if (request.explain) {
+        return explain(view_, *request.explain, request.vrf);
     }
     if (request.isWatch) {
         return std::make_unique<WatchAnswer>(view_, request.vrf, request.routes);

@@ -11,6 +11,7 @@ namespace Agent {
 
 class AgentControl;
 class DeviceInputs;
+class KernelLinks;
 class KernelWords;
 class VrfCatalog;
 
@@ -21,6 +22,7 @@ struct AgentView {
     const Orb::Clock& clock;
     const VrfCatalog* catalog = nullptr; ///< of an agent that others can ask
     const KernelWords* kernel = nullptr; ///< null where the agent installs nothing
+    const KernelLinks* links = nullptr;  ///< null where there is no kernel
     AgentControl* control = nullptr;     ///< of an agent that others can ask
 };
 

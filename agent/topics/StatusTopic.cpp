@@ -153,8 +153,7 @@ void StatusPrinter::line(const JsonValue& object, std::string_view) {
 }
 
 extern const Topic statusTopic{
-    "status", "how the agent is: version, uptime, what it holds, how its work goes",
-    answerStatus,
+    "status", "how the agent is: version, uptime, what it holds, how its work goes", answerStatus,
     [](std::ostream& out, Colour) -> std::unique_ptr<AnswerPrinter> {
         return std::make_unique<StatusTable>(out);
     },

@@ -19,10 +19,6 @@ namespace {
 
 DIRECTNET_TRACE_UNIT("IntfBacklog");
 
-bool isRoutable(const Lanx::IpGenPrefix& prefix) {
-    return prefix.af() != Lanx::AddressFamily::unset && prefix.len() != 0;
-}
-
 } // namespace
 
 IntfBacklog::IntfBacklog(Arguments arguments) : arguments_(std::move(arguments)) {

@@ -44,9 +44,13 @@ class IntfBacklog : public Orb::Entity {
 
     void doAddBacklog(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix);
 
+    /// A prefix of length 0 or of no family never becomes a connected route.
+    static bool isRoutable(const Lanx::IpGenPrefix& prefix) {
+        return prefix.af() != Lanx::AddressFamily::unset && prefix.len() != 0;
+    }
+
     /// Records a contributor of the prefix, or its new via set, and queues the prefix, also when
-    /// nothing changed. A prefix of length 0 or of no family is ignored on purpose: it never
-    /// becomes a connected route.
+    /// nothing changed. A prefix that is not routable is ignored on purpose.
     void addToIntfIdsByPrefix(Lanx::IntfId intfId, const Lanx::IpGenPrefix& prefix,
                               const Lanx::IpGenAddrWithMask& addrWithMask, Fib::RouteType routeType,
                               Rib::ViaSetKey viaSetKey, VrfId sourceVrfId, bool isVirtual);

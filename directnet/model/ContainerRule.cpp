@@ -33,4 +33,18 @@ std::string ContainerRule::missing() const {
     return {};
 }
 
+std::string_view ContainerRule::lack() const {
+    switch (missing_) {
+    case Missing::nothing:
+        break;
+    case Missing::id:
+        return "it has no id";
+    case Missing::status:
+        return "it is not set up on this device";
+    case Missing::activity:
+        return "it is not active";
+    }
+    return {};
+}
+
 } // namespace Routing::DirectNet

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/ip/AllVrfStatusLocal.h"
 #include "platform/ip/VrfStatusLocal.h"
@@ -20,6 +21,8 @@ class ContainerRule {
 
     /// For a VRF that is not due: what it lacks, for traces.
     std::string missing() const;
+    /// The same in a few words; empty for one that is due.
+    std::string_view lack() const;
 
   private:
     enum class Missing { nothing, id, status, activity };

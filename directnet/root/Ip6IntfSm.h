@@ -30,6 +30,10 @@ class Ip6IntfSm : public Orb::Entity, public AddressMachine<Ip6IntfSm, Traits::I
     /// There may be room for the interface's via, which there was not when its addresses came.
     void handleRoom() { applyStatus(); }
 
+    static bool yieldsNothing(const Lanx::Ip6AddrWithMask& address) {
+        return address.isZero() || address.isLinkLocal();
+    }
+
   private:
     friend AddressMachine;
 
@@ -41,9 +45,6 @@ class Ip6IntfSm : public Orb::Entity, public AddressMachine<Ip6IntfSm, Traits::I
 
     void applyStatus();
     void withdrawStatus();
-    static bool yieldsNothing(const Lanx::Ip6AddrWithMask& address) {
-        return address.isZero() || address.isLinkLocal();
-    }
 
     OrbIp6IntfStatus orbIp6IntfStatus_;
 };

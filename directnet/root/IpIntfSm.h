@@ -42,6 +42,8 @@ class IpIntfSm : public Orb::Entity, public AddressMachine<IpIntfSm, Traits::IPv
 
     void updateBcastRoute(const Lanx::IpAddrWithMask& address, bool withdraw);
 
+    static bool yieldsNothing(const Lanx::IpAddrWithMask& address) { return address.isZero(); }
+
   private:
     friend AddressMachine;
 
@@ -56,7 +58,6 @@ class IpIntfSm : public Orb::Entity, public AddressMachine<IpIntfSm, Traits::IPv
     /// The kind of broadcast routes that the interface has now, or that it has not.
     const RouteKind& broadcastKind(bool present) const;
     void withdrawFormerBroadcast(const Lanx::IpAddrWithMask& address);
-    static bool yieldsNothing(const Lanx::IpAddrWithMask& address) { return address.isZero(); }
 
     OrbIpIntfStatus orbIpIntfStatus_;
 };

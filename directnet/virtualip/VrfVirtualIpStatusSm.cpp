@@ -12,11 +12,6 @@ namespace {
 
 DIRECTNET_TRACE_UNIT("VrfVirtualIpStatusSm");
 
-template <typename AddrWithMask>
-bool yieldsNothing(const AddrWithMask& address) {
-    return address.isZero() || address.isLinkLocal();
-}
-
 template <typename Family>
 bool hasSubnet(const typename Family::AddrWithMask& address) {
     return VirtualIpTraits<Family>::hasSubnets && address.len() < Family::hostLen;
@@ -29,7 +24,7 @@ void handleVirtualIpIntfStatusT(Sm& sm, typename Sm::OrbVirtualIpIntfStatusSm* n
                                 const typename Sm::Key& key, Lanx::IntfId intfId) {
     const auto address = Sm::Virtual::addrWithMask(key);
     DIRECTNET_DUALLOG(8, "vrfName= ", sm.table().name(), ", addr= ", address, ", intfId= ", intfId);
-    if (yieldsNothing(address)) {
+    if (Sm::yieldsNothing(address)) {
         DIRECTNET_DUALLOG(8, "Address is zero or link is local");
         return;
     }

@@ -109,6 +109,10 @@ class VrfVirtualIpStatusSm : public Orb::Entity, public VrfVirtualIpArguments<Fa
     /// There may be room for vias of interfaces, which there was not when they came.
     void handleRoom() { handleVrfVirtualIpStatus(); }
 
+    static bool yieldsNothing(const AddrWithMask& address) {
+        return address.isZero() || address.isLinkLocal();
+    }
+
     /// What one (address, interface) pair contributes. Nothing while there is no room for the
     /// interface's via.
     void addContributions(OrbVirtualIpIntfStatusSm& nested, Lanx::IntfId intfId,

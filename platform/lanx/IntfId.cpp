@@ -15,8 +15,13 @@ constinit std::array<IntfId::Record*, IntfId::maxPages> IntfId::pages_{};
 class IntfId::Table {
   public:
     std::uint32_t number(std::string_view name) {
+        const std::uint32_t present = known(name);
+        return present != 0 ? present : add(name);
+    }
+    /// 0 for a name that has no record.
+    std::uint32_t known(std::string_view name) const {
         const auto found = numbers_.find(name);
-        return found != numbers_.end() ? *found : add(name);
+        return found != numbers_.end() ? *found : 0;
     }
 
     /// Never destroyed, so that ids in objects of static lifetime stay valid to the end.
@@ -64,6 +69,12 @@ class IntfId::Table {
 
 IntfId::IntfId(std::string_view name)
     : number_(name.empty() ? 0 : Table::instance().number(name)) {}
+
+IntfId IntfId::known(std::string_view name) {
+    IntfId id;
+    id.number_ = Table::instance().known(name);
+    return id;
+}
 
 IntfId IntfId::fromString(std::string_view text) {
     if (text.size() > maxLength) {

@@ -25,6 +25,10 @@ class IntfId {
     constexpr IntfId() = default;
     explicit IntfId(std::string_view name);
 
+    /// The id of that name if there has been one, else the empty one. Makes no record, whatever is
+    /// asked for.
+    static IntfId known(std::string_view name);
+
     /// Valid for the life of the process.
     std::string_view name() const { return !*this ? std::string_view() : record().name; }
 

@@ -4,6 +4,8 @@
 #include <linux/if.h>
 #include <linux/if_addr.h>
 #include <linux/rtnetlink.h>
+#include <map>
+#include <string>
 
 #include "tests/agent/PatchJson.h"
 
@@ -175,6 +177,29 @@ TEST_F(NamespaceViewTest, PortsOfABridgeInAVrfStayInTheNamespace) {
     apply();
     EXPECT_EQ(at("/ipv4"), json::parse(R"({"blue": {"bridge": {"address": "10.0.0.1/24"}},
                                            "red": {"port": {"address": "10.4.0.1/24"}}})"));
+}
+
+TEST_F(NamespaceViewTest, AddressesThatStandNowhereAreToldWithTheirLink) {
+    apply(link(3, "e3"), added(3, "10.0.0.1/24"), added6(3, "fd00::1/64"),
+          added6(3, "fd00::2/64", IFA_F_TENTATIVE),
+          added6(3, "fd00::3/64", IFA_F_TENTATIVE | IFA_F_DADFAILED));
+    const auto unpublished = [&] {
+        std::map<std::string, std::string> told;
+        for (const auto& found : view.named(Lanx::IntfId("e3"))->unpublished) {
+            told[found.address.toString()] = found.obstacle;
+        }
+        return told;
+    };
+    using Told = std::map<std::string, std::string>;
+    EXPECT_EQ(unpublished(), (Told{{"fd00::2/64", "tentative"}, {"fd00::3/64", "duplicate"}}));
+    EXPECT_TRUE(apply(added6(3, "fd00::2/64")));
+    EXPECT_EQ(unpublished(), (Told{{"fd00::3/64", "duplicate"}}));
+    apply(vrfDevice(9, "blue", 100), inVrf(link(3, "e3"), 9), added6(3, "fd00::4/64"));
+    EXPECT_EQ(unpublished(), (Told{{"10.0.0.1/24", ""}, {"fd00::4/64", ""}}));
+    EXPECT_EQ(view.named(Lanx::IntfId("e3"))->vrfDevice, 9);
+    view.vrfIs(9, "blue");
+    EXPECT_EQ(unpublished(), Told());
+    EXPECT_FALSE(view.named(Lanx::IntfId("e4")));
 }
 
 } // namespace

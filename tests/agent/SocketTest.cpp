@@ -139,8 +139,10 @@ TEST_F(Socket, BadRequestIsAnsweredWithAnErrorAndNothingElse) {
     ASSERT_TRUE(agent.learned());
     for (const auto& request :
          {"hello\n"s, "{}\n"s, "[]\n"s, "\n"s, "{\"show\":\"secrets\"}\n"s, "{\"show\":1}\n"s,
-          "{\"trace\":10}\n"s, "{\"watch\":true,\"show\":\"vrfs\"}\n"s, "\0\xff\n"s,
-          std::string(100000, 'x'), std::string(300, '[') + "\n"}) {
+          "{\"trace\":10}\n"s, "{\"watch\":true,\"show\":\"vrfs\"}\n"s, "{\"explain\":1}\n"s,
+          "{\"explain\":\"\"}\n"s, "{\"explain\":\"10.0.0.1/24\"}\n"s,
+          "{\"explain\":\"lo\",\"vrf\":\"nosuch\"}\n"s, "\0\xff\n"s, std::string(100000, 'x'),
+          std::string(300, '[') + "\n"}) {
         const FileDescriptor client = connectToAgent();
         sendText(client, request);
         const std::string answer = receiveAll(client);

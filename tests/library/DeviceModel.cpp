@@ -146,11 +146,15 @@ void DeviceModel::addLeaked(const Vrf& vrf, Contributors& contributors) const {
     }
 }
 
-std::vector<RouteRow> DeviceModel::routes(const Vrf& vrf) const {
+DeviceModel::Contributors DeviceModel::contributors(const Vrf& vrf) const {
     Contributors contributors = localContributors(vrf);
     addLeaked(vrf, contributors);
+    return contributors;
+}
+
+std::vector<RouteRow> DeviceModel::routes(const Vrf& vrf) const {
     std::vector<RouteRow> rows;
-    for (const auto& [prefix, ofPrefix] : contributors) {
+    for (const auto& [prefix, ofPrefix] : contributors(vrf)) {
         const Contributor& winner = *ofPrefix.begin();
         rows.push_back({prefix.toString(), winner.type, winner.intf,
                         RouteRow::usualVia(winner.type) + (winner.isVirtual ? "-virtual" : ""),

@@ -50,7 +50,6 @@ struct DeviceModel {
     std::vector<RouteRow> routes(const Vrf& vrf) const;
     ViaSetHolders viaSetHolders() const;
 
-  private:
     /// In the order in which they win.
     struct Contributor {
         Intf intf;
@@ -64,6 +63,9 @@ struct DeviceModel {
     static constexpr unsigned local = 0xFFFFFF;
     using Contributors = std::map<Lanx::IpGenPrefix, std::set<Contributor>>;
 
+    Contributors contributors(const Vrf& vrf) const;
+
+  private:
     std::vector<Address> ownAddresses(const Vrf& vrf, const Intf& intf) const;
     std::set<Intf> interfaces(const Vrf& vrf) const;
     bool countsForLeaks(const Vrf& source, const Contributor& contributor) const;

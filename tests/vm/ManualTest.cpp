@@ -102,7 +102,7 @@ using ManualTest = LiveTest;
 TEST_F(ManualTest, TranscriptsShowWhatTheCommandsPrint) {
     const auto transcripts =
         transcriptsOf(readFile(std::string(DIRECTNET_SOURCE_DIR) + "/docs/agent.md"));
-    ASSERT_EQ(transcripts.size(), 3U);
+    ASSERT_EQ(transcripts.size(), 4U);
     for (const Transcript& transcript : transcripts) {
         SCOPED_TRACE(transcript.section);
         Session session;
