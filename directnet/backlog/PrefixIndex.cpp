@@ -21,8 +21,9 @@ void PrefixIndex::list(Orb::Ptr<IntfIdSet>& place, const Orb::Ptr<IntfIdSet>& se
     }
 }
 
+// Takes the set by value as every store of a collection does.
 void PrefixIndex::memberIs(const Orb::Entity& owner, Orb::AttributeId id, std::string_view name,
-                           const Orb::Ptr<IntfIdSet>& set) {
+                           Orb::Ptr<IntfIdSet> set) { // NOLINT(performance-unnecessary-value-param)
     if (set == nullptr) {
         Orb::throwNullArgument(name, owner.fwkTypeNode()->name());
     }

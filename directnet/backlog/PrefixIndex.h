@@ -41,7 +41,7 @@ class PrefixIndex {
     }
 
     void memberIs(const Orb::Entity& owner, Orb::AttributeId id, std::string_view name,
-                  const Orb::Ptr<IntfIdSet>& set);
+                  Orb::Ptr<IntfIdSet> set);
 
     template <typename Make>
     Orb::Ptr<IntfIdSet> memberOrMade(const Orb::Entity& owner, Orb::AttributeId id,
