@@ -2,16 +2,34 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "agent/base/Errors.h"
 #include "agent/base/StateFolder.h"
 
 namespace Agent {
 
+namespace {
+
+/// The number of the network namespace, where it is not that of the system as a whole. What
+/// settings it has tells that, to everybody: some are the system's alone.
+std::optional<ino_t> ownNetwork() {
+    struct stat status {};
+    const bool isSystems = ::access("/proc/sys/net/core/netdev_budget", F_OK) == 0;
+    return !isSystems && ::stat("/proc/self/ns/net", &status) == 0 ? std::optional(status.st_ino)
+                                                                   : std::nullopt;
+}
+
+} // namespace
+
 std::string defaultSocketPath() {
     const std::string folder = runtimeFolder();
-    return folder.empty() ? "" : folder + "/directnet.sock";
+    const auto network = ownNetwork();
+    const std::string suffix = network ? '-' + std::to_string(*network) : std::string();
+    return folder.empty() ? "" : folder + "/directnet" + suffix + ".sock";
 }
 
 sockaddr_un socketAddress(const std::string& path) {

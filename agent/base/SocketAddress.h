@@ -8,6 +8,7 @@
 namespace Agent {
 
 /// Where an agent listens unless told otherwise: in the runtime folder; empty if there is none.
+/// Each network namespace has a place of its own, since each may have an agent.
 std::string defaultSocketPath();
 
 /// The socket address of a path. Throws FailureError if it is too long for one.

@@ -3,21 +3,15 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/ringlog/Printable.h"
+#include "agent/base/Utf8.h"
 
 namespace Agent {
-
-std::string printable(std::string_view text) {
-    std::string result;
-    Ringlog::appendPrintable(result, text);
-    return result;
-}
 
 void TextTable::rowIs(Row row) {
     widths_.resize(std::max(widths_.size(), row.size()));
     for (std::size_t column = 0; column < row.size(); ++column) {
         row[column] = printable(row[column]);
-        widths_[column] = std::max(widths_[column], row[column].size());
+        widths_[column] = std::max(widths_[column], columnsOf(row[column]));
     }
     rows_.push_back(std::move(row));
 }
@@ -33,7 +27,7 @@ void TextTable::print(std::ostream& out, const std::string& indent) const {
         std::string line = indent;
         for (const std::size_t column : columns) {
             line += row[column];
-            line.append(widths_[column] - row[column].size() + 2, ' ');
+            line.append(widths_[column] - columnsOf(row[column]) + 2, ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
         out << line << '\n';

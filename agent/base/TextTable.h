@@ -3,14 +3,10 @@
 #include <cstddef>
 #include <ostream>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 namespace Agent {
-
-/// `text` so that it stays on one line and cannot steer a terminal.
-std::string printable(std::string_view text);
 
 /// A table for people: columns as wide as their widest cell, under a header. An optional column
 /// with nothing under its header is left out.

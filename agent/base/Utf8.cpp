@@ -54,6 +54,58 @@ std::size_t characterLength(std::string_view text) {
     return length;
 }
 
+void appendHex(std::string& out, unsigned char byte) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    out += "\\x";
+    out += digits[byte >> 4];
+    out += digits[byte & 0x0f];
+}
+
+/// The number of the character that the text, which has its length, stands for.
+char32_t codeOf(std::string_view character) {
+    constexpr std::array<unsigned, 5> leadBits{0, 0x7f, 0x1f, 0x0f, 0x07};
+    auto code = static_cast<char32_t>(static_cast<unsigned char>(character[0])
+                                      & leadBits.at(character.size()));
+    for (const char c : character.substr(1)) {
+        code = code << 6 | (static_cast<unsigned char>(c) & 0x3fU);
+    }
+    return code;
+}
+
+struct Range {
+    char32_t first;
+    char32_t last;
+};
+
+template <std::size_t size>
+bool isIn(char32_t code, const std::array<Range, size>& ranges) {
+    return std::ranges::any_of(
+        ranges, [&](const Range& range) { return range.first <= code && code <= range.last; });
+}
+
+/// Controls, ends of lines and paragraphs, and what sets the direction of text.
+constexpr std::array<Range, 6> controls{{{0, 0x1f},
+                                         {0x7f, 0x9f},
+                                         {0x200b, 0x200f},
+                                         {0x2028, 0x202e},
+                                         {0x2060, 0x206f},
+                                         {0xfeff, 0xfeff}}};
+/// Characters that are put on the one before.
+constexpr std::array<Range, 5> combining{
+    {{0x300, 0x36f}, {0x483, 0x489}, {0x591, 0x5bd}, {0x20d0, 0x20ff}, {0xfe00, 0xfe2f}}};
+/// Characters that take two columns.
+constexpr std::array<Range, 11> wide{{{0x1100, 0x115f},
+                                      {0x2e80, 0x303e},
+                                      {0x3041, 0xa4cf},
+                                      {0xac00, 0xd7a3},
+                                      {0xf900, 0xfaff},
+                                      {0xfe30, 0xfe6f},
+                                      {0xff00, 0xff60},
+                                      {0xffe0, 0xffe6},
+                                      {0x1f300, 0x1f64f},
+                                      {0x1f900, 0x1f9ff},
+                                      {0x20000, 0x3fffd}}};
+
 } // namespace
 
 bool isUtf8(std::string_view text) {
@@ -81,20 +133,44 @@ std::string documentName(std::string_view text) {
     if (isUtf8(text) && text.find("\\x") == std::string_view::npos) {
         return std::string(text);
     }
-    static constexpr std::array digits{'0', '1', '2', '3', '4', '5', '6', '7',
-                                       '8', '9', 'a', 'b', 'c', 'd', 'e', 'f'};
     std::string name;
     for (char c : text) {
         auto byte = static_cast<unsigned char>(c);
         if (byte < 0x80 && c != '\\') {
             name += c;
         } else {
-            name += "\\x";
-            name += digits[byte >> 4];
-            name += digits[byte & 0x0f];
+            appendHex(name, byte);
         }
     }
     return name;
+}
+
+std::string printable(std::string_view text) {
+    std::string result;
+    while (!text.empty()) {
+        const std::size_t length = characterLength(text);
+        const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
+        if (length > 0 && !isIn(codeOf(character), controls)) {
+            result += character;
+        } else {
+            for (const char c : character) {
+                appendHex(result, static_cast<unsigned char>(c));
+            }
+        }
+        text.remove_prefix(character.size());
+    }
+    return result;
+}
+
+std::size_t columnsOf(std::string_view text) {
+    std::size_t columns = 0;
+    while (!text.empty()) {
+        const std::size_t length = std::max<std::size_t>(characterLength(text), 1);
+        const char32_t code = codeOf(text.substr(0, length));
+        columns += isIn(code, combining) ? 0 : isIn(code, wide) ? 2 : 1;
+        text.remove_prefix(length);
+    }
+    return columns;
 }
 
 } // namespace Agent

@@ -11,10 +11,11 @@
 #include <variant>
 
 #include "agent/base/Errors.h"
+#include "agent/base/Utf8.h"
 #include "agent/cli/Commands.h"
+#include "agent/output/Journal.h"
 #include "agent/output/Output.h"
 #include "agent/output/OutputFile.h"
-#include "platform/ringlog/Printable.h"
 
 namespace Agent {
 
@@ -25,9 +26,9 @@ constexpr std::size_t maxMessage = 1000;
 /// Prints a message as one line, whatever it quotes from an input, behind the output so far.
 ExitStatus fail(ExitStatus status, std::string_view message) {
     std::cout.flush();
-    std::string line;
-    Ringlog::appendPrintable(line, message.substr(0, maxMessage));
-    writeErrorLine(line + (message.size() > maxMessage ? "...\n" : "\n"));
+    const std::string line = printable(message.substr(0, maxMessage));
+    writeErrorLine(severityPrefix(Severity::error) + line
+                   + (message.size() > maxMessage ? "...\n" : "\n"));
     return status;
 }
 
@@ -111,8 +112,9 @@ int runCommandLine(int argc, const char* const* argv) {
     app.name("directnet");
     app.set_version_flag("--version", DIRECTNET_VERSION);
     app.require_subcommand(1);
-    for (const auto& command : {runCommand, showCommand, watchCommand, traceCommand, tablesCommand,
-                                leaksCommand, replayCommand, ringlogCommand, vipLogCommand}) {
+    for (const auto& command :
+         {runCommand, showCommand, watchCommand, waitCommand, reloadCommand, traceCommand,
+          tablesCommand, leaksCommand, replayCommand, ringlogCommand, vipLogCommand}) {
         addCommand(app, command());
     }
 

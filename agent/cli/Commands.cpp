@@ -1,16 +1,14 @@
 #include "agent/cli/Commands.h"
 
 #include "agent/base/Utf8.h"
+#include "agent/output/Journal.h"
 #include "agent/output/OutputFile.h"
+#include "platform/lanx/IpGenPrefix.h"
 #include "platform/orb/value/Error.h"
-#include "platform/ringlog/Printable.h"
 #include "platform/vrf/VrfName.h"
 
 namespace Agent {
 
-namespace {
-
-/// What makes the text no name of a VRF; empty if it is one.
 std::string complaintAboutVrf(const std::string& name) {
     if (name.empty() || !isUtf8(name)) {
         return "must be a name in UTF-8";
@@ -21,6 +19,19 @@ std::string complaintAboutVrf(const std::string& name) {
         return error.what();
     }
     return {};
+}
+
+namespace {
+
+std::string complaintAboutPrefix(const std::string& text) {
+    try {
+        if (!text.empty()) {
+            static_cast<void>(Lanx::IpGenPrefix::fromString(prefixText(text)));
+        }
+    } catch (const Orb::Error& error) {
+        return error.what();
+    }
+    return complaintIfEmpty(text);
 }
 
 } // namespace
@@ -41,7 +52,8 @@ Argument ringOption(std::string& path) {
 Argument socketOption(std::string& path) {
     return {.name = "--socket",
             .help = "Where the agent listens; by default /run/directnet.sock for root, else "
-                    "directnet.sock in the user's runtime folder",
+                    "directnet.sock in the user's runtime folder, with the number of the network "
+                    "namespace in the name where that is not the system's",
             .value = &path,
             .placeholder = "PATH",
             .complaint = complaintIfEmpty};
@@ -64,6 +76,24 @@ Argument traceOption(int& level) {
             .range = {{0, 9}}};
 }
 
+Argument timestampsOption(bool& has) {
+    return {.name = "--timestamps", .help = "Print the time of day with every line", .value = &has};
+}
+
+Argument prefixOption(const std::string& name, std::string& prefix) {
+    return {.name = name,
+            .help = "Only routes of this prefix and inside it; an address stands for itself",
+            .value = &prefix,
+            .placeholder = "PREFIX",
+            .complaint = complaintAboutPrefix};
+}
+
+std::string prefixText(const std::string& argument) {
+    return argument.empty() || argument.find('/') != std::string::npos
+               ? argument
+               : Lanx::IpGenPrefix::host(Lanx::IpGenAddr::fromString(argument)).toString();
+}
+
 Argument vipLogOption(std::string& path) {
     return {.name = "--vip-log",
             .help = "Log every change of the tables of virtual addresses to FILE",
@@ -81,9 +111,7 @@ Argument vrfOption(std::string& name) {
 }
 
 void report(const std::string& message) {
-    std::string line = "directnet: ";
-    Ringlog::appendPrintable(line, message);
-    writeErrorLine(line + '\n');
+    writeErrorLine(severityPrefix(Severity::warning) + "directnet: " + printable(message) + '\n');
 }
 
 } // namespace Agent

@@ -9,24 +9,33 @@ namespace Agent {
 // The commands, each in a source of its own.
 Command replayCommand();
 Command leaksCommand();
+Command reloadCommand();
 Command ringlogCommand();
 Command runCommand();
 Command showCommand();
 Command tablesCommand();
 Command traceCommand();
 Command vipLogCommand();
+Command waitCommand();
 Command watchCommand();
 
 /// Refuses an empty value, such as that of a shell variable which is not set.
 std::string complaintIfEmpty(const std::string& value);
+/// What makes the text no name of a VRF; empty if it is one.
+std::string complaintAboutVrf(const std::string& name);
 
 // Arguments that several commands have.
 Argument ringOption(std::string& path);   ///< where the ring trace goes
 Argument socketOption(std::string& path); ///< where the running agent listens
 Argument tablesOption(std::string& path); ///< where the tables are that an agent shares
+Argument timestampsOption(bool& has);     ///< the time of day before lines
+Argument prefixOption(const std::string& name, std::string& prefix); ///< routes of and in a prefix
 Argument traceOption(int& level);         ///< the text trace of an agent that is started
 Argument vrfOption(std::string& name);    ///< the one VRF that is shown
 Argument vipLogOption(std::string& path); ///< where changes of virtual addresses are logged
+
+/// The prefix that such an argument stands for; an address stands for that alone.
+std::string prefixText(const std::string& argument);
 
 /// Says "directnet: MESSAGE" on standard error.
 void report(const std::string& message);

@@ -31,7 +31,7 @@ void printRinglog(const std::string& file) {
     }
     finishOutput(std::cout);
     if (reader->damagedBlocks() > 0) {
-        std::cerr << file << ": skipped damage in " << reader->damagedBlocks() << " blocks\n";
+        report(file + ": skipped damage in " + std::to_string(reader->damagedBlocks()) + " blocks");
     }
 }
 

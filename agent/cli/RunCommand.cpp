@@ -1,7 +1,9 @@
+#include <charconv>
 #include <cstdint>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <sys/resource.h>
 #include <vector>
@@ -12,6 +14,7 @@
 #include "agent/cli/Commands.h"
 #include "agent/output/Output.h"
 #include "agent/ring/RingPlace.h"
+#include "agent/run/ConfigCheck.h"
 #include "agent/run/LiveAgent.h"
 #include "agent/topics/StatePrinter.h"
 #include "platform/ringlog/TraceHandle.h"
@@ -38,6 +41,12 @@ struct RunOptions {
     bool install = false;
     int installProtocol = 77;
     bool keepInstalled = false;
+    std::string readyVrfs;
+    bool quiet = false;
+    bool timestamps = false;
+    bool check = false;
+    std::string socketGroup;
+    std::string socketMode;
 };
 
 /// Namespaces and clients take descriptors, and the usual soft limit is for programs that select().
@@ -49,12 +58,43 @@ void raiseFileLimit() {
     }
 }
 
-void listen(LiveAgent& agent, const RunOptions& options) {
-    if (!options.socket.empty()) {
-        agent.listen({options.socket, false});
-    } else if (!options.once && !options.noSocket) {
-        agent.listen({defaultSocketPath(), true});
+/// The permissions that octal digits say. Throws BadInputError.
+mode_t readMode(const std::string& text) {
+    constexpr int octal = 8;
+    constexpr unsigned highest = 0777;
+    unsigned mode = 0;
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, mode, octal);
+    if (result.ec != std::errc() || result.ptr != end || mode > highest) {
+        throw BadInputError("directnet: --socket-mode " + text
+                            + ": must be an octal number like 660");
     }
+    return mode;
+}
+
+/// None where nobody is to ask. Throws BadInputError.
+std::optional<LiveAgent::Listening> listening(const RunOptions& options) {
+    SocketPlace place{options.socket};
+    if (!options.socketGroup.empty()) {
+        place.group = readGroup(options.socketGroup);
+    }
+    if (!options.socketMode.empty()) {
+        place.mode = readMode(options.socketMode);
+    }
+    const bool isDefault = options.socket.empty();
+    if (isDefault) {
+        place.path = defaultSocketPath();
+    }
+    if (isDefault && (options.once || options.noSocket)) {
+        return std::nullopt;
+    }
+    return LiveAgent::Listening{place, isDefault};
+}
+
+void check(const LiveAgent::Options& options) {
+    checkConfig(options.device, options.configFile, report);
+    std::cout << (options.configFile.empty() ? "the options" : options.configFile)
+              << ": would do\n";
 }
 
 /// None for private tables.
@@ -82,22 +122,45 @@ std::optional<Installer::Options> installOptions(const RunOptions& options) {
     return std::nullopt;
 }
 
+/// The names between commas. Throws BadInputError.
+std::vector<L3::VrfName> readReadyVrfs(const std::string& text) {
+    std::vector<L3::VrfName> names;
+    std::istringstream parts(text);
+    for (std::string part; std::getline(parts, part, ',');) {
+        if (const std::string complaint = complaintAboutVrf(part); !complaint.empty()) {
+            throw BadInputError("directnet: --ready-vrfs: \"" + part + "\": " + complaint);
+        }
+        names.emplace_back(part);
+    }
+    return names;
+}
+
 void run(const RunOptions& options) {
+    const auto where = listening(options);
+    const LiveAgent::Options agentOptions{{readVrfOptions(options.vrfs), !options.noVrfDevices},
+                                          options.configFile,
+                                          tablesPlace(options),
+                                          options.leaks == "external",
+                                          installOptions(options),
+                                          options.timestamps,
+                                          readReadyVrfs(options.readyVrfs)};
+    if (options.check) {
+        check(agentOptions);
+        return;
+    }
     Ringlog::TraceHandle::levelOfAllIs(options.traceLevel);
     raiseFileLimit();
     placeRing(options.ring, options.once ? RingDefault::nowhere : RingDefault::stateFolder, report);
-    LiveAgent agent({{readVrfOptions(options.vrfs), !options.noVrfDevices},
-                     options.configFile,
-                     tablesPlace(options),
-                     options.leaks == "external",
-                     installOptions(options)});
-    listen(agent, options);
+    LiveAgent agent(agentOptions);
+    if (where) {
+        agent.listen(*where);
+    }
     if (!options.vipLog.empty()) {
         agent.logVirtualIps(options.vipLog);
     }
     const Colour colour(useColour());
     if (!options.once) {
-        agent.follow({options.json, colour});
+        agent.follow({options.quiet, options.json, colour});
     } else if (options.json) {
         agent.runOnce(*makeStateDocuments(std::cout));
     } else {
@@ -122,7 +185,24 @@ Command runCommand() {
               .help = "Print the state once everything there is has been learned, and end",
               .value = &options->once},
              {.name = "--json", .help = "Print JSON: one object a line", .value = &options->json},
+             {.name = "--quiet",
+              .help = "Print no changes",
+              .value = &options->quiet,
+              .excludes = "--once"},
+             timestampsOption(options->timestamps),
              traceOption(options->traceLevel),
+             {.name = "--check",
+              .help = "Only say whether the configuration would do, and which of its VRFs are not "
+                      "there",
+              .value = &options->check,
+              .excludes = "--once"},
+             {.name = "--ready-vrfs",
+              .help = "The VRFs, with commas in between, that must be ready before the agent says "
+                      "that it is; by default those that are there when it starts",
+              .value = &options->readyVrfs,
+              .placeholder = "NAMES",
+              .complaint = complaintIfEmpty,
+              .excludes = "--once"},
              {.name = "--vrf",
               .help = "Follow the named network namespace NETNS as the VRF NAME, while there is "
                       "one; any number",
@@ -139,7 +219,9 @@ Command runCommand() {
               .complaint = complaintIfEmpty},
              {.name = "--socket",
               .help = "Where clients can ask the agent; by default /run/directnet.sock for root, "
-                      "else directnet.sock in the user's runtime folder, and nowhere with --once",
+                      "else directnet.sock in the user's runtime folder, with the number of the "
+                      "network namespace in the name where that is not the system's, and nowhere "
+                      "with --once",
               .value = &options->socket,
               .placeholder = "PATH",
               .complaint = complaintIfEmpty},
@@ -147,6 +229,16 @@ Command runCommand() {
               .help = "Let no clients ask",
               .value = &options->noSocket,
               .excludes = "--socket"},
+             {.name = "--socket-group",
+              .help = "The group of the socket's file, by name or number",
+              .value = &options->socketGroup,
+              .placeholder = "GROUP",
+              .complaint = complaintIfEmpty},
+             {.name = "--socket-mode",
+              .help = "The permissions of the socket's file, in octal; 660 by default",
+              .value = &options->socketMode,
+              .placeholder = "MODE",
+              .complaint = complaintIfEmpty},
              {.name = "--tables",
               .help = "The folder of the tables, which other processes read; by default "
                       "/dev/shm/directnet for root, else directnet in the user's runtime folder, "

@@ -13,6 +13,8 @@ namespace {
 
 struct ShowOptions {
     std::string topic{topics().front()->name};
+    std::string prefix;
+    std::string intf;
     std::string vrf;
     bool json = false;
     std::string socket;
@@ -36,7 +38,8 @@ std::string topicHelp() {
 
 void show(const ShowOptions& options) {
     const Topic& topic = *findTopic(options.topic);
-    AgentConnection answer(options.socket, showRequest(options.topic, options.vrf));
+    AgentConnection answer(options.socket, showRequest(options.topic, options.vrf,
+                                                       prefixText(options.prefix), options.intf));
     const auto printer =
         options.json ? topic.json(std::cout) : topic.tables(std::cout, Colour(useColour()));
     while (const auto line = answer.next()) {
@@ -57,7 +60,13 @@ Command showCommand() {
                            .help = topicHelp(),
                            .value = &options->topic,
                            .choices = topicNames()},
+                          prefixOption("PREFIX", options->prefix),
                           vrfOption(options->vrf),
+                          {.name = "--intf",
+                           .help = "Only routes that lead to this interface",
+                           .value = &options->intf,
+                           .placeholder = "NAME",
+                           .complaint = complaintIfEmpty},
                           {.name = "--json",
                            .help = "Print JSON: routes as one state document, else one object a "
                                    "line",

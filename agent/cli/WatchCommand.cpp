@@ -1,7 +1,11 @@
+#include <chrono>
 #include <iostream>
 #include <memory>
 #include <string>
+#include <thread>
 
+#include "agent/base/Errors.h"
+#include "agent/base/WallTime.h"
 #include "agent/cli/Commands.h"
 #include "agent/client/AgentConnection.h"
 #include "agent/output/Output.h"
@@ -11,28 +15,87 @@ namespace Agent {
 
 namespace {
 
+/// Between two attempts to reach an agent that is not there.
+constexpr std::chrono::milliseconds pause(200);
+
 struct WatchOptions {
+    std::string vrf;
+    std::string prefix;
     bool json = false;
+    bool timestamps = false;
+    bool reconnect = false;
     std::string socket;
 };
 
-void watch(const WatchOptions& options) {
-    const Colour colour(useColour());
-    AgentConnection answer(options.socket, watchRequest());
-    while (const auto line = answer.next()) {
-        const JsonValue object = line->json.value();
-        if (options.json) {
-            std::cout << line->text << '\n';
-        } else if (object.member("prefix").exists()) { // the line that says "complete" has none
-            std::string text;
-            appendChangeText(text, readRow<ChangeRow>(object), colour);
-            std::cout << text;
+class Watch {
+  public:
+    explicit Watch(const WatchOptions& options) : options_(options) {}
+
+    void run() {
+        if (options_.reconnect) {
+            for (;; std::this_thread::sleep_for(pause)) {
+                tryOnce();
+            }
         }
-        if (!answer.hasMore()) {
-            finishOutput(std::cout);
+        follow();
+    }
+
+  private:
+    /// Until the agent has stopped. Throws FailureError when it cannot be reached or is cut off.
+    void follow() {
+        AgentConnection answer(options_.socket,
+                               watchRequest(options_.vrf, prefixText(options_.prefix)));
+        said_.clear();
+        if (wasConnected_ && options_.json) {
+            print("{\"change\":\"reconnected\"}\n");
+        }
+        wasConnected_ = true;
+        while (const auto line = answer.next()) {
+            handle(*line);
+            if (!answer.hasMore()) {
+                finishOutput(std::cout);
+            }
+        }
+        finishOutput(std::cout);
+    }
+
+    /// The same; says, once for each cause, why there is nothing to be seen.
+    void tryOnce() {
+        std::string why = "the agent has stopped";
+        try {
+            follow();
+        } catch (const FailureError& error) {
+            if (!std::cout) {
+                throw; // nobody reads this
+            }
+            why = error.what();
+        }
+        if (why != said_) {
+            report(why + "; waiting for it");
+            said_ = why;
         }
     }
-}
+
+    void handle(const AgentConnection::Line& line) {
+        const JsonValue object = line.json.value();
+        if (options_.json) {
+            print(line.text + '\n');
+        } else if (object.member("prefix").exists()) { // the line that says "complete" has none
+            std::string text;
+            appendChangeText(text, readRow<ChangeRow>(object), colour_);
+            print(text);
+        }
+    }
+
+    void print(const std::string& line) {
+        std::cout << (options_.timestamps ? stamped(line, options_.json) : line);
+    }
+
+    const WatchOptions& options_;
+    Colour colour_{useColour()};
+    bool wasConnected_ = false;
+    std::string said_;
+};
 
 } // namespace
 
@@ -41,12 +104,19 @@ Command watchCommand() {
     return {.name = "watch",
             .description = "Show the routes of a running agent (=), then each route that comes "
                            "(+), changes (~) or goes (-). A change that happens while the routes "
-                           "are still being shown follows after them.",
-            .arguments = {{.name = "--json",
+                           "are still being shown follows after them. Ends with status 0 when the "
+                           "agent is stopped, with 1 when it dies.",
+            .arguments = {vrfOption(options->vrf),
+                          prefixOption("--prefix", options->prefix),
+                          {.name = "--json",
                            .help = "Print JSON, one object a line",
                            .value = &options->json},
+                          timestampsOption(options->timestamps),
+                          {.name = "--reconnect",
+                           .help = "Go on with the next agent, beginning with its routes",
+                           .value = &options->reconnect},
                           socketOption(options->socket)},
-            .run = [options] { watch(*options); }};
+            .run = [options] { Watch(*options).run(); }};
 }
 
 } // namespace Agent

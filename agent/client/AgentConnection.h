@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "agent/base/FileDescriptor.h"
 #include "agent/document/JsonReader.h"
@@ -29,6 +30,10 @@ class AgentConnection {
     /// Whether more was received than has been returned yet.
     bool hasMore() const { return taken_ < received_.size(); }
 
+    /// Waits for more, at most so many milliseconds; -1 for as long as it takes. Returns whether
+    /// something has come: next() will hardly wait.
+    bool waitForMore(int milliseconds) const;
+
   private:
     bool receive();
 
@@ -40,9 +45,13 @@ class AgentConnection {
 
 // The requests that an agent takes, see AgentConnection.
 
-/// `vrf` may be empty, for all.
-std::string showRequest(const std::string& topic, const std::string& vrf);
-std::string watchRequest();
+/// What is empty is not asked for: one VRF, or of routes those in a prefix or to an interface.
+std::string showRequest(const std::string& topic, const std::string& vrf, const std::string& prefix,
+                        const std::string& intf);
+std::string watchRequest(const std::string& vrf, const std::string& prefix);
 std::string traceRequest(int level);
+std::string reloadRequest();
+/// For these VRFs to be ready; for none of them, what the agent itself waits for.
+std::string waitRequest(const std::vector<std::string>& vrfs);
 
 } // namespace Agent

@@ -84,14 +84,17 @@ std::string unescaped(std::string_view step) {
     return key;
 }
 
-} // namespace
-
-std::size_t lineOf(std::string_view text, std::size_t offset) {
+/// Where the byte at `offset` stands.
+TextPlace placeAt(std::string_view text, std::size_t offset) {
     const std::string_view before = text.substr(0, offset);
-    return 1 + static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
+    const std::string_view line = before.substr(before.rfind('\n') + 1);
+    const auto isFirst = [](char c) { return (static_cast<unsigned char>(c) & 0xc0U) != 0x80; };
+    return {1 + static_cast<std::size_t>(std::ranges::count(before, '\n')),
+            1 + static_cast<std::size_t>(std::ranges::count_if(line, isFirst))};
 }
 
-std::size_t lineOf(std::string_view text, std::string_view pointer) {
+/// Where the value that a JSON pointer names begins.
+std::size_t offsetOf(std::string_view text, std::string_view pointer) {
     Scanner scanner(text);
     scanner.skipBlanks();
     std::size_t found = scanner.at();
@@ -105,7 +108,14 @@ std::size_t lineOf(std::string_view text, std::string_view pointer) {
         }
         found = at;
     }
-    return lineOf(text, found);
+    return found;
+}
+
+} // namespace
+
+TextPlace placeOf(std::string_view text, const DocumentError& error) {
+    return placeAt(text, error.byte() ? std::max<std::size_t>(*error.byte(), 1) - 1
+                                      : offsetOf(text, error.pointer()));
 }
 
 } // namespace Agent

@@ -3,14 +3,19 @@
 #include <cstddef>
 #include <string_view>
 
+#include "agent/patch/DocumentError.h"
+
 namespace Agent {
 
-/// The line, from 1, on which the byte at `offset` stands.
-std::size_t lineOf(std::string_view text, std::size_t offset);
+/// Where a text stands, both numbers from 1; the column counts characters.
+struct TextPlace {
+    std::size_t line = 1;
+    std::size_t column = 1;
+};
 
-/// The line, from 1, on which the value that a JSON pointer names begins: for a member of an object
-/// that of its key. If the value is not there, the line of the nearest value around it that is.
-/// Where the text is no valid JSON the line is a guess.
-std::size_t lineOf(std::string_view text, std::string_view pointer);
+/// Where a JSON text is wrong: at the byte that the error names, or else where the value of its
+/// pointer begins: for a member of an object its key. If the value is not there, it is the nearest
+/// value around it that is.
+TextPlace placeOf(std::string_view text, const DocumentError& error);
 
 } // namespace Agent

@@ -71,7 +71,9 @@ DevicePatch NamespaceMonitor::withdraw() {
 bool NamespaceMonitor::readAnnouncements() {
     messages_.clear();
     auto read = netlink_.readAnnouncements(messages_, announcementBatch);
-    overrun_ = overrun_ || read == RouteNetlink::Announcements::Lost;
+    if (read == RouteNetlink::Announcements::Lost && !std::exchange(overrun_, true)) {
+        ++counts_.overruns;
+    }
     if (!overrun_) {
         for (const RouteMessage& message : messages_) {
             note(message);
@@ -124,6 +126,7 @@ bool NamespaceMonitor::isDue(bool drained) const {
 }
 
 void NamespaceMonitor::beginRound() {
+    counts_.relistings += synchronised_ ? 1 : 0;
     round_.emplace(netlink_, std::exchange(marked_, {}), options_.netlink.ipv4,
                    options_.netlink.ipv6);
     recent_.add(round_->links());

@@ -6,6 +6,7 @@
 #include "agent/linux/NamespaceView.h"
 #include "agent/linux/RouteNetlink.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -62,6 +63,19 @@ class NamespaceMonitor {
     /// Why the last round failed; empty if it did not. A round that failed is repeated.
     const std::string& failure() const { return failure_; }
 
+    /// How often announcements were lost, and how often links were listed behind the first time.
+    struct Counts {
+        std::uint64_t overruns = 0;
+        std::uint64_t relistings = 0;
+
+        Counts& operator+=(const Counts& other) {
+            overruns += other.overruns;
+            relistings += other.relistings;
+            return *this;
+        }
+    };
+    const Counts& counts() const { return counts_; }
+
     /// What the kernel has, as far as it is known.
     NamespaceView& view() { return view_; }
     const NamespaceView& view() const { return view_; }
@@ -107,6 +121,7 @@ class NamespaceMonitor {
 
     /// Announcements were lost, and the kernel drops all further ones until the queue was empty.
     bool overrun_ = false;
+    Counts counts_;
     bool synchronised_ = false;
 };
 

@@ -29,6 +29,7 @@ void OutputQueue::append(std::string_view line) {
     }
     if (dropped_ > 0 || waiting().size() + line.size() > capacity_) {
         ++dropped_;
+        ++droppedInAll_;
         return;
     }
     lines_ += line;

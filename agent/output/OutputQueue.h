@@ -37,6 +37,9 @@ class OutputQueue : private Orb::FileDescriptorReactor {
     /// nothing more enters.
     int error() const { return error_; }
 
+    /// How many lines were dropped, ever.
+    std::size_t droppedInAll() const { return droppedInAll_; }
+
     /// Lets lines enter again after an error.
     void forgiveError() { error_ = 0; }
 
@@ -53,6 +56,7 @@ class OutputQueue : private Orb::FileDescriptorReactor {
     std::string lines_;
     std::size_t written_ = 0; // of lines_
     std::size_t dropped_ = 0; // lines, since the count was told
+    std::size_t droppedInAll_ = 0;
     int error_ = 0;
 };
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "agent/base/Errors.h"
+#include "agent/document/JsonLines.h"
 #include "agent/patch/DocumentError.h"
 #include "agent/topics/StateWalk.h"
 #include "platform/orb/value/Error.h"
@@ -12,19 +13,6 @@ namespace Agent {
 namespace {
 
 constexpr std::string_view blanks = " \t\r";
-
-/// Says of an error in which line it lies, which `where` tells when it comes to that.
-template <typename Where, typename Work>
-auto namingErrors(const Where& where, const Work& work) {
-    try {
-        return work();
-    } catch (const DocumentError& error) {
-        const std::string& pointer = error.pointer();
-        throw BadInputError(where() + (pointer.empty() ? "" : pointer + ": ") + error.what());
-    } catch (const Orb::Error& error) {
-        throw FailureError(where() + error.what());
-    }
-}
 
 void applyPatch(DeviceInputs& inputs, const DevicePatch& patch) {
     try {
@@ -36,13 +24,28 @@ void applyPatch(DeviceInputs& inputs, const DevicePatch& patch) {
 
 } // namespace
 
+/// Says of an error where in the scenario it lies.
+template <typename Work>
+auto Replay::namingErrors(const Line& line, const Work& work) {
+    const auto where = [&] { return name_ + ':' + std::to_string(line.number) + ':'; };
+    try {
+        return work();
+    } catch (const DocumentError& error) {
+        const std::string& pointer = error.pointer();
+        throw BadInputError(where() + std::to_string(placeOf(line.text, error).column) + ": "
+                            + (pointer.empty() ? "" : pointer + ": ") + error.what());
+    } catch (const Orb::Error& error) {
+        throw FailureError(where() + ' ' + error.what());
+    }
+}
+
 Replay::Replay(std::string name, std::streambuf& scenario, StatePrinter& printer)
     : name_(std::move(name)), lines_(scenario), printer_(printer),
       clock_(Orb::makePtr<Orb::SimulatedClock>()), startTime_(clock_->now()),
       activityManager_(clock_) {}
 
 void Replay::run() {
-    while (namingErrors([this] { return here(); }, [this] { return runNextLine(); })) {
+    while (namingErrors(line_, [this] { return runNextLine(); })) {
     }
     if (!root_) {
         start(false);
@@ -66,11 +69,16 @@ void Replay::runUntilIdle() {
 }
 
 bool Replay::runNextLine() {
-    const std::optional<std::string> text = lines_.next();
-    if (text && text->find_first_not_of(blanks) != std::string::npos) {
-        apply(readScenarioLine(*text));
+    line_ = {lines_.number() + 1};
+    std::optional<std::string> text = lines_.next();
+    if (!text) {
+        return false;
     }
-    return text.has_value();
+    line_.text = *std::move(text);
+    if (line_.text.find_first_not_of(blanks) != std::string::npos) {
+        apply(readScenarioLine(line_.text));
+    }
+    return true;
 }
 
 void Replay::apply(const ScenarioLine& line) {
@@ -99,7 +107,7 @@ void Replay::apply(const ScenarioLine& line) {
 }
 
 void Replay::hold(std::uint64_t changes, const DevicePatch& patch) {
-    held_.emplace(Held{here(), patch});
+    held_.emplace(Held{line_, patch});
     changes_->callAt(changes, [this] { applyHeld(); });
 }
 
@@ -109,7 +117,7 @@ void Replay::applyHeld() {
     }
     changes_->cancel();
     const Held held = *std::exchange(held_, std::nullopt);
-    namingErrors([&] { return held.where; }, [&] { applyPatch(*inputs_, held.patch); });
+    namingErrors(held.line, [&] { applyPatch(*inputs_, held.patch); });
 }
 
 void Replay::start(bool gracefulRestart) {
@@ -124,7 +132,5 @@ void Replay::start(bool gracefulRestart) {
 void Replay::print(const std::optional<std::string>& label) {
     printState(printer_, {**root_, *inputs_, *clock_}, label);
 }
-
-std::string Replay::here() const { return name_ + ':' + std::to_string(lines_.number()) + ": "; }
 
 } // namespace Agent

@@ -46,8 +46,12 @@ class Replay {
     void reportFullTables(const RoomReport::Report& report) const;
 
   private:
+    struct Line {
+        std::size_t number = 0;
+        std::string text{};
+    };
     struct Held {
-        std::string where; ///< the place of its line, for messages
+        Line line; ///< for messages
         DevicePatch patch;
     };
 
@@ -58,10 +62,12 @@ class Replay {
     void runUntilIdle();
     void start(bool gracefulRestart);
     void print(const std::optional<std::string>& label);
-    std::string here() const;
+    template <typename Work>
+    auto namingErrors(const Line& line, const Work& work);
 
     std::string name_;
     LineReader lines_;
+    Line line_; // the present one
     StatePrinter& printer_;
     OnStart onStart_;
     double at_ = 0; // of the last line that named a time

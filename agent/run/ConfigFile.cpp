@@ -1,6 +1,5 @@
 #include "agent/run/ConfigFile.h"
 
-#include <string_view>
 #include <utility>
 
 #include "agent/base/Errors.h"
@@ -20,13 +19,9 @@ ConfigFile::ConfigFile(std::string name, std::string text)
 
 std::string ConfigFile::message(const DocumentError& error) const {
     const std::string& pointer = error.pointer();
-    return name_ + ':' + std::to_string(line(error)) + ": "
+    const TextPlace place = placeOf(text_, error);
+    return name_ + ':' + std::to_string(place.line) + ':' + std::to_string(place.column) + ": "
            + (pointer.empty() ? "" : pointer + ": ") + error.what();
-}
-
-std::size_t ConfigFile::line(const DocumentError& error) const {
-    return error.byte() ? lineOf(text_, *error.byte())
-                        : lineOf(text_, std::string_view(error.pointer()));
 }
 
 } // namespace Agent

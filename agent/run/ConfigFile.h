@@ -11,7 +11,7 @@ namespace Agent {
 class ConfigFile {
   public:
     /// Checks the text of the file. Throws BadInputError with one line for the user:
-    /// "FILE:LINE: POINTER: ...".
+    /// "FILE:LINE:COLUMN: POINTER: ...".
     ConfigFile(std::string name, std::string text);
 
     const DevicePatch& document() const { return document_; }
@@ -20,8 +20,6 @@ class ConfigFile {
     std::string message(const DocumentError& error) const;
 
   private:
-    std::size_t line(const DocumentError& error) const;
-
     std::string name_;
     std::string text_;
     DevicePatch document_;

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "agent/base/Errors.h"
+#include "agent/base/WallTime.h"
 #include "agent/output/OutputFile.h"
 #include "agent/patch/Merge.h"
 #include "agent/ring/RingPlace.h"
@@ -23,36 +24,17 @@ constexpr double longestSleep = 3600;
 /// Bytes of changes that may wait for whoever reads them on standard output.
 constexpr std::size_t outputCapacity = std::size_t{64} << 20U;
 
-std::optional<std::string> textOf(const std::string& configFile) {
-    return configFile.empty() ? std::nullopt : std::optional(readConfigText(configFile));
-}
-
-template <typename Prefix>
-bool hasAny(const Edit<LeakPatch<Prefix>>& leaks) {
-    return leaks.value() != nullptr && !isEmpty(*leaks.value());
-}
-
-bool hasLeaks(const DevicePatch& config) {
-    const LeaksPatch* leaks = config.leaks.value();
-    return leaks != nullptr && (hasAny(leaks->ipv4) || hasAny(leaks->ipv6));
-}
-
 } // namespace
 
-// Signals are taken only when the configuration has been read: standard input may keep it waiting.
-LiveAgent::LiveAgent(const Options& options) : LiveAgent(options, textOf(options.configFile)) {}
-
-LiveAgent::LiveAgent(const Options& options, std::optional<std::string> configText)
-    : configFile_(options.configFile), externalLeaks_(options.externalLeaks),
+LiveAgent::LiveAgent(const Options& options)
+    : externalLeaks_(options.externalLeaks), config_(options.configFile, externalLeaks_, report_),
       signals_(std::in_place, clock_, [this](int signal) { onSignal(signal); }) {
-    std::optional<ConfigFile> config;
-    if (configText) {
-        config.emplace(configFile_, std::move(*configText));
-    }
+    messages_.timestampsIs(options.timestamps);
+    const std::optional<ConfigFile> config = config_.take();
     const DevicePatch document = config ? config->document() : DevicePatch();
-    checkLeaks(document);
     start(options, after<&DevicePatch::gracefulRestart>(document, std::nullopt));
     reportRing(report_);
+    drains_.emplace(**root_, *clock_);
     lookup_.emplace(view());
     feed_.emplace(**root_, *inputs_, [this](const RouteFeed::Event& event) { onChange(event); });
     try {
@@ -64,6 +46,7 @@ LiveAgent::LiveAgent(const Options& options, std::optional<std::string> configTe
         installer_.emplace(view(), *device_, clock_, *options.install, report_);
         device_->observerIs(&*installer_);
     }
+    ready_.emplace(**root_, *device_, options.readyVrfs);
 }
 
 LiveAgent::~LiveAgent() {
@@ -107,14 +90,6 @@ void LiveAgent::startWith(const DeviceInputs::Tables& tables, bool gracefulResta
     root_.emplace(*inputs_);
     if (tables.folder != nullptr) {
         heartbeat_.emplace(tables.folder, clock_);
-    }
-}
-
-/// Says it once when the configuration has leaks that do not count.
-void LiveAgent::checkLeaks(const DevicePatch& config) {
-    if (externalLeaks_ && !saidLeaks_ && hasLeaks(config)) {
-        report_("the configuration's leaks are not used: --leaks is external");
-        saidLeaks_ = true;
     }
 }
 
@@ -163,33 +138,52 @@ void LiveAgent::failIfIncomplete() const {
 }
 
 void LiveAgent::follow(const ChangeForm& form) {
-    const OutputFile file(STDOUT_FILENO);
-    OutputQueue output(file, outputCapacity, [this](std::size_t lines) {
-        report_(std::to_string(lines) + " lines of output were not written");
-    });
-    output_ = &output;
     form_ = form;
-    while (!stopped_ && output.error() == 0) {
-        turn();
-    }
-    output_ = nullptr;
-    output.finish();
-    if (output.error() == EPIPE) {
-        throw ReaderGoneError();
-    }
-    if (output.error() != 0) {
-        throw FailureError("cannot write the output: "
-                           + std::string(std::strerror(output.error())));
+    if (form.isQuiet) {
+        followTo(nullptr);
+    } else {
+        const OutputFile file(STDOUT_FILENO);
+        OutputQueue output(file, outputCapacity, [this](std::size_t lines) {
+            report_(std::to_string(lines) + " lines of output were not written");
+        });
+        followTo(&output);
+        output.finish();
+        if (output.error() == EPIPE) {
+            throw ReaderGoneError();
+        }
+        if (output.error() != 0) {
+            throw FailureError("cannot write the output: "
+                               + std::string(std::strerror(output.error())));
+        }
     }
     finishVipLog();
 }
 
+/// Null for no output.
+void LiveAgent::followTo(OutputQueue* output) {
+    output_ = output;
+    service_.emplace(clock_);
+    while (!stopped_ && (output == nullptr || output->error() == 0)) {
+        turn();
+        const bool isReady = ready_->check();
+        service_->turned(isReady, {device_->vrfs().size(), feed_->size(), missingVrfs()});
+        if (service_->isReloading() && isQuiet()) {
+            service_->reloadSettled();
+        }
+    }
+    service_->stops();
+    if (server_) {
+        server_->stop();
+    }
+    output_ = nullptr;
+}
+
 void LiveAgent::listen(const Listening& where) {
     try {
-        if (where.path.empty()) {
+        if (where.place.path.empty()) {
             throw FailureError("no runtime folder to listen in");
         }
-        server_.emplace(where.path, view());
+        server_.emplace(where.place, view(), report_);
     } catch (const FailureError& error) {
         if (!where.isDefault) {
             throw;
@@ -226,11 +220,12 @@ void LiveAgent::onChange(const RouteFeed::Event& event) {
         line_.clear();
         appendChangeText(line_, row, form_.colour);
     }
-    output_->append(line_);
+    output_->append(messages_.timestamps() ? stamped(line_, form_.json) : line_);
 }
 
 void LiveAgent::turn() {
     activityManager_.runOnce(longestSleep);
+    drains_->turned();
     reportRing(report_);
     room_.check(**root_, clock_->now(), report_);
     // After a restart the routes count as complete only when all there is has been seen.
@@ -244,54 +239,105 @@ void LiveAgent::turn() {
     if (installer_) {
         installer_->turn();
     }
+    if (server_) {
+        server_->turned();
+    }
 }
 
 /// Whether nothing is pending and every VRF is ready, or as ready as it can be: the tables may have
 /// no room for all of it.
 bool LiveAgent::isComplete() const {
-    if (!device_->isSettled() || clock_->nextWakeup() <= clock_->now()) {
+    if (!device_->isSettled() || !isQuiet()) {
         return false;
     }
     // After a restart none is ready before all have been learned, so where one cannot be that
     // would never come.
     const bool canBeReady = verifying_ || !inputs_->grState()->gracefulRestart();
-    const auto isDone = [&](const L3::VrfName& name) {
+    return std::ranges::all_of(device_->vrfs(), [&](const L3::VrfName& name) {
         const auto* container = (*root_)->containerSm(name);
-        if (container != nullptr && container->intfBacklog()->waitingForRoom() > 0) {
-            return true;
-        }
-        return container != nullptr && container->intfBacklog()->backlog().empty()
-               && (!canBeReady
-                   || (container->vrfReadyStatus()->v4DirectNetsReady()
-                       && container->vrfReadyStatus()->v6DirectNetsReady()));
-    };
-    const auto& vrfs = device_->vrfs();
-    return std::all_of(vrfs.begin(), vrfs.end(), isDone);
+        return container != nullptr
+               && (!canBeReady || container->intfBacklog()->waitingForRoom() > 0
+                   || ReadyVrfs::isReady(**root_, name));
+    });
+}
+
+AgentStatusRow LiveAgent::status() const {
+    const auto netlink = device_->counts();
+    const auto clients = server_ ? server_->counts() : SocketServer::Counts();
+    AgentStatusRow row;
+    row.version = DIRECTNET_VERSION;
+    row.pid = ::getpid();
+    row.uptime = {clock_->now() - started_};
+    row.isReady = ready_->missing().empty();
+    row.drains = drains_->drains();
+    row.longestDrain = {drains_->longest()};
+    row.overruns = netlink.overruns;
+    row.relistings = netlink.relistings;
+    row.clients = clients.present;
+    row.droppedClients = clients.dropped;
+    row.refusedClients = clients.refused;
+    row.droppedOutput = output_ == nullptr ? 0 : output_->droppedInAll();
+    row.droppedMessages = messages_.dropped();
+    row.reloads = config_.record();
+    return row;
+}
+
+bool LiveAgent::isQuiet() const {
+    return clock_->nextWakeup() > clock_->now()
+           && std::ranges::all_of((*root_)->containerSm(), [](const auto& container) {
+                  return container->intfBacklog()->backlog().empty()
+                         || container->intfBacklog()->waitingForRoom() > 0;
+              });
+}
+
+std::string LiveAgent::missingVrfs() const {
+    std::string names;
+    for (const L3::VrfName& vrf : ready_->missing()) {
+        names += (names.empty() ? "" : ", ") + vrf.value();
+    }
+    return names;
+}
+
+std::vector<L3::VrfName> LiveAgent::notReady(const std::vector<L3::VrfName>& vrfs) const {
+    if (vrfs.empty()) {
+        return ready_->missing();
+    }
+    std::vector<L3::VrfName> missing = vrfs;
+    std::erase_if(missing,
+                  [&](const L3::VrfName& vrf) { return ReadyVrfs::isReady(**root_, vrf); });
+    return missing;
 }
 
 void LiveAgent::onSignal(int signal) {
-    if (signal == SIGHUP && !configFile_.empty()) {
-        reload();
-    } else {
+    if (signal != SIGHUP || !config_.isThere()) {
         stopped_ = true;
-    }
-}
-
-void LiveAgent::reload() {
-    if (configFile_ == "-") {
-        report_("standard input is read as a configuration at the start only");
         return;
     }
     try {
-        const ConfigFile config(configFile_, readConfigText(configFile_));
-        checkLeaks(config.document());
-        try {
-            device_->configure(config.document());
-        } catch (const DocumentError& error) {
-            report_(config.message(error));
+        reload();
+    } catch (const FailureError& error) {
+        messages_.report(error.what(), Severity::error);
+    }
+}
+
+std::vector<ConfigChangeRow> LiveAgent::reload() {
+    if (service_) {
+        service_->reloadBegins();
+    }
+    std::string outcome = "the configuration was read again";
+    const auto tell = [&] {
+        if (service_) {
+            service_->reloadEnded(outcome);
         }
-    } catch (const std::exception& error) {
-        report_(error.what());
+    };
+    try {
+        auto changes = config_.reload(*device_);
+        tell();
+        return changes;
+    } catch (const FailureError& error) {
+        outcome = error.what();
+        tell();
+        throw;
     }
 }
 

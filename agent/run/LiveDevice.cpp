@@ -107,6 +107,14 @@ std::vector<std::string> LiveDevice::failures() const {
     return failures;
 }
 
+Linux::NamespaceMonitor::Counts LiveDevice::counts() const {
+    Linux::NamespaceMonitor::Counts counts = counted_;
+    for (const auto& entry : followers_) {
+        counts += entry.second->counts();
+    }
+    return counts;
+}
+
 void LiveDevice::handleEvents() {
     for (const Linux::NamespaceWatch::Event& event : watch_->takeEvents()) {
         for (const VrfOption& vrf : options_.vrfs) {
@@ -130,6 +138,7 @@ void LiveDevice::unfollow(const VrfOption& vrf) {
         return;
     }
     DevicePatch patch = found->second->withdraw();
+    counted_ += found->second->counts();
     followers_.erase(found);
     vrfs_.namespaceDel(vrf.netns);
     const auto changes = takeVrfChanges();

@@ -50,6 +50,8 @@ class LiveDevice final : public KernelPlaces, public VrfCatalog {
     /// Replaces the configuration, a document, and applies the difference. Throws DocumentError,
     /// with nothing changed, for one that contradicts itself or what runs.
     void configure(const DevicePatch& config);
+    /// The present configuration.
+    const DevicePatch& config() const { return config_; }
 
     /// Whether every VRF whose namespace is there has been published.
     bool isLearned() const;
@@ -61,6 +63,9 @@ class LiveDevice final : public KernelPlaces, public VrfCatalog {
     const std::set<L3::VrfName>& vrfs() const { return vrfs_.up(); }
     /// Which VRFs cannot be followed at present though their namespaces are there, and why.
     std::vector<std::string> failures() const;
+
+    /// Of all namespaces, those that have gone included.
+    Linux::NamespaceMonitor::Counts counts() const;
 
     /// Who is told of changes from now on; null for nobody.
     void observerIs(Observer* observer) { observer_ = observer; }
@@ -91,6 +96,7 @@ class LiveDevice final : public KernelPlaces, public VrfCatalog {
     LiveVrfs vrfs_;
     Observer* observer_ = nullptr;
     std::map<Lanx::NamespaceName, std::unique_ptr<NamespaceFollower>> followers_;
+    Linux::NamespaceMonitor::Counts counted_; // of namespaces that have gone
     std::optional<Linux::NamespaceWatch> watch_;
     std::optional<Watcher> watcher_;
 };

@@ -1,9 +1,9 @@
 #include "agent/run/LiveMessages.h"
 
 #include <unistd.h>
-#include <utility>
 
-#include "platform/ringlog/Printable.h"
+#include "agent/base/Utf8.h"
+#include "agent/base/WallTime.h"
 #include "platform/ringlog/TraceHandle.h"
 
 namespace Agent {
@@ -19,7 +19,7 @@ LiveMessages::LiveMessages()
     : file_(STDERR_FILENO), queue_(file_, capacity, [this](std::size_t lines) {
           report(std::to_string(lines) + " lines were not written");
       }) {
-    Ringlog::TraceHandle::sinkIs([this](std::string_view line) { say(std::string(line)); });
+    Ringlog::TraceHandle::sinkIs([this](std::string_view line) { say(Severity::debug, line); });
 }
 
 LiveMessages::~LiveMessages() {
@@ -27,13 +27,13 @@ LiveMessages::~LiveMessages() {
     queue_.finish();
 }
 
-void LiveMessages::report(std::string_view message) {
-    std::string line = "directnet: ";
-    Ringlog::appendPrintable(line, message);
-    say(std::move(line));
+void LiveMessages::report(std::string_view message, Severity severity) {
+    say(severity, "directnet: " + printable(message));
 }
 
-void LiveMessages::say(std::string line) {
+void LiveMessages::say(Severity severity, std::string_view text) {
+    std::string line = severityPrefix(severity);
+    line += timestamps_ ? stamped(text, false) : std::string(text);
     line += '\n';
     queue_.forgiveError(); // a disk that was full may have room again
     queue_.append(line);

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "agent/output/Journal.h"
 #include "agent/output/OutputFile.h"
 #include "agent/output/OutputQueue.h"
 
@@ -22,13 +23,21 @@ class LiveMessages {
     ~LiveMessages();
 
     /// Says "directnet: MESSAGE" on one line, whatever it quotes.
-    void report(std::string_view message);
+    void report(std::string_view message, Severity severity = Severity::warning);
+
+    /// Whether lines have the time of day before them.
+    bool timestamps() const { return timestamps_; }
+    void timestampsIs(bool has) { timestamps_ = has; }
+
+    /// How many lines were dropped, ever.
+    std::size_t dropped() const { return queue_.droppedInAll(); }
 
   private:
-    void say(std::string line);
+    void say(Severity severity, std::string_view line);
 
     OutputFile file_;
     OutputQueue queue_;
+    bool timestamps_ = false;
 };
 
 } // namespace Agent

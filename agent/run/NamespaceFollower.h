@@ -37,6 +37,9 @@ class NamespaceFollower {
     const Linux::NamespaceView& view() const { return monitor_->view(); }
     /// Whether nothing is known to be outstanding.
     bool isSettled() const { return learned_ && monitor_->isSettled(); }
+    Linux::NamespaceMonitor::Counts counts() const {
+        return monitor_ ? monitor_->counts() : Linux::NamespaceMonitor::Counts();
+    }
     /// Why the namespace cannot be followed at present; empty while all is well.
     const std::string& failure() const { return failure_; }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <unordered_map>
@@ -30,6 +31,9 @@ class RouteFeed {
     RouteFeed(const RouteFeed&) = delete;
     RouteFeed& operator=(const RouteFeed&) = delete;
     ~RouteFeed();
+
+    /// How many routes there are.
+    std::size_t size() const { return known_.size(); }
 
   private:
     using RouteConfig = Routing::Rib::RouteConfig;

@@ -14,8 +14,8 @@ namespace Agent {
 namespace {
 
 constexpr int backlog = 64;
-/// Leaves reading and writing to the owner and the group.
-constexpr mode_t mask = 0117;
+constexpr mode_t allModes = 0777;
+constexpr auto sameOwner = static_cast<uid_t>(-1);
 
 FileDescriptor openSocket(const std::string& path) {
     FileDescriptor file(::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
@@ -27,48 +27,53 @@ FileDescriptor openSocket(const std::string& path) {
 
 } // namespace
 
-ListeningSocket::ListeningSocket(std::string path)
-    : path_(std::move(path)), lock_(path_), file_(openSocket(path_)) {
+ListeningSocket::ListeningSocket(SocketPlace place)
+    : place_(std::move(place)), lock_(place_.path), file_(openSocket(place_.path)) {
     removeStale();
     listen();
 }
 
 ListeningSocket::~ListeningSocket() {
-    if (identity_ && fileNamed(path_) == identity_) {
-        ::unlink(path_.c_str());
+    if (identity_ && isThere()) {
+        ::unlink(place_.path.c_str());
     }
 }
 
 void ListeningSocket::listen() {
-    const sockaddr_un address = socketAddress(path_);
-    const mode_t before = ::umask(mask);
+    const sockaddr_un address = socketAddress(place_.path);
+    const mode_t before = ::umask(allModes & ~place_.mode);
     const int bound =
         ::bind(file_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
     const int error = errno;
     ::umask(before);
     if (bound != 0) {
-        failSocket(path_, std::strerror(error));
+        failSocket(place_.path, std::strerror(error));
     }
-    identity_ = fileNamed(path_);
+    identity_ = fileNamed(place_.path);
+    // Nobody can connect before it listens.
+    if (place_.group && ::lchown(place_.path.c_str(), sameOwner, *place_.group) != 0) {
+        failSocket(place_.path,
+                   std::string("cannot give it to its group: ") + std::strerror(errno));
+    }
     if (!identity_ || ::listen(file_.get(), backlog) != 0) {
-        failSocket(path_, std::strerror(errno));
+        failSocket(place_.path, std::strerror(errno));
     }
 }
 
 void ListeningSocket::removeStale() const {
     struct stat status {};
-    if (::lstat(path_.c_str(), &status) != 0) {
+    if (::lstat(place_.path.c_str(), &status) != 0) {
         return;
     }
     if (!S_ISSOCK(status.st_mode)) {
-        failSocket(path_, "there is a file that is no socket");
+        failSocket(place_.path, "there is a file that is no socket");
     }
-    const int error = connectSocket(openSocket(path_), path_);
+    const int error = connectSocket(openSocket(place_.path), place_.path);
     if (error == 0 || error == EAGAIN) {
-        failSocket(path_, "is in use");
+        failSocket(place_.path, "is in use");
     }
     if (error == ECONNREFUSED) {
-        ::unlink(path_.c_str());
+        ::unlink(place_.path.c_str());
     }
 }
 

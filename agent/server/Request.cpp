@@ -10,7 +10,10 @@ Request readRequest(std::string_view line) {
     const RequestDocument document = readRequestDocument(line);
     Request request;
     request.vrf = document.vrf;
+    request.routes = {document.prefix, document.intf};
     request.traceLevel = document.traceLevel;
+    request.isReload = document.reload;
+    request.waitedFor = document.waitedFor;
     if (document.traceLevel) {
         request.topic = &traceTopic;
     } else if (document.topic) {
@@ -18,6 +21,14 @@ Request readRequest(std::string_view line) {
         if (request.topic == nullptr) {
             throw DocumentError("/show", "unknown topic");
         }
+    } else {
+        request.isWatch = !document.reload && !document.waitedFor;
+    }
+    const bool canFilter = request.isWatch ? !document.intf : request.topic == &routesTopic();
+    if (request.routes.isGiven() && !canFilter) {
+        throw DocumentError("",
+                            "prefix and intf select routes that are shown, prefix those that are "
+                            "watched");
     }
     return request;
 }

@@ -2,12 +2,17 @@
 
 #include <array>
 #include <cerrno>
+#include <poll.h>
 #include <sys/socket.h>
 #include <utility>
 
+#include "agent/base/Errors.h"
 #include "agent/document/JsonWriter.h"
 #include "agent/patch/DocumentError.h"
+#include "agent/server/ReloadAnswer.h"
+#include "agent/server/WaitAnswer.h"
 #include "agent/server/WatchAnswer.h"
+#include "agent/topics/Topics.h"
 #include "agent/topics/VrfCatalog.h"
 #include "agent/topics/VrfCursor.h"
 #include "platform/ringlog/TraceHandle.h"
@@ -37,6 +42,28 @@ void Session::onChanges() {
     }
 }
 
+void Session::onTurn() {
+    if (answer_ && !socket_.wantsWrite() && !answer_->isWaiting()) {
+        socket_.wantsWriteIs(true);
+        waitForClient();
+    }
+}
+
+void Session::stop(int milliseconds) {
+    if (!watching_) {
+        return;
+    }
+    while (!answer_ && position_ < changes_.end() && fillFromLog()) {
+    }
+    if (isDropped_) {
+        return;
+    }
+    appendJsonLine(waiting_, "end", true);
+    pollfd polled{file_.get(), POLLOUT, 0};
+    while (!waiting_.empty() && ::poll(&polled, 1, milliseconds) > 0 && send()) {
+    }
+}
+
 /// The last thing that a callback does.
 void Session::goOn(bool going) {
     if (!going) {
@@ -55,7 +82,7 @@ bool Session::receive() {
     if (requested_) {
         // A client may have said all it has to say and still wait for its answer.
         socket_.wantsReadIs(size > 0);
-        return size > 0 || !watching_;
+        return size > 0 || !(watching_ || isHeld());
     }
     if (size == 0) {
         return false;
@@ -81,23 +108,37 @@ void Session::handle(const std::string& line) {
     try {
         const Request request = readRequest(line);
         answer_ = answerTo(request);
-        watching_ = request.topic == nullptr;
+        watching_ = request.isWatch;
+        filter_ = ChangeFilter(request.vrf, request.routes);
         position_ = changes_.end();
+    } catch (const FailureError& error) {
+        refuse(error.what());
     } catch (const DocumentError& error) {
         refuse((error.pointer().empty() ? "" : error.pointer() + ": ") + error.what());
     }
 }
 
-/// Does what is asked for on the way. Throws DocumentError if the request's VRF does not exist.
+/// Does what is asked for on the way. Throws DocumentError if the request's VRF does not exist,
+/// FailureError for what cannot be done.
 std::unique_ptr<Answer> Session::answerTo(const Request& request) const {
-    if (request.vrf && VrfCursor(view_, request.vrf).vrf() == nullptr) {
+    // Of a watch the VRF may be yet to come.
+    if (request.vrf && !request.isWatch && VrfCursor(view_, request.vrf).vrf() == nullptr) {
         throw DocumentError("/vrf", whyNotUp(*request.vrf));
     }
     if (request.traceLevel) {
         Ringlog::TraceHandle::levelOfAllIs(*request.traceLevel);
     }
-    if (request.topic == nullptr) {
-        return std::make_unique<WatchAnswer>(view_, request.vrf);
+    if (request.isReload) {
+        return std::make_unique<ReloadAnswer>(*view_.control);
+    }
+    if (request.waitedFor) {
+        return std::make_unique<WaitAnswer>(*view_.control, *request.waitedFor);
+    }
+    if (request.isWatch) {
+        return std::make_unique<WatchAnswer>(view_, request.vrf, request.routes);
+    }
+    if (request.routes.isGiven()) {
+        return answerRoutes(view_, request.vrf, request.routes);
     }
     return request.topic->answer(view_, request.vrf);
 }
@@ -121,14 +162,17 @@ bool Session::advance() {
     if (!waiting_.empty()) {
         return send();
     }
+    if (answer_ && !answer_->isWaiting()) {
+        return true; // it had no line in all that it looked at
+    }
     socket_.wantsWriteIs(false);
     timer_.timeMinIs(Orb::Clock::never);
-    return watching_;
+    return watching_ || answer_;
 }
 
 /// Returns false when the client has missed something.
 bool Session::fill() {
-    for (std::size_t line = 0; answer_ && line < linesAtOnce; ++line) {
+    for (std::size_t line = 0; answer_ && !answer_->isWaiting() && line < linesAtOnce; ++line) {
         if (waiting_.size() >= bytesAtOnce) {
             return true;
         }
@@ -144,10 +188,10 @@ bool Session::fill() {
 
 bool Session::fillFromLog() {
     if (position_ < changes_.begin()) {
-        return false;
+        return dropClient();
     }
     const std::string_view piece = changes_.at(position_);
-    waiting_ += piece;
+    filter_.append(waiting_, piece);
     position_ += piece.size();
     return true;
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "agent/base/FileDescriptor.h"
+#include "agent/server/ChangeFilter.h"
 #include "agent/server/ChangeLog.h"
 #include "agent/server/Request.h"
 #include "agent/topics/AgentView.h"
@@ -29,10 +30,17 @@ class Session {
             std::function<void(Session&)> onDone);
 
     bool isWatching() const { return watching_; }
+    /// Whether it ends because the client was too slow or said nothing.
+    bool isDropped() const { return isDropped_; }
     /// Where a watching client stands in the log.
     ChangeLog::Position position() const { return position_; }
     /// The log has grown.
     void onChanges();
+    /// The event loop has made a turn.
+    void onTurn();
+    /// The agent stops: a client that watches is told what is left to tell and that this is the
+    /// end, as far as it takes that in pieces that are at most so many milliseconds apart.
+    void stop(int milliseconds);
 
   private:
     class Socket : public Orb::FileDescriptorReactor {
@@ -47,13 +55,17 @@ class Session {
     class Timer : public Orb::Clock::NotifieeConst {
       public:
         explicit Timer(Session& owner) : owner_(owner) {}
-        void onTimeMin() override { owner_.goOn(false); }
+        void onTimeMin() override { owner_.goOn(owner_.dropClient()); }
 
       private:
         Session& owner_;
     };
 
     void goOn(bool going);
+    bool dropClient() {
+        isDropped_ = true;
+        return false;
+    }
     bool receive();
     void handle(const std::string& line);
     std::unique_ptr<Answer> answerTo(const Request& request) const;
@@ -64,6 +76,7 @@ class Session {
     bool fillFromLog();
     bool send();
     void waitForClient();
+    bool isHeld() const { return answer_ && answer_->isWaiting(); }
 
     FileDescriptor file_;
     const AgentView& view_;
@@ -75,7 +88,9 @@ class Session {
     bool requested_ = false;
     std::unique_ptr<Answer> answer_;
     bool watching_ = false;
+    bool isDropped_ = false;
     ChangeLog::Position position_ = 0;
+    ChangeFilter filter_; // of changes
     std::string waiting_;
     std::size_t sent_ = 0; // of waiting_
 };

@@ -28,7 +28,12 @@ SocketLock::SocketLock(const std::string& path) : name_(path + ".lock") {
     failSocket(path, "is in use by agents that come and go");
 }
 
-SocketLock::~SocketLock() { ::unlink(name_.c_str()); }
+SocketLock::~SocketLock() {
+    struct stat opened {};
+    if (file_ && ::fstat(file_.get(), &opened) == 0 && fileNamed(name_) == FileIdentity(opened)) {
+        ::unlink(name_.c_str()); // and not that of another agent, if somebody has removed ours
+    }
+}
 
 /// Returns false when the file that was locked has been removed or replaced meanwhile.
 bool SocketLock::take(const std::string& path) {

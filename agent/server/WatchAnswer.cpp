@@ -9,9 +9,11 @@ bool WatchAnswer::appendNext(std::string& out) {
         return false;
     }
     if (const auto route = walk_.nextRoute()) {
-        appendJsonLine(
-            out,
-            ChangeRow{{}, ChangeKind::is, walk_.vrf()->vrfName().value(), lookup_.row(*route)});
+        if (filter_.admits(route->key().prefix())) {
+            appendJsonLine(
+                out,
+                ChangeRow{{}, ChangeKind::is, walk_.vrf()->vrfName().value(), lookup_.row(*route)});
+        }
     } else if (!walk_.nextVrf()) {
         appendJsonLine(out, "change", "complete");
         isComplete_ = true;

@@ -4,6 +4,7 @@
 
 #include "agent/topics/Answer.h"
 #include "agent/topics/ChangeRow.h"
+#include "agent/topics/RouteFilter.h"
 #include "agent/topics/RouteLookup.h"
 #include "agent/topics/RouteWalk.h"
 
@@ -13,14 +14,16 @@ namespace Agent {
 /// each, and in the end {"change":"complete"}.
 class WatchAnswer : public Answer {
   public:
-    WatchAnswer(const AgentView& view, const std::optional<L3::VrfName>& vrf)
-        : lookup_(view), walk_(view, vrf) {}
+    WatchAnswer(const AgentView& view, const std::optional<L3::VrfName>& vrf,
+                const RouteFilter& filter)
+        : lookup_(view), walk_(view, vrf), filter_(filter) {}
 
     bool appendNext(std::string& out) override;
 
   private:
     RouteLookup lookup_;
     RouteWalk walk_;
+    RouteFilter filter_;
     bool isComplete_ = false;
 };
 

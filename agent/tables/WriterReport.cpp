@@ -1,6 +1,6 @@
 #include "agent/tables/WriterReport.h"
 
-#include "agent/tables/WallTime.h"
+#include "agent/base/WallTime.h"
 #include "tables/layout/WallTime.h"
 
 namespace Agent {

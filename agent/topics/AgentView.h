@@ -9,6 +9,7 @@ class RootSm;
 
 namespace Agent {
 
+class AgentControl;
 class DeviceInputs;
 class KernelWords;
 class VrfCatalog;
@@ -20,6 +21,7 @@ struct AgentView {
     const Orb::Clock& clock;
     const VrfCatalog* catalog = nullptr; ///< of an agent that others can ask
     const KernelWords* kernel = nullptr; ///< null where the agent installs nothing
+    AgentControl* control = nullptr;     ///< of an agent that others can ask
 };
 
 } // namespace Agent

@@ -1,6 +1,6 @@
 #include "agent/topics/ChangeRow.h"
 
-#include "platform/ringlog/Printable.h"
+#include "agent/base/Utf8.h"
 
 namespace Agent {
 
@@ -16,7 +16,7 @@ class TextColumns {
         if (!isAbsent(value)) {
             out_ += "  ";
             out_ += column.word;
-            Ringlog::appendPrintable(out_, ValueForm<T>::text(value));
+            out_ += printable(ValueForm<T>::text(value));
         }
     }
 
@@ -29,7 +29,7 @@ class TextColumns {
 void appendChangeText(std::string& out, const ChangeRow& row, Colour colour) {
     out += changeSign(row.change, colour);
     out += ' ';
-    Ringlog::appendPrintable(out, row.vrf);
+    out += printable(row.vrf);
     out += ' ';
     row.route.prefix.appendTo(out);
     if (row.change != ChangeKind::goes) {

@@ -1,3 +1,4 @@
+#include "agent/base/Utf8.h"
 #include "agent/output/Output.h"
 #include "agent/topics/StatePrinter.h"
 

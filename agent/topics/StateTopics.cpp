@@ -2,6 +2,7 @@
 #include "agent/topics/StateLines.h"
 #include "agent/topics/StatePrinter.h"
 #include "agent/topics/StateWalk.h"
+#include "agent/topics/Topics.h"
 
 namespace Agent {
 
@@ -9,7 +10,11 @@ namespace {
 
 class StateAnswer final : public Answer {
   public:
-    StateAnswer(const AgentView& view, const std::optional<L3::VrfName>& vrf) : walk_(view, vrf) {}
+    StateAnswer(const AgentView& view, const std::optional<L3::VrfName>& vrf,
+                const RouteFilter& filter)
+        : walk_(view, vrf) {
+        walk_.filterIs(filter);
+    }
 
     bool appendNext(std::string& out) override {
         StateLines lines(out);
@@ -43,7 +48,7 @@ class StateReader final : public AnswerPrinter {
 };
 
 std::unique_ptr<Answer> answerState(const AgentView& view, const std::optional<L3::VrfName>& vrf) {
-    return std::make_unique<StateAnswer>(view, vrf);
+    return answerRoutes(view, vrf, {});
 }
 
 std::unique_ptr<AnswerPrinter> printStateTables(std::ostream& out, Colour colour) {
@@ -56,7 +61,12 @@ std::unique_ptr<AnswerPrinter> printStateDocument(std::ostream& out) {
 
 } // namespace
 
-extern const Topic routesTopic{"routes", "the routes of each VRF; as JSON the state document",
-                               answerState, printStateTables, printStateDocument};
+std::unique_ptr<Answer> answerRoutes(const AgentView& view, const std::optional<L3::VrfName>& vrf,
+                                     const RouteFilter& filter) {
+    return std::make_unique<StateAnswer>(view, vrf, filter);
+}
+
+extern const Topic stateTopic{"routes", "the routes of each VRF; as JSON the state document",
+                              answerState, printStateTables, printStateDocument};
 
 } // namespace Agent

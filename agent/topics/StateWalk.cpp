@@ -23,11 +23,16 @@ bool StateWalk::step(StateSink& sink) {
         return true;
     case Next::routes:
         if (const auto route = walk_.nextRoute()) {
+            if (!filter_.admits(route->key().prefix())) {
+                return true;
+            }
             RouteRow row = lookup_.row(*route);
             if (view_.kernel != nullptr) {
                 row.kernel = view_.kernel->words(route->key());
             }
-            sink.route(row);
+            if (filter_.admits(row)) {
+                sink.route(row);
+            }
             return true;
         }
         next_ = walk_.nextVrf() ? Next::vrf : Next::totals;

@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "agent/topics/RouteFilter.h"
 #include "agent/topics/RouteLookup.h"
 #include "agent/topics/RouteWalk.h"
 #include "agent/topics/StateRows.h"
@@ -17,6 +18,9 @@ class StateWalk {
               std::optional<std::string> label = {})
         : view_(view), label_(std::move(label)), lookup_(view), walk_(view, vrf) {}
 
+    /// Leaves out the other routes.
+    void filterIs(const RouteFilter& filter) { filter_ = filter; }
+
     /// Hands the next row to the sink, or none this time. Returns false behind the last.
     bool step(StateSink& sink);
 
@@ -29,6 +33,7 @@ class StateWalk {
     std::optional<std::string> label_;
     RouteLookup lookup_;
     RouteWalk walk_;
+    RouteFilter filter_;
     Next next_ = Next::time;
 };
 

@@ -5,15 +5,17 @@
 namespace Agent {
 
 // Each in a source of its own, which also says what it is about.
-extern const Topic routesTopic;
+extern const Topic stateTopic;
 extern const Topic vrfsTopic;
 extern const Topic vipsTopic;
 extern const Topic leaksTopic;
 extern const Topic backlogTopic;
+extern const Topic statusTopic;
+extern const Topic metricsTopic;
 
 std::span<const Topic* const> topics() {
-    static constexpr const Topic* all[] = {&routesTopic, &vrfsTopic,    &vipsTopic,
-                                           &leaksTopic,  &backlogTopic, &traceTopic};
+    static constexpr const Topic* all[] = {&stateTopic,   &vrfsTopic,  &vipsTopic,   &leaksTopic,
+                                           &backlogTopic, &traceTopic, &statusTopic, &metricsTopic};
     return all;
 }
 

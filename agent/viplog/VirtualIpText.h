@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "agent/base/TextTable.h"
+#include "agent/base/Utf8.h"
 #include "agent/document/JsonWriter.h"
 #include "platform/lanx/IntfId.h"
 #include "platform/virtualip/VirtualIp6IntfStatus.h"

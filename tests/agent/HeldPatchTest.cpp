@@ -128,12 +128,12 @@ TEST(HeldPatch, PatchIsAppliedInTheMiddleOfTheChangeAndNamesItsOwnLine) {
         const char* message;
     } cases[] = {
         {R"({"during":2,"set":{"vrfs":{"red":{"id":0}}}})",
-         "-:2: /set/vrfs/red/id: 0 is the id of VRF default\n"},
+         "-:2:35: /set/vrfs/red/id: 0 is the id of VRF default\n"},
         {R"({"during":99,"set":{"gracefulRestart":true}})",
-         "-:2: /set/gracefulRestart: cannot change once the agent has started\n"},
-        {R"({"during":0,"set":{}})", "-:2: /during: must be a number of changes from 1\n"},
-        {R"({"during":1.5,"set":{}})", "-:2: /during: must be a number of changes from 1\n"},
-        {R"({"during":1,"show":"x"})", "-:2: during without set\n"},
+         "-:2:21: /set/gracefulRestart: cannot change once the agent has started\n"},
+        {R"({"during":0,"set":{}})", "-:2:2: /during: must be a number of changes from 1\n"},
+        {R"({"during":1.5,"set":{}})", "-:2:2: /during: must be a number of changes from 1\n"},
+        {R"({"during":1,"show":"x"})", "-:2:1: during without set\n"},
     };
     for (const auto& bad : cases) {
         std::string scenario = begin;

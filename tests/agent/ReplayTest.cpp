@@ -43,14 +43,14 @@ TEST(Replay, BadLineIsRefusedByFileLineAndPointerAndWhatWasPrintedStands) {
         const char* message;
     } cases[] = {
         {R"({"set":{"vrfs":{"red":{"id":0}}}})",
-         "-:4: /set/vrfs/red/id: 0 is the id of VRF default\n"},
+         "-:4:24: /set/vrfs/red/id: 0 is the id of VRF default\n"},
         {R"({"set":{"gracefulRestart":true}})",
-         "-:4: /set/gracefulRestart: cannot change once the agent has started\n"},
-        {R"({"at":0.5,"show":"earlier"})", "-:4: /at: is earlier than the line before\n"},
-        {R"({"set":{"ipv6":{"a\u001b\nb":{"e":{}}},"x":1}})", "-:4: /set/x: unknown key\n"},
+         "-:4:9: /set/gracefulRestart: cannot change once the agent has started\n"},
+        {R"({"at":0.5,"show":"earlier"})", "-:4:2: /at: is earlier than the line before\n"},
+        {R"({"set":{"ipv6":{"a\u001b\nb":{"e":{}}},"x":1}})", "-:4:40: /set/x: unknown key\n"},
         {R"({"set":{"ipv6":{"a\u001b\nb":1}}})",
-         "-:4: /set/ipv6/a\\x1b\\x0ab: must be an object\n"},
-        {R"({"set":{"vrfs")", "-:4: /set/vrfs: invalid JSON at byte 15\n"},
+         "-:4:17: /set/ipv6/a\\x1b\\x0ab: must be an object\n"},
+        {R"({"set":{"vrfs")", "-:4:15: /set/vrfs: invalid JSON at byte 15\n"},
     };
     for (const auto& bad : cases) {
         const ProgramRun run = runProgram("replay --json -", good + bad.line);

@@ -192,11 +192,11 @@ TEST_F(RunTest, AgentFollowsNamedNamespacesLeaksAndVirtualIps) {
     // A bad file changes nothing and says where it is bad.
     configure("{\n\"leaks\": {},\n\"vrfs\":\n {\"red\": {\"id\": true}}}");
     agent.signal(SIGHUP);
-    EXPECT_TRUE(agent.untilErr("config.json:4: /vrfs/red/id: ")) << agent.err();
+    EXPECT_TRUE(agent.untilErr("config.json:4:11: /vrfs/red/id: ")) << agent.err();
     // Nor does one that takes the id of a VRF that runs.
     configure("{\"vrfs\": {\n\"green\": {\"id\": 1}}}");
     agent.signal(SIGHUP);
-    EXPECT_TRUE(agent.untilErr("config.json:2: /vrfs/green/id: 1 is the id of VRF blue"))
+    EXPECT_TRUE(agent.untilErr("config.json:2:11: /vrfs/green/id: 1 is the id of VRF blue"))
         << agent.err();
     expectRoute("blue", "ipv4", "10.1.0.1/32", leaked);
 
@@ -222,15 +222,15 @@ TEST(RunOptions, BadOptionsAndConfigurationsAreRefused) {
              {"--vrf red=../ns1", "{}", "no name of a namespace"},
              {"--vrf red=ns1 --vrf red=ns2", "{}", "given twice"},
              {"--vrf red=ns1 --vrf blue=ns1", "{}", "given twice"},
-             {"", "{\n\n\"kernel\": {}}", ":3: /kernel: is learned from the kernel"},
-             {"", "{\"vrfs\": {\"red\":\n{\"status\": {}}}}", ":2: /vrfs/red/status: "},
+             {"", "{\n\n\"kernel\": {}}", ":3:1: /kernel: is learned from the kernel"},
+             {"", "{\"vrfs\": {\"red\":\n{\"status\": {}}}}", ":2:2: /vrfs/red/status: "},
              {"", "{\"vrfs\": {\"red\": {\"id\": 0}}}",
-              ":1: /vrfs/red/id: 0 is the id of VRF default"},
+              ":1:19: /vrfs/red/id: 0 is the id of VRF default"},
              {"", "{\"vrfs\": {\"a\": {\"id\": 7},\n\"b\": {\"id\": 7}}}",
               "/id: 7 is the id of VRF "},
-             {"", "{\"leaks\":\n{\"ipv4\":\n", ":3: "},
-             {"", "{\"virtualIps\":\n{\"ipv4\": {\"a\": {\"x at byte y\": {}}}}}", ":2: "},
-             {"", "[]", ":1: must be an object"}}) {
+             {"", "{\"leaks\":\n{\"ipv4\":\n", ":3:1: "},
+             {"", "{\"virtualIps\":\n{\"ipv4\": {\"a\": {\"x at byte y\": {}}}}}", ":2:17: "},
+             {"", "[]", ":1:1: must be an object"}}) {
         SCOPED_TRACE(std::string(test.arguments) + ' ' + test.config);
         const auto run =
             runProgram(std::string("run --once --config - ") + test.arguments, test.config);

@@ -33,10 +33,11 @@ using testing::HasSubstr;
 using testing::StartsWith;
 using Socket = LiveTest;
 
-constexpr const char* path = "/run/directnet.sock";
-constexpr const char* lockPath = "/run/directnet.sock.lock";
+// Where an agent listens by default in the namespace of the test.
+std::string path() { return Agent::defaultSocketPath(); }
+std::string lockPath() { return path() + ".lock"; }
 
-FileDescriptor connectToAgent(const std::string& at = path) {
+FileDescriptor connectToAgent(const std::string& at = path()) {
     FileDescriptor file(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     const sockaddr_un address = Agent::socketAddress(at);
     EXPECT_EQ(::connect(file.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
@@ -63,14 +64,14 @@ std::string receiveAll(const FileDescriptor& file) {
     return text + "(still open)";
 }
 
-mode_t modeOf(const char* file) {
+mode_t modeOf(const std::string& file) {
     struct stat status {};
-    return ::lstat(file, &status) == 0 ? status.st_mode : 0;
+    return ::lstat(file.c_str(), &status) == 0 ? status.st_mode : 0;
 }
 
 /// Expects that an agent does not start, for this reason, where it must have the socket.
 void expectRefused(const std::string& why) {
-    const auto run = runProgram("run --socket /run/directnet.sock");
+    const auto run = runProgram("run --socket " + path());
     EXPECT_EQ(run.status, 1) << why;
     EXPECT_THAT(run.err, HasSubstr(why));
 }
@@ -82,11 +83,11 @@ std::size_t openFiles(const LiveProgram& agent) {
 
 TEST_F(Socket, FileIsForOwnerAndGroupAndReplacesADeadAgentsOnly) {
     ASSERT_TRUE(LiveProgram("run").learned());
-    ASSERT_TRUE(std::filesystem::exists(path));
-    LiveProgram agent("run --socket /run/directnet.sock");
+    ASSERT_TRUE(std::filesystem::exists(path()));
+    LiveProgram agent("run --socket " + path());
     ASSERT_TRUE(agent.learned()) << agent.err();
-    EXPECT_EQ(modeOf(path), static_cast<mode_t>(S_IFSOCK | 0660));
-    EXPECT_EQ(modeOf(lockPath), static_cast<mode_t>(S_IFREG | 0600));
+    EXPECT_EQ(modeOf(path()), static_cast<mode_t>(S_IFSOCK | 0660));
+    EXPECT_EQ(modeOf(lockPath()), static_cast<mode_t>(S_IFREG | 0600));
     expectRefused("is in use");
     LiveProgram without("run");
     ASSERT_TRUE(without.learned());
@@ -94,39 +95,39 @@ TEST_F(Socket, FileIsForOwnerAndGroupAndReplacesADeadAgentsOnly) {
     EXPECT_EQ(without.endedBy(SIGTERM), 0);
     EXPECT_THAT(show("vrfs"), HasSubstr("default")) << "the file is the other agent's";
     EXPECT_EQ(agent.endedBy(SIGTERM), 0);
-    EXPECT_FALSE(std::filesystem::exists(path));
-    EXPECT_FALSE(std::filesystem::exists(lockPath));
+    EXPECT_FALSE(std::filesystem::exists(path()));
+    EXPECT_FALSE(std::filesystem::exists(lockPath()));
 
-    std::ofstream(path) << "precious";
+    std::ofstream(path()) << "precious";
     expectRefused("there is a file that is no socket");
-    EXPECT_EQ(readFile(path), "precious");
+    EXPECT_EQ(readFile(path()), "precious");
 }
 
 TEST_F(Socket, FileOfAnotherProgramThatListensIsNotTaken) {
     const FileDescriptor other(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const sockaddr_un address = Agent::socketAddress(path);
+    const sockaddr_un address = Agent::socketAddress(path());
     ASSERT_EQ(::bind(other.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     ASSERT_EQ(::listen(other.get(), 0), 0);
     expectRefused("is in use\n");
     expectRefused("is in use\n"); // it takes no more connections, as one that is busy
-    EXPECT_TRUE(std::filesystem::exists(path));
+    EXPECT_TRUE(std::filesystem::exists(path()));
 }
 
 TEST_F(Socket, LocksOfOthersHoldNobodyUp) {
     // Whoever may read a folder may lock it.
     const FileDescriptor folder(::open("/run", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     ASSERT_EQ(::flock(folder.get(), LOCK_EX), 0);
-    ASSERT_TRUE(LiveProgram("run --socket /run/directnet.sock").learned());
+    ASSERT_TRUE(LiveProgram("run --socket " + path()).learned());
     // An agent that has just begun holds the lock and does not listen yet.
-    const FileDescriptor lock(::open(lockPath, O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    const FileDescriptor lock(::open(lockPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     ASSERT_EQ(::flock(lock.get(), LOCK_EX), 0);
     expectRefused("is in use by another agent\n");
-    EXPECT_TRUE(std::filesystem::exists(lockPath));
+    EXPECT_TRUE(std::filesystem::exists(lockPath()));
 
     for (const std::string taking : {"mkfifo $L", "ln -s /run/precious $L", "mkdir $L",
                                      "touch $L; chown -f 1 $L || mount --bind /etc/passwd $L"}) {
-        runShell("L=/run/directnet.sock.lock; rm -rf $L; " + taking);
-        expectRefused(lockPath);
+        runShell("L=" + lockPath() + "; rm -rf $L; " + taking);
+        expectRefused(lockPath());
         EXPECT_FALSE(std::filesystem::exists("/run/precious"));
     }
 }
@@ -212,7 +213,7 @@ TEST(SocketServer, WatcherThatHasMissedChangesIsDropped) {
     Orb::ActivityManager activityManager(clock);
     const Agent::DeviceInputs inputs(Orb::makePtr<Kiln::TaskScheduler>(clock), false);
     const Agent::AgentRoot root(inputs);
-    Agent::SocketServer server(own, {*root, inputs, *clock});
+    Agent::SocketServer server({own}, {*root, inputs, *clock}, [](const std::string&) {});
     const FileDescriptor client = connectToAgent(own);
     sendText(client, "{\"watch\":true}\n");
     constexpr int manyTurns = 1000;
