@@ -61,26 +61,33 @@ function(directnet_existing out)
   set(${out} ${kept} PARENT_SCOPE)
 endfunction()
 
-# directnet_library(NAME FOLDER folder [EXPORT name] [LINK targets...] [APART folders...])
-# A static library of every source under FOLDER but main.cpp. One without sources is not made.
-# EXPORT makes it part of the installed package as directnet::name. A unity build compiles each
-# source of the folders APART by itself.
+# directnet_library(NAME FOLDER folder [STATIC] [EXPORT name] [LINK targets...] [APART folders...])
+# A library of every source under FOLDER but main.cpp. One without sources is not made. EXPORT makes
+# it part of the installed package as directnet::name, and shared where BUILD_SHARED_LIBS asks for
+# that, unless it is STATIC. A unity build compiles each source of the folders APART by itself.
 function(directnet_library target)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER;EXPORT" "LINK;APART")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "STATIC" "FOLDER;EXPORT" "LINK;APART")
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${arg_FOLDER}/*.cpp)
   list(REMOVE_ITEM sources ${PROJECT_SOURCE_DIR}/${arg_FOLDER}/main.cpp)
   if(NOT sources)
     return()
   endif()
 
-  add_library(${target} STATIC ${sources})
+  set(kind STATIC)
+  if(arg_EXPORT AND BUILD_SHARED_LIBS AND NOT arg_STATIC)
+    set(kind SHARED)
+  endif()
+  add_library(${target} ${kind} ${sources})
   directnet_existing(libraries ${arg_LINK})
   target_link_libraries(${target} PUBLIC ${libraries})
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_include_directories(
     ${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
                      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/directnet>)
-  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  # Until there is a version 1, the next minor one may be of another shape.
+  set_target_properties(
+    ${target} PROPERTIES CXX_EXTENSIONS OFF VERSION ${PROJECT_VERSION}
+                         SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   directnet_warnings(${target})
   if(DIRECTNET_UNITY)
     directnet_unity(${target} "${sources}" ${arg_APART})

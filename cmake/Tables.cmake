@@ -1,7 +1,7 @@
 # What reads tables in shared memory: the core, which platform/ uses as well, and the library that
 # other programs link, libdirectnet-tables, which has the core in it and needs nothing but libc.
 
-directnet_library(directnet_reader FOLDER tables/reader EXPORT reader)
+directnet_library(directnet_reader STATIC FOLDER tables/reader EXPORT reader)
 set_property(GLOBAL APPEND PROPERTY DIRECTNET_PACKAGE_FOLDERS tables/layout)
 
 file(GLOB apiSources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tables/api/*.cpp)

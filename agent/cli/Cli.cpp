@@ -9,6 +9,7 @@
 #include <string_view>
 #include <type_traits>
 #include <variant>
+#include <vector>
 
 #include "agent/base/Errors.h"
 #include "agent/base/Utf8.h"
@@ -16,6 +17,7 @@
 #include "agent/output/Journal.h"
 #include "agent/output/Output.h"
 #include "agent/output/OutputFile.h"
+#include "directnet/version.h"
 
 namespace Agent {
 
@@ -86,7 +88,7 @@ void addArgument(CLI::App& app, const Argument& argument) {
     if (!argument.placeholder.empty()) {
         option->option_text(argument.placeholder);
     }
-    if (std::holds_alternative<std::vector<std::string>*>(argument.value)) {
+    if (argument.isRepeated()) {
         option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     }
     if (!argument.excludes.empty()) {
@@ -95,13 +97,14 @@ void addArgument(CLI::App& app, const Argument& argument) {
     addChecks(*option, argument);
 }
 
-void addCommand(CLI::App& app, const Command& command) {
+CLI::App* addCommand(CLI::App& app, const Command& command) {
     CLI::App* added = app.add_subcommand(command.name, command.description);
     added->set_version_flag("--version", DIRECTNET_VERSION);
     for (const Argument& argument : command.arguments) {
         addArgument(*added, argument);
     }
     added->callback(command.run);
+    return added;
 }
 
 } // namespace
@@ -112,10 +115,15 @@ int runCommandLine(int argc, const char* const* argv) {
     app.name("directnet");
     app.set_version_flag("--version", DIRECTNET_VERSION);
     app.require_subcommand(1);
-    for (const auto& command : {runCommand, showCommand, explainCommand, watchCommand, waitCommand,
-                                reloadCommand, traceCommand, tablesCommand, leaksCommand,
-                                replayCommand, ringlogCommand, vipLogCommand}) {
-        addCommand(app, command());
+    const std::vector<Command> commands = {runCommand(),    showCommand(),    explainCommand(),
+                                           watchCommand(),  waitCommand(),    reloadCommand(),
+                                           traceCommand(),  tablesCommand(),  leaksCommand(),
+                                           replayCommand(), ringlogCommand(), vipLogCommand()};
+    for (const Command& command : commands) {
+        addCommand(app, command);
+    }
+    for (const Command& command : {manualCommand(commands), completionCommand(commands)}) {
+        addCommand(app, command)->group(""); // not in --help
     }
 
     ExitStatus status = ExitStatus::failure;

@@ -27,6 +27,10 @@ struct Argument {
     std::string wordForLowest{};                ///< may stand for the lowest number
     Complaint complaint{};
     std::string excludes{}; ///< an option listed before, which cannot be given with this one
+
+    bool isOption() const { return name.starts_with('-'); }
+    bool takesValue() const { return !std::holds_alternative<bool*>(value); }
+    bool isRepeated() const { return std::holds_alternative<std::vector<std::string>*>(value); }
 };
 
 /// A command of the program.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "agent/cli/Command.h"
 
@@ -19,6 +20,10 @@ Command traceCommand();
 Command vipLogCommand();
 Command waitCommand();
 Command watchCommand();
+
+// What packages are made with: what is known of these commands, for who reads it elsewhere.
+Command completionCommand(std::vector<Command> commands); ///< for bash
+Command manualCommand(std::vector<Command> commands);     ///< for man
 
 /// Refuses an empty value, such as that of a shell variable which is not set.
 std::string complaintIfEmpty(const std::string& value);

@@ -14,6 +14,7 @@
 #include "agent/run/ConfigText.h"
 #include "agent/topics/ChangeRow.h"
 #include "agent/topics/StateWalk.h"
+#include "directnet/version.h"
 
 namespace Agent {
 
