@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "agent/base/TextTable.h"
+#include "agent/base/Utf8.h"
 #include "agent/explain/ExplanationLine.h"
 #include "agent/explain/IntfRows.h"
 
