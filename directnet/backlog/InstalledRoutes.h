@@ -43,8 +43,12 @@ class InstalledRoutes {
     void memberDelAll(const Orb::Entity& owner, Orb::AttributeId id) {
         const Orb::Ptr<const Orb::PtrInterface> kept = Orb::keep(owner);
         while (!all().empty()) {
-            const Key prefix = (*all().first())->genPrefix();
-            memberDel(owner, id, prefix, Orb::HashTag::of(prefix));
+            // On from each in turn: a set that has contributors stays in the table.
+            for (const auto* set = all().first(); set != nullptr;) {
+                const Key prefix = (*set)->genPrefix();
+                memberDel(owner, id, prefix);
+                set = all().after(prefix);
+            }
         }
     }
 

@@ -53,7 +53,12 @@ void PrefixIndex::memberDel(const Orb::Entity& owner, Orb::AttributeId id, const
 void PrefixIndex::memberDelAll(const Orb::Entity& owner, Orb::AttributeId id) {
     const Orb::Ptr<const Orb::PtrInterface> kept = Orb::keep(owner);
     while (!listed_.empty()) {
-        memberDel(owner, id, (*listed_.first())->genPrefix());
+        // On from each in turn: a set whose route is still there stays in the table.
+        for (const auto* set = listed_.first(); set != nullptr;) {
+            const Key prefix = (*set)->genPrefix();
+            memberDel(owner, id, prefix);
+            set = listed_.after(prefix);
+        }
     }
 }
 

@@ -7,21 +7,22 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/orb/container/SoleMap.h"
 #include "tests/support/MapAgainstModel.h"
 
 namespace {
 
-/// The number of distinct keys decides which shapes of the map are passed through.
-class OrderedMapAgainstModel : public testing::TestWithParam<std::uint32_t> {};
-
-TEST_P(OrderedMapAgainstModel, RandomOperationsLeaveWhatTheModelHolds) {
+/// Random operations leave what the model holds. The number of distinct keys decides which shapes
+/// of the map are passed through.
+template <template <typename, typename> class Map>
+void expectModelWith(std::uint32_t keys) {
     std::mt19937 random(77);
-    TestSupport::MapAgainstModel<Orb::OrderedMap<std::uint32_t, std::unique_ptr<std::uint32_t>>,
+    TestSupport::MapAgainstModel<Map<std::uint32_t, std::unique_ptr<std::uint32_t>>,
                                  std::map<std::uint32_t, std::uint32_t>>
         both;
-    const auto key = [&] { return static_cast<std::uint32_t>(random() % GetParam()); };
+    const auto key = [&] { return static_cast<std::uint32_t>(random() % keys); };
     for (int step = 0; step < 20000; ++step) {
-        if (random() % 100 < (step % 2000 < 1000 ? 80U : 20U)) {
+        if (random() % 100 < (step % 400 < 200 ? 80U : 20U)) {
             both.insert(key(), static_cast<std::uint32_t>(random()));
         } else {
             both.erase(key());
@@ -31,14 +32,23 @@ TEST_P(OrderedMapAgainstModel, RandomOperationsLeaveWhatTheModelHolds) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sizes, OrderedMapAgainstModel, testing::Values(2, 5, 12, 60));
+class MapsInKeyOrder : public testing::TestWithParam<std::uint32_t> {};
 
-TEST(OrderedMap, ElementMayUseTheMapWhileItIsDestroyed) {
-    TestSupport::expectElementMayUseTheMapWhileItIsDestroyed<Orb::OrderedMap>();
+TEST_P(MapsInKeyOrder, RandomOperationsLeaveWhatTheModelHolds) {
+    expectModelWith<Orb::OrderedMap>(GetParam());
+    expectModelWith<Orb::SoleMap>(GetParam());
 }
 
-TEST(OrderedMap, CopyAndMoveOwnTheirEntries) {
+INSTANTIATE_TEST_SUITE_P(Keys, MapsInKeyOrder, testing::Values(1, 2, 3, 12, 60));
+
+TEST(OrderedMaps, ElementMayUseTheMapWhileItIsDestroyed) {
+    TestSupport::expectElementMayUseTheMapWhileItIsDestroyed<Orb::OrderedMap>();
+    TestSupport::expectElementMayUseTheMapWhileItIsDestroyed<Orb::SoleMap>();
+}
+
+TEST(OrderedMaps, CopyAndMoveOwnTheirEntries) {
     TestSupport::expectCopyAndMoveToOwnTheirEntries<Orb::OrderedMap>();
+    TestSupport::expectCopyAndMoveToOwnTheirEntries<Orb::SoleMap>();
 }
 
 } // namespace
