@@ -14,6 +14,7 @@
 #include "agent/base/Errors.h"
 #include "agent/base/Utf8.h"
 #include "agent/cli/Commands.h"
+#include "agent/cli/HelpText.h"
 #include "agent/output/Journal.h"
 #include "agent/output/Output.h"
 #include "agent/output/OutputFile.h"
@@ -85,9 +86,6 @@ void addChecks(CLI::Option& option, const Argument& argument) {
 void addArgument(CLI::App& app, const Argument& argument) {
     CLI::Option* option = addValue(app, argument);
     option->required(argument.isRequired);
-    if (!argument.placeholder.empty()) {
-        option->option_text(argument.placeholder);
-    }
     if (argument.isRepeated()) {
         option->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     }
@@ -100,6 +98,7 @@ void addArgument(CLI::App& app, const Argument& argument) {
 CLI::App* addCommand(CLI::App& app, const Command& command) {
     CLI::App* added = app.add_subcommand(command.name, command.description);
     added->set_version_flag("--version", DIRECTNET_VERSION);
+    added->formatter_fn([command](auto&&...) { return helpOfCommand(command); });
     for (const Argument& argument : command.arguments) {
         addArgument(*added, argument);
     }
@@ -111,7 +110,7 @@ CLI::App* addCommand(CLI::App& app, const Command& command) {
 
 int runCommandLine(int argc, const char* const* argv) {
     std::ios::sync_with_stdio(false);
-    CLI::App app("Connected-route agent");
+    CLI::App app;
     app.name("directnet");
     app.set_version_flag("--version", DIRECTNET_VERSION);
     app.require_subcommand(1);
@@ -119,6 +118,7 @@ int runCommandLine(int argc, const char* const* argv) {
                                            watchCommand(),  waitCommand(),    reloadCommand(),
                                            traceCommand(),  tablesCommand(),  leaksCommand(),
                                            replayCommand(), ringlogCommand(), vipLogCommand()};
+    app.formatter_fn([&commands](auto&&...) { return helpOfProgram(commands); });
     for (const Command& command : commands) {
         addCommand(app, command);
     }

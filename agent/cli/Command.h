@@ -31,6 +31,8 @@ struct Argument {
     bool isOption() const { return name.starts_with('-'); }
     bool takesValue() const { return !std::holds_alternative<bool*>(value); }
     bool isRepeated() const { return std::holds_alternative<std::vector<std::string>*>(value); }
+    /// What it is, in sentences; a line that begins with spaces is one of its own.
+    std::string text() const;
 };
 
 /// A command of the program.
@@ -40,6 +42,11 @@ struct Command {
     std::vector<Argument> arguments{}; ///< they point to objects that `run` keeps alive
     /// Does the command's work with the arguments given. Throws BadInputError and FailureError.
     std::function<void()> run{};
+
+    /// What it does, in sentences.
+    std::string text() const;
+    /// The same in the words before the first punctuation.
+    std::string summary() const;
 };
 
 } // namespace Agent

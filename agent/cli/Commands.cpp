@@ -70,7 +70,7 @@ Argument tablesOption(std::string& path) {
 
 Argument traceOption(int& level) {
     return {.name = "--trace",
-            .help = "Trace up to LEVEL on standard error, from 0 (readiness) to 9 (all)",
+            .help = "Trace on standard error: 0 for readiness, up to 9 for everything",
             .value = &level,
             .placeholder = "LEVEL",
             .range = {{0, 9}}};
@@ -102,9 +102,9 @@ Argument vipLogOption(std::string& path) {
             .complaint = complaintIfEmpty};
 }
 
-Argument vrfOption(std::string& name) {
+Argument vrfOption(std::string& name, const std::string& help) {
     return {.name = "--vrf",
-            .help = "Only this VRF; of leaks those out of it",
+            .help = help,
             .value = &name,
             .placeholder = "NAME",
             .complaint = complaintAboutVrf};

@@ -36,8 +36,9 @@ Argument socketOption(std::string& path); ///< where the running agent listens
 Argument tablesOption(std::string& path); ///< where the tables are that an agent shares
 Argument timestampsOption(bool& has);     ///< the time of day before lines
 Argument prefixOption(const std::string& name, std::string& prefix); ///< routes of and in a prefix
-Argument traceOption(int& level);      ///< the text trace of an agent that is started
-Argument vrfOption(std::string& name); ///< the one VRF that is shown
+Argument traceOption(int& level); ///< the text trace of an agent that is started
+/// The one VRF that is shown.
+Argument vrfOption(std::string& name, const std::string& help = "Only this VRF");
 /// Refuses what can be no prefix, address or interface to be explained.
 std::string complaintAboutTarget(const std::string& text);
 Argument vipLogOption(std::string& path); ///< where changes of virtual addresses are logged

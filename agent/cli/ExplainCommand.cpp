@@ -56,7 +56,7 @@ Command explainCommand() {
                            .complaint = complaintAboutTarget},
                           vrfOption(options->vrf),
                           {.name = "--json",
-                           .help = "Print JSON, one object a VRF",
+                           .help = "Print JSON, one object a line for each VRF",
                            .value = &options->json},
                           socketOption(options->socket)},
             .run = [options] { explainOf(*options); }};

@@ -39,28 +39,16 @@ std::string bold(std::string_view text) { return "\\fB" + roff(text) + "\\fR"; }
 
 std::string italic(std::string_view text) { return "\\fI" + roff(text) + "\\fR"; }
 
-/// What the command does, in the words before the first full stop, colon or semicolon.
-std::string summaryOf(const Command& command) {
-    std::string text = command.description;
-    for (const std::string_view end : {". ", ": ", "; "}) {
-        text.resize(std::min(text.size(), text.find(end)));
-    }
-    if (text.ends_with('.')) {
-        text.pop_back();
-    }
-    text.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(text.front())));
-    return text;
-}
-
+/// What stands for the value, on the same line as what is before it.
 std::string valueOf(const Argument& argument) {
     if (!argument.placeholder.empty()) {
-        return ' ' + italic(argument.placeholder);
+        return "\\ " + italic(argument.placeholder);
     }
     std::string choices;
     for (const std::string& choice : argument.choices) {
         choices += (choices.empty() ? "" : "|") + bold(choice);
     }
-    return choices.empty() ? "" : ' ' + choices;
+    return choices.empty() ? "" : "\\ " + choices;
 }
 
 /// An argument with what stands for its value.
@@ -73,7 +61,7 @@ void writeHead(std::ostream& out, const std::string& page, std::string_view summ
     std::ranges::transform(title, title.begin(),
                            [](unsigned char letter) { return std::toupper(letter); });
     out << ".TH " << roff(title) << " 1 \"\" \"DirectNet " DIRECTNET_VERSION "\"\n"
-        << ".SH NAME\n"
+        << ".nh\n.ad l\n.SH NAME\n"
         << roff(page) << " \\- " << roff(summary) << "\n.SH SYNOPSIS\n";
 }
 
@@ -81,20 +69,8 @@ void writeEntry(std::ostream& out, std::string_view form, std::string_view text)
     out << ".TP\n" << form << '\n' << text << '\n';
 }
 
-void writeArgument(std::ostream& out, const Argument& argument) {
-    std::string text = roff(argument.help) + '.';
-    if (argument.range) {
-        text += " From " + roff(std::to_string(argument.range->first)) + " to "
-                + std::to_string(argument.range->second) + '.';
-    }
-    if (!argument.excludes.empty()) {
-        text += " Not with " + bold(argument.excludes) + '.';
-    }
-    writeEntry(out, formOf(argument), text);
-}
-
 void writeCommonOptions(std::ostream& out) {
-    writeEntry(out, bold("--help"), "Print what there is to say in short, and end.");
+    writeEntry(out, bold("-h") + ", " + bold("--help"), "Print the usage in short, and end.");
     writeEntry(out, bold("--version"), "Print the version, and end.");
 }
 
@@ -102,7 +78,8 @@ void writeExitStatus(std::ostream& out) {
     out << ".SH EXIT STATUS\n";
     writeEntry(out, bold("0"), "All went well.");
     writeEntry(out, bold("1"),
-               "A failure: output that cannot be written, an agent that cannot be reached.");
+               "A failure, such as output that cannot be written or an agent that cannot be\n"
+               "reached.");
     writeEntry(out, bold("2"), "Bad usage, or bad input.");
 }
 
@@ -117,7 +94,7 @@ void writeProgramPage(std::ostream& out, const std::vector<Command>& commands) {
            ".SH COMMANDS\n"
            "Each has a page of its own.\n";
     for (const Command& command : commands) {
-        writeEntry(out, ".BR directnet\\-" + roff(command.name) + " (1)", roff(summaryOf(command)));
+        writeEntry(out, ".BR directnet\\-" + roff(command.name) + " (1)", roff(command.summary()));
     }
     out << ".SH OPTIONS\n";
     writeCommonOptions(out);
@@ -125,18 +102,16 @@ void writeProgramPage(std::ostream& out, const std::vector<Command>& commands) {
 }
 
 void writeCommandPage(std::ostream& out, const Command& command) {
-    writeHead(out, "directnet-" + command.name, summaryOf(command));
+    writeHead(out, "directnet-" + command.name, command.summary());
     out << bold("directnet " + command.name);
     for (const Argument& argument : command.arguments) {
         const std::string form = formOf(argument);
         out << ' ' << (argument.isRequired ? form : '[' + form + ']')
             << (argument.isRepeated() ? "..." : "");
     }
-    out << "\n.SH DESCRIPTION\n"
-        << roff(command.description) << (command.description.ends_with('.') ? "" : ".")
-        << "\n.SH OPTIONS\n";
+    out << "\n.SH DESCRIPTION\n" << roff(command.text()) << "\n.SH OPTIONS\n";
     for (const Argument& argument : command.arguments) {
-        writeArgument(out, argument);
+        writeEntry(out, formOf(argument), roff(argument.text()));
     }
     writeCommonOptions(out);
     writeExitStatus(out);

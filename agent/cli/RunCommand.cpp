@@ -177,9 +177,8 @@ Command runCommand() {
         .description =
             "Run live on this machine: the network namespace it is started in is the VRF "
             "\"default\", and each VRF device is the VRF of its name. Prints each route that comes "
-            "(+), changes (~) or goes (-), as it "
-            "happens, "
-            "until SIGINT or SIGTERM; the stop prints nothing.",
+            "(+), changes (~) or goes (-), as it happens, until SIGINT or SIGTERM; the stop prints "
+            "nothing.",
         .arguments =
             {{.name = "--once",
               .help = "Print the state once everything there is has been learned, and end",
@@ -213,7 +212,7 @@ Command runCommand() {
               .value = &options->noVrfDevices},
              {.name = "--config",
               .help = "A device document with virtualIps, leaks, ribWaits, vrfs.NAME.id and "
-                      "gracefulRestart; SIGHUP reads it again",
+                      "gracefulRestart; SIGHUP or the command reload reads it again",
               .value = &options->configFile,
               .placeholder = "FILE",
               .complaint = complaintIfEmpty},
@@ -256,8 +255,9 @@ Command runCommand() {
               .placeholder = "GROUP",
               .complaint = complaintIfEmpty},
              {.name = "--leaks",
-              .help = "Whose leaks there are: those of the configuration, or external ones in "
-                      "the tables, see the command leaks",
+              .help =
+                  "Whose leaks there are: those of the configuration, as by default, or external "
+                  "ones in the tables, see the command leaks",
               .value = &options->leaks,
               .choices = {"config", "external"}},
              {.name = "--install",
@@ -266,7 +266,9 @@ Command runCommand() {
               .value = &options->install,
               .excludes = "--once"},
              {.name = "--install-protocol",
-              .help = "The protocol number of what is installed; nothing of another one is touched",
+              .help =
+                  "The protocol number of what is installed, 5 to 255, 77 by default; nothing of "
+                  "another one is touched",
               .value = &options->installProtocol,
               .placeholder = "N",
               .range = {{5, 255}}},

@@ -61,7 +61,7 @@ Command showCommand() {
                            .value = &options->topic,
                            .choices = topicNames()},
                           prefixOption("PREFIX", options->prefix),
-                          vrfOption(options->vrf),
+                          vrfOption(options->vrf, "Only this VRF; of leaks those out of it"),
                           {.name = "--intf",
                            .help = "Only routes that lead to this interface",
                            .value = &options->intf,

@@ -92,7 +92,7 @@ Command tablesCommand() {
                                    "\n  leaks: the prefixes that VRFs leak to others",
                            .value = &options->topic,
                            .choices = {"routes", "vias", "vrfs", "leaks"}},
-                          vrfOption(options->vrf),
+                          vrfOption(options->vrf, "Only this VRF; of leaks those out of it"),
                           {.name = "--json",
                            .help = "Print JSON: routes as one state document, else one object a "
                                    "line",

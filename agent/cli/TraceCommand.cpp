@@ -27,8 +27,8 @@ Command traceCommand() {
             .description = "Set the text trace of a running agent, which goes to its standard "
                            "error",
             .arguments = {{.name = "LEVEL",
-                           .help = "Trace up to LEVEL, from 0 (readiness) to 9 (all); off or -1 "
-                                   "for nothing",
+                           .help = "0 for readiness, up to 9 for everything; off or -1 for "
+                                   "nothing",
                            .value = &options->level,
                            .isRequired = true,
                            .range = {{-1, 9}},

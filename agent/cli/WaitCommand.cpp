@@ -96,7 +96,8 @@ Command waitCommand() {
                            "there yet",
             .arguments = {std::move(vrfs),
                           {.name = "--timeout",
-                           .help = "Give up after so many seconds, with status 1",
+                           .help = "Give up after so many seconds, 1000000 at most, with status "
+                                   "1; by default never",
                            .value = &options->timeout,
                            .placeholder = "SECONDS",
                            .range = {{0, 1000000}}},

@@ -127,9 +127,10 @@ class Watch {
 Command watchCommand() {
     const auto options = std::make_shared<WatchOptions>();
     return {.name = "watch",
-            .description = "Show the routes of a running agent (=), then each route that comes "
-                           "(+), changes (~) or goes (-). A change that happens while the routes "
-                           "are still being shown follows after them. Ends with status 0 when the "
+            .description = "Show the routes of a running agent and each change that follows: "
+                           "first the routes (=), then those that come (+), change (~) or go (-). "
+                           "A change that happens while the routes are still being shown follows "
+                           "after them. Ends with status 0 when the "
                            "agent is stopped, with 1 when it dies.",
             .arguments = {vrfOption(options->vrf),
                           prefixOption("--prefix", options->prefix),

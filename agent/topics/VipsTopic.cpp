@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "agent/topics/RowTopic.h"
 #include "agent/topics/VrfCursor.h"
 #include "directnet/root/RootSm.h"
@@ -57,9 +59,12 @@ class VipWalk {
         }
         last = (*entry)->fwkKey();
         VipRow row{name.value(), addressText(*last), {}, status->subnetRouteEnabled()};
-        for (const auto& intf : (*entry)->intfId()) {
-            row.intfs.emplace_back(intf.key().name());
+        for (const auto& [intf, carries] : (*entry)->intfId()) {
+            if (carries) {
+                row.intfs.emplace_back(intf.name());
+            }
         }
+        std::ranges::sort(row.intfs);
         sink(row);
         return true;
     }

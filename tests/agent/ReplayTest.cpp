@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -142,8 +143,20 @@ TEST(CommandLine, ErrorsHaveTheRightExitStatus) {
     }
 }
 
+TEST(CommandLine, HelpFitsATerminal) {
+    for (const std::string command : {"", "run ", "show ", "leaks "}) {
+        std::istringstream help(runProgram(command + "--help").out);
+        std::size_t lines = 0;
+        for (std::string line; std::getline(help, line); ++lines) {
+            EXPECT_LE(line.size(), 79U) << line;
+        }
+        EXPECT_GT(lines, 10U) << command;
+    }
+}
+
 TEST(CommandLine, HelpAndManualNameEveryTopic) {
-    const std::string help = runProgram("show --help").out;
+    const std::regex breaks("\\s+");
+    const std::string help = std::regex_replace(runProgram("show --help").out, breaks, " ");
     const std::string manual = readFile(DIRECTNET_SOURCE_DIR "/docs/agent.md");
     const std::size_t table = manual.find("| Topic ");
     ASSERT_NE(table, std::string::npos);

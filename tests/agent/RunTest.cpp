@@ -141,7 +141,7 @@ TEST_F(RunTest, AgentFollowsNamedNamespacesLeaksAndVirtualIps) {
     withoutDuplicateDetection();
     configure(R"({
         "vrfs": {"red": {"id": 5}},
-        "virtualIps": {"ipv4": {"red": {"10.1.0.9/24": {"e1": true}}},
+        "virtualIps": {"ipv4": {"red": {"10.1.0.9/24": {"e1": true, "e2": false}}},
                        "ipv6": {"red": {"2001:DB8:1::9": {"e1": true}}}},
         "leaks": {"ipv4": {"red": {"10.1.0.0/24": {"blue": true}}},
                   "ipv6": {"red": {"2001:db8:1::/64": {"blue": true}}}},
@@ -178,7 +178,7 @@ TEST_F(RunTest, AgentFollowsNamedNamespacesLeaksAndVirtualIps) {
     expectRoute("blue", "ipv4", "10.1.0.1/32", leaked);
     expectRoute("blue", "ipv6", "2001:db8:1::1/128", leaked);
     EXPECT_THAT(show("leaks"), HasSubstr("10.1.0.0/24"));
-    EXPECT_THAT(show("vips --vrf red"), HasSubstr("10.1.0.9/24"));
+    EXPECT_THAT(show("vips --vrf red"), HasSubstr("10.1.0.9/24    e1 "));
 
     // Without the virtual addresses the kernel has the same routes, in each namespace.
     configure(R"({"vrfs": {"red": {"id": 5}}, "ribWaits": {"red": true},

@@ -97,12 +97,15 @@ class Session {
     std::vector<std::unique_ptr<LiveProgram>> background_;
 };
 
-using ManualTest = LiveTest;
+/// The page in docs/ and how many of its sections have transcripts.
+class ManualTest : public LiveTest,
+                   public testing::WithParamInterface<std::pair<const char*, std::size_t>> {};
 
-TEST_F(ManualTest, TranscriptsShowWhatTheCommandsPrint) {
+TEST_P(ManualTest, TranscriptsShowWhatTheCommandsPrint) {
+    const auto& [page, sections] = GetParam();
     const auto transcripts =
-        transcriptsOf(readFile(std::string(DIRECTNET_SOURCE_DIR) + "/docs/agent.md"));
-    ASSERT_EQ(transcripts.size(), 4U);
+        transcriptsOf(readFile(std::string(DIRECTNET_SOURCE_DIR "/docs/") + page));
+    ASSERT_EQ(transcripts.size(), sections);
     for (const Transcript& transcript : transcripts) {
         SCOPED_TRACE(transcript.section);
         Session session;
@@ -112,6 +115,13 @@ TEST_F(ManualTest, TranscriptsShowWhatTheCommandsPrint) {
         LiveTest::SetUp(); // namespaces of its own for the next
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Pages, ManualTest,
+                         testing::Values(std::pair("agent.md", 4), std::pair("operators.md", 3)),
+                         [](const auto& page) {
+                             std::string name = page.param.first;
+                             return name.substr(0, name.find('.'));
+                         });
 
 } // namespace
 } // namespace TestSupport
