@@ -128,7 +128,8 @@ std::vector<L3::VrfName> readReadyVrfs(const std::string& text) {
     std::istringstream parts(text);
     for (std::string part; std::getline(parts, part, ',');) {
         if (const std::string complaint = complaintAboutVrf(part); !complaint.empty()) {
-            throw BadInputError("directnet: --ready-vrfs: \"" + part + "\": " + complaint);
+            throw BadInputError(
+                std::string("directnet: --ready-vrfs: \"").append(part).append("\": ") + complaint);
         }
         names.emplace_back(part);
     }

@@ -231,8 +231,10 @@ std::optional<NamedLink> NamespaceView::named(Lanx::IntfId name) const {
     });
     std::ranges::sort(named.unpublished, {}, &NamedLink::Address::address);
     // One that the link has with several peers counts once.
-    const auto repeated = std::ranges::unique(named.unpublished, {}, &NamedLink::Address::address);
-    named.unpublished.erase(repeated.begin(), repeated.end());
+    const auto repeated =
+        std::unique(named.unpublished.begin(), named.unpublished.end(),
+                    [](const auto& a, const auto& b) { return a.address == b.address; });
+    named.unpublished.erase(repeated, named.unpublished.end());
     return named;
 }
 

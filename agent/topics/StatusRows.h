@@ -103,25 +103,25 @@ struct AgentStatusRow {
         column({"pid", "process"}, row.pid);
         column({"uptime", "uptime"}, row.uptime);
         column({"ready", "ready"}, row.isReady);
-        column.group("drains", [&](auto&& drains) {
-            drains({"count", "drains"}, row.drains);
-            drains({"longest", "longest drain"}, row.longestDrain);
+        column.group("drains", [&](auto&& member) {
+            member({"count", "drains"}, row.drains);
+            member({"longest", "longest drain"}, row.longestDrain);
         });
-        column.group("netlink", [&](auto&& netlink) {
-            netlink({"overruns", "netlink overruns"}, row.overruns);
-            netlink({"relistings", "relistings"}, row.relistings);
+        column.group("netlink", [&](auto&& member) {
+            member({"overruns", "netlink overruns"}, row.overruns);
+            member({"relistings", "relistings"}, row.relistings);
         });
-        column.group("clients", [&](auto&& clients) {
-            clients({"present", "clients"}, row.clients);
-            clients({"dropped", "dropped clients"}, row.droppedClients);
-            clients({"refused", "refused clients"}, row.refusedClients);
+        column.group("clients", [&](auto&& member) {
+            member({"present", "clients"}, row.clients);
+            member({"dropped", "dropped clients"}, row.droppedClients);
+            member({"refused", "refused clients"}, row.refusedClients);
         });
-        column.group("droppedLines", [&](auto&& lines) {
-            lines({"output", "dropped output lines"}, row.droppedOutput);
-            lines({"messages", "dropped message lines"}, row.droppedMessages);
+        column.group("droppedLines", [&](auto&& member) {
+            member({"output", "dropped output lines"}, row.droppedOutput);
+            member({"messages", "dropped message lines"}, row.droppedMessages);
         });
         column.group("reloads",
-                     [&](auto&& reloads) { ReloadRecord::describe(row.reloads, reloads); });
+                     [&](auto&& member) { ReloadRecord::describe(row.reloads, member); });
     }
 };
 

@@ -41,11 +41,16 @@ long testMode() {
 // Only additions ask for a drain: the drain's own removals would ask for a drain of nothing.
 void IntfBacklogSm::OrbIntfBacklog::onAttribute(Orb::AttributeId id, const void* key) {
     if (id == IntfBacklog::backlogAttribute
-        && (!owner()->drainPending() || owner()->passedOver_ != 0)
         && notifier()->backlog(Orb::keyAs<IntfIdAndPrefix>(key))) {
         owner()->passedOver_ = 0;
         owner()->scheduleBacklog();
+        owner()->listenAsNeeded();
     }
+}
+
+// While a drain is pending, additions are part of it: there is nothing to hear of them.
+void IntfBacklogSm::listenAsNeeded() {
+    orbIntfBacklog_.hasNotificationActiveIs(!drainPending() || passedOver_ != 0);
 }
 
 IntfBacklogSm::IntfBacklogSm(Arguments arguments)
@@ -97,6 +102,7 @@ void IntfBacklogSm::doHandleBacklog() {
     DIRECTNET_TRACE_IN(handleBacklogName, 8, "start backlogSize=", size,
                        " invocation=", handleBacklogCallCount());
     orbBacklogClock_.timeMinIs(Orb::Clock::never);
+    listenAsNeeded();
 
     const Member* next = drain(firstMember());
     if (orbMarkedForDeletion()) {
@@ -157,7 +163,12 @@ const IntfBacklogSm::Member* IntfBacklogSm::drain(const Member* start) {
         double now = startTime;
         IntfIdAndPrefix last;
         for (const Pending& pending : fetchAhead(next)) {
-            passedOver_ = visit(pending, mode) ? 0 : passedOver_ + 1;
+            if (visit(pending, mode)) {
+                passedOver_ = 0;
+            } else {
+                ++passedOver_;
+                listenAsNeeded();
+            }
             Orb::pauseBetweenDecisions();
             if (orbMarkedForDeletion()) {
                 return nullptr;
@@ -204,8 +215,17 @@ bool IntfBacklogSm::visit(const Pending& pending, long mode) {
             return false;
         }
     }
-    intfBacklog()->backlogDel(member, pending.tag);
+    takeFromBacklog(pending);
     return true;
+}
+
+// Who else hears of it may add members meanwhile. Otherwise there is nothing to hear.
+void IntfBacklogSm::takeFromBacklog(const Pending& pending) {
+    if (orbIntfBacklog_.hearsAlone(IntfBacklog::backlogAttribute)) {
+        orbIntfBacklog_.hasNotificationActiveIs(false);
+    }
+    intfBacklog()->backlogDel(pending.member, pending.tag);
+    listenAsNeeded();
 }
 
 RoomWaiter<IntfBacklogSm>& IntfBacklogSm::room(Lanx::AddressFamily af) {
@@ -254,7 +274,8 @@ bool IntfBacklogSm::process(const Pending& pending) {
 
     const Rib::RouteKey key(vrfId(), prefix);
     const Rib::Route configured = routeConfig.route(key, pending.routeTag);
-    const Winner winner = winnerOf(intfBacklog()->intfIdsByPrefix(prefix, pending.prefixTag));
+    const PrefixIndex::Known known = intfBacklog()->prefixIndex().known(prefix, pending.prefixTag);
+    const Winner winner = winnerOf(known.contributors);
     const IntfIdAndAddr& contributor = winner.contributor;
     if (configured.routeType() == contributor.routeType()
         && configured.viaSetKey() == winner.viaSetKey
@@ -273,7 +294,7 @@ bool IntfBacklogSm::process(const Pending& pending) {
         status.incIntfVskRefcount(contributor.intfId());
     }
     if (configured != Rib::Route()) {
-        const Lanx::IntfId existingIntfId = installedIntfId(prefix);
+        const Lanx::IntfId existingIntfId = known.installedIntfId;
         ORB_ASSERT(existingIntfId != Lanx::IntfId(), "existingIntfId != Lanx::IntfId()");
         if (!wins) {
             delRoute(existingIntfId, routeConfig, pending, configured.viaSetKey());

@@ -137,6 +137,7 @@ class IntfBacklogSm : public Orb::Entity {
         Rib::ViaSetKey viaSetKey;
     };
 
+    void listenAsNeeded();
     void doHandleBacklog();
     /// A member of the backlog and where it, its prefix and its route belong in their tables.
     struct Pending {
@@ -150,6 +151,7 @@ class IntfBacklogSm : public Orb::Entity {
     /// Processes one member unless its route still waits for room, in which case it answers false.
     bool visit(const Pending& pending, long mode);
     bool process(const Pending& pending);
+    void takeFromBacklog(const Pending& pending);
     void addRoute(const Winner& winner, Rib::RouteConfig& routeConfig, const Pending& pending);
     void delRoute(Lanx::IntfId intfId, Rib::RouteConfig& routeConfig, const Pending& pending,
                   Rib::ViaSetKey viaSetKey);

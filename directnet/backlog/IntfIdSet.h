@@ -11,8 +11,9 @@
 namespace Routing::DirectNet {
 
 /// The contributors of one prefix, in the order of precedence: the first one is the prefix's route.
-/// The value of a contributor is the via set that its route uses. The set exists exactly as long as
-/// the prefix has a contributor.
+/// The value of a contributor is the via set that its route uses. The set is in
+/// IntfBacklog::intfIdsByPrefix exactly as long as the prefix has a contributor; without one it may
+/// stay in the index's table until the prefix's route has gone.
 ///
 /// There may be millions, hence the order of the declarations: what follows the map lies in its
 /// padding.

@@ -100,8 +100,8 @@ void IntfViaSetConfig::delViaSetKeyAll(IntfViaSetKeyStatus& status) {
 }
 
 void IntfViaSetConfig::releaseViaSetKey(Lanx::IntfId intfId, IntfViaSetKeyStatus& status) {
-    status.decIntfVskRefcount(intfId);
-    if (!status.vskRefcountByIntfId().contains(intfId)) {
+    const bool last = status.decIntfVskRefcount(intfId);
+    if (last && !status.vskRefcountByIntfId().contains(intfId)) {
         delViaSetKey(intfId, status);
     }
 }

@@ -13,7 +13,7 @@ void IntfViaSetKeyStatus::incIntfVskRefcount(Lanx::IntfId intfId) {
     vskRefcountByIntfIdChange(intfId, [](std::uint32_t& count) { ++count; });
 }
 
-void IntfViaSetKeyStatus::decIntfVskRefcount(Lanx::IntfId intfId) {
+bool IntfViaSetKeyStatus::decIntfVskRefcount(Lanx::IntfId intfId) {
     const std::uint32_t count = vskRefcountByIntfId(intfId);
     ORB_ASSERT(count > 0, "vskRefcountByIntfId( intfId ) > 0");
     if (count == 1) {
@@ -21,6 +21,7 @@ void IntfViaSetKeyStatus::decIntfVskRefcount(Lanx::IntfId intfId) {
     } else {
         vskRefcountByIntfIdChange(intfId, [](std::uint32_t& references) { --references; });
     }
+    return count == 1;
 }
 
 void IntfViaSetKeyStatus::incOwnAddresses(Lanx::IntfId intfId) {

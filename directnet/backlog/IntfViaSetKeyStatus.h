@@ -27,8 +27,9 @@ class IntfViaSetKeyStatus : public Orb::Entity {
     void intfViaSetKeyIs(const IntfViaSetKey& key) { intfViaSetKeyIs(key.intfId(), key); }
 
     void incIntfVskRefcount(Lanx::IntfId intfId);
-    /// The count must be positive; the entry goes with the last reference.
-    void decIntfVskRefcount(Lanx::IntfId intfId);
+    /// The count must be positive; the entry goes with the last reference. Answers whether that was
+    /// the last one.
+    bool decIntfVskRefcount(Lanx::IntfId intfId);
 
     void incOwnAddresses(Lanx::IntfId intfId);
     void decOwnAddresses(Lanx::IntfId intfId);

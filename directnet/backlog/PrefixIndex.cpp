@@ -45,7 +45,7 @@ void PrefixIndex::memberDel(const Orb::Entity& owner, Orb::AttributeId id, const
     set->listed_ = false;
     listed_.oneLess();
     if (!set->installedIntfId()) {
-        sets_.take(set->genPrefix(), tag);
+        sets_.take(place);
     }
     tell(owner, id, *set);
 }
@@ -60,6 +60,14 @@ void PrefixIndex::memberDelAll(const Orb::Entity& owner, Orb::AttributeId id) {
             set = listed_.after(prefix);
         }
     }
+}
+
+PrefixIndex::Known PrefixIndex::known(const Key& prefix, Orb::HashTag tag) const {
+    const Orb::Ptr<IntfIdSet>* set = sets_.find(prefix, tag);
+    if (set == nullptr) {
+        return {};
+    }
+    return {(*set)->listed_ ? set->get() : nullptr, (*set)->installedIntfId()};
 }
 
 Lanx::IntfId PrefixIndex::installedIntfId(const Key& prefix, Orb::HashTag tag) const {
@@ -89,7 +97,7 @@ bool PrefixIndex::installedIntfIdDel(const Key& prefix, Orb::HashTag tag) {
     set->installedIntfId_ = Lanx::IntfId();
     installed_.oneLess();
     if (!set->listed_) {
-        sets_.take(set->genPrefix(), tag);
+        sets_.take(place);
     }
     return true;
 }

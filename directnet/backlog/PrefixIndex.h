@@ -65,6 +65,15 @@ class PrefixIndex {
 
     std::string text() const { return std::to_string(listed_.size()) + " members"; }
 
+    // --- Both.
+
+    /// What is known of one prefix.
+    struct Known {
+        const IntfIdSet* contributors = nullptr; ///< null where it has none
+        Lanx::IntfId installedIntfId;            ///< none without a route
+    };
+    Known known(const Key& prefix, Orb::HashTag tag) const;
+
     // --- What is installed.
 
     const Installed& installed() const { return installed_; }

@@ -15,13 +15,12 @@ LeakSource::LeakSource(ReceiveRouteLeakSm* sm, Orb::Ptr<const IntfBacklog> backl
     : MemberReactor(sm),
       orbOwnAddresses4_(this, IntfViaSetKeyStatus::ownAddressesByIntfIdAttribute),
       orbOwnAddresses6_(this, IntfViaSetKeyStatus::ownAddressesByIntfIdAttribute) {
-    orbOwnAddresses4_.notifierIs(backlog->intfViaSetKeyStatus4());
-    orbOwnAddresses6_.notifierIs(backlog->intfViaSetKeyStatus6());
     interestIs(IntfBacklog::intfIdsByPrefixAttribute);
     attach(std::move(backlog));
 }
 
 void LeakSource::handleInitialized() {
+    handleLeaking();
     for (const auto* status : {&owner()->crLeakLocalStatus4(), &owner()->crLeakLocalStatus6()}) {
         if (const auto* leaks = (*status)->leakedRouteBySourceVrf(notifier()->vrfId())) {
             Orb::forEachKey(leaks->destVrfId(),
@@ -29,6 +28,17 @@ void LeakSource::handleInitialized() {
         }
     }
     owner()->scheduleReview();
+}
+
+void LeakSource::handleLeaking() {
+    const bool leaks = owner()->leaks(notifier()->vrfId());
+    hasNotificationActiveIs(leaks);
+    if (leaks == (orbOwnAddresses4_.notifier() != nullptr)) {
+        return;
+    }
+    using Status = Orb::Ptr<const IntfViaSetKeyStatus>;
+    orbOwnAddresses4_.notifierIs(leaks ? Status(notifier()->intfViaSetKeyStatus4()) : nullptr);
+    orbOwnAddresses6_.notifierIs(leaks ? Status(notifier()->intfViaSetKeyStatus6()) : nullptr);
 }
 
 void LeakSource::orbDoZombieReactors(bool zombie) {

@@ -33,6 +33,8 @@ class LeakSource : public Orb::MemberReactor<ReceiveRouteLeakSm, IntfBacklog> {
     LeakSource(ReceiveRouteLeakSm* sm, Orb::Ptr<const IntfBacklog> backlog);
 
     void handleInitialized();
+    /// The VRF begins or ceases to leak: while it leaks nothing there is nothing to follow.
+    void handleLeaking();
     void onAttribute(Orb::AttributeId id, const void* key) override;
     void orbDoZombieReactors(bool zombie) override;
 

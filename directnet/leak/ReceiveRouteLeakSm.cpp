@@ -53,6 +53,9 @@ void ReceiveRouteLeakSm::handleInitialized() {
 // A source VRF comes without leaks, and goes without: these are told of one by one.
 void ReceiveRouteLeakSm::handleSourceVrf(const LeakLocalStatus& status, VrfId sourceVrfId) {
     const Orb::Ptr<const RouteLeakedFromVrf> leaks(status.leakedRouteBySourceVrf(sourceVrfId));
+    if (LeakSource* source = intfBacklog(sourceVrfId)) {
+        source->handleLeaking();
+    }
     const bool ipv4 = &status == crLeakLocalStatus4().get();
     if (leaks != nullptr && ipv4) {
         leakedRoute4Is(leaks);
@@ -116,6 +119,11 @@ void ReceiveRouteLeakSm::handleContributor(const IntfBacklog& source,
 }
 
 // --- What is done about it.
+
+bool ReceiveRouteLeakSm::leaks(VrfId sourceVrfId) const {
+    return crLeakLocalStatus4()->leakedRouteBySourceVrf(sourceVrfId) != nullptr
+           || crLeakLocalStatus6()->leakedRouteBySourceVrf(sourceVrfId) != nullptr;
+}
 
 const RouteLeakedFromVrf::DestVrfIds*
 ReceiveRouteLeakSm::destinations(VrfId sourceVrfId, const Lanx::IpGenPrefix& prefix) const {

@@ -105,6 +105,8 @@ class ReceiveRouteLeakSm : public Orb::Entity {
         return af == Lanx::AddressFamily::ipv4 ? *crLeakLocalStatus4() : *crLeakLocalStatus6();
     }
 
+    /// Whether the leak status knows the VRF as one that leaks.
+    bool leaks(VrfId sourceVrfId) const;
     /// The destinations of a prefix that a VRF leaks; null where it leaks it nowhere.
     const RouteLeakedFromVrf::DestVrfIds* destinations(VrfId sourceVrfId,
                                                        const Lanx::IpGenPrefix& prefix) const;

@@ -48,6 +48,13 @@ constexpr std::strong_ordering compareBytes(const AddressBytes& left, const Addr
     return wordsOf(left) <=> wordsOf(right);
 }
 
+// Two words rather than a call that compares bytes: this is asked of every key that is looked up.
+constexpr bool sameBytes(const AddressBytes& left, const AddressBytes& right) {
+    const auto leftWords = std::bit_cast<AddressWords>(left);
+    const auto rightWords = std::bit_cast<AddressWords>(right);
+    return leftWords[0] == rightWords[0] && leftWords[1] == rightWords[1];
+}
+
 /// Whether the first 10 bits are those of fe80::/10.
 constexpr bool isLinkLocal6(const AddressBytes& bytes) {
     return bytes[0] == 0xfe && (bytes[1] & 0xc0) == 0x80;

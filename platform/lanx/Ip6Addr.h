@@ -46,7 +46,9 @@ class Ip6Addr {
     /// Any usual spelling without zone. Throws ParseError.
     static Ip6Addr fromString(std::string_view text) { return Ip6Addr(parseIp6Text(text)); }
 
-    friend constexpr bool operator==(const Ip6Addr&, const Ip6Addr&) = default;
+    friend constexpr bool operator==(const Ip6Addr& a, const Ip6Addr& b) {
+        return sameBytes(a.bytes_, b.bytes_);
+    }
     friend constexpr std::strong_ordering operator<=>(const Ip6Addr& a, const Ip6Addr& b) {
         return compareBytes(a.bytes_, b.bytes_);
     }

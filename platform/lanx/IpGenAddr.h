@@ -55,7 +55,9 @@ class IpGenAddr {
     /// The empty text is the unset address. Throws ParseError.
     static IpGenAddr fromString(std::string_view text);
 
-    friend constexpr bool operator==(const IpGenAddr&, const IpGenAddr&) = default;
+    friend constexpr bool operator==(const IpGenAddr& a, const IpGenAddr& b) {
+        return a.af_ == b.af_ && sameBytes(a.bytes_, b.bytes_);
+    }
     friend constexpr std::strong_ordering operator<=>(const IpGenAddr& a, const IpGenAddr& b) {
         return a.af_ != b.af_ ? a.af_ <=> b.af_ : compareBytes(a.bytes_, b.bytes_);
     }

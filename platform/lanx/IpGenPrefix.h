@@ -28,6 +28,14 @@ class IpGenPrefix {
     /// The prefix of that length which the address lies in. Throws RangeError when it is too long.
     static IpGenPrefix covering(const IpGenAddr& address, unsigned len);
 
+    /// The prefix of that length whose address is known to have no host bit set.
+    static constexpr IpGenPrefix unchecked(const IpGenAddr& address, std::uint8_t len) {
+        IpGenPrefix prefix;
+        prefix.addr_ = address;
+        prefix.len_ = len;
+        return prefix;
+    }
+
     /// The prefix that holds nothing but the address.
     static IpGenPrefix host(const IpGenAddr& address) { return covering(address, address.bits()); }
 

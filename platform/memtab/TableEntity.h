@@ -65,7 +65,7 @@ class TableEntity : public Table {
 
     /// Tells of a member that has changed, when that is so. Answers whether it is.
     bool tellIf(bool changed, Orb::AttributeId id, const Key& key) const {
-        if (changed) {
+        if (changed && this->hasReactors()) {
             const Key stable = key; // may be a part of what somebody changes now
             notify(id, &stable);
         }

@@ -17,14 +17,15 @@ void storePrefix(Record& record, const Lanx::IpGenPrefix& prefix) {
     record.family = static_cast<std::uint8_t>(prefix.af());
 }
 
+/// The record is one of a table, which takes in sound ones only.
 template <typename Record>
 Lanx::IpGenPrefix prefixOf(const Record& record) {
     Lanx::AddressBytes bytes{};
     std::memcpy(bytes.data(), record.prefix.address, bytes.size());
     if (record.family == Tables::ipv4) {
-        return Lanx::IpGenPrefix::covering(Lanx::IpAddr(bytes), record.length);
+        return Lanx::IpGenPrefix::unchecked(Lanx::IpAddr(bytes), record.length);
     }
-    return Lanx::IpGenPrefix::covering(Lanx::Ip6Addr(bytes), record.length);
+    return Lanx::IpGenPrefix::unchecked(Lanx::Ip6Addr(bytes), record.length);
 }
 
 } // namespace Routing::Rib

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <random>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include "tests/agent/LiveProgram.h"
@@ -50,18 +51,19 @@ std::map<std::string, std::string> whyByAddress(const json& interface) {
 TEST_F(ExplainLive, RoutesOfRandomAddressesAreThoseThatTheKernelTakes) {
     std::mt19937 random(7);
     const auto below = [&](unsigned n) { return std::to_string(random() % n); };
-    std::string lines;
-    for (const std::string link : {"e1", "e2", "e3"}) {
-        lines += "link add " + link + " up type veth peer name p" + link + "\nlink set p" + link
-                 + " up\n";
+    std::ostringstream lines;
+    for (const char number : {'1', '2', '3'}) {
+        const std::string link = std::string("e") + number;
+        lines << "link add " << link << " up type veth peer name p" << link << "\nlink set p"
+              << link << " up\n";
         for (int i = 0; i < 6; ++i) {
-            const std::string subnet = link.substr(1) + below(4);
-            lines += "addr add 10." + subnet + '.' + below(4) + '.' + below(250) + '/'
-                     + std::to_string(16 + random() % 15) + " dev " + link + "\naddr add fd00:"
-                     + subnet + "::" + below(9) + "/64 nodad dev " + link + '\n';
+            const std::string subnet = number + below(4);
+            lines << "addr add 10." << subnet << '.' << below(4) << '.' << below(250) << '/'
+                  << 16 + random() % 15 << " dev " << link << "\naddr add fd00:" << subnet
+                  << "::" << below(9) << "/64 nodad dev " << link << '\n';
         }
     }
-    ip(lines); // an address may be there already
+    ip(lines.str()); // an address may be there already
     LiveProgram agent("run");
     ASSERT_TRUE(agent.learned());
     ASSERT_TRUE(agent.untilShown("vrfs", "yes"));

@@ -185,7 +185,8 @@ TEST_F(NamespaceViewTest, AddressesThatStandNowhereAreToldWithTheirLink) {
           added6(3, "fd00::3/64", IFA_F_TENTATIVE | IFA_F_DADFAILED));
     const auto unpublished = [&] {
         std::map<std::string, std::string> told;
-        for (const auto& found : view.named(Lanx::IntfId("e3"))->unpublished) {
+        const auto link = view.named(Lanx::IntfId("e3"));
+        for (const auto& found : link->unpublished) {
             told[found.address.toString()] = found.obstacle;
         }
         return told;

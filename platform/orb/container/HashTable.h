@@ -147,19 +147,32 @@ class HashTable {
     /// Takes the entry of that key out of the table.
     std::optional<T> take(const Key& key) { return take(key, tagOf(key)); }
     std::optional<T> take(const Key& key, HashTag tag) {
-        T* entry = findEntry(key, tag);
-        if (entry == nullptr) {
-            return std::nullopt;
-        }
-        std::optional<T> taken(std::move(*entry));
-        std::destroy_at(entry);
-        closeGap(static_cast<std::uint32_t>(entry - block_->entries()));
+        const T* entry = findEntry(key, tag);
+        return entry == nullptr ? std::nullopt : std::optional<T>(take(entry));
+    }
+    /// Takes one of the table's entries, which is at hand, out of it.
+    T take(const T* entry) {
+        const auto slot = static_cast<std::uint32_t>(entry - block_->entries());
+        T* present = block_->entries() + slot;
+        T taken(std::move(*present));
+        std::destroy_at(present);
+        closeGap(slot);
         return taken;
     }
 
     /// Removes the entry of that key. Returns whether there was one.
-    bool erase(const Key& key) { return take(key).has_value(); }
-    bool erase(const Key& key, HashTag tag) { return take(key, tag).has_value(); }
+    bool erase(const Key& key) { return erase(key, tagOf(key)); }
+    bool erase(const Key& key, HashTag tag) {
+        if constexpr (std::is_trivially_destructible_v<T>) {
+            T* entry = findEntry(key, tag);
+            if (entry != nullptr) {
+                closeGap(static_cast<std::uint32_t>(entry - block_->entries()));
+            }
+            return entry != nullptr;
+        } else {
+            return take(key, tag).has_value();
+        }
+    }
 
     /// Removes all entries. Those that their destructors add stay.
     void clear() { HashTable(keyOf_).swap(*this); }
@@ -321,6 +334,9 @@ class HashTable {
     }
 
     void shiftRight(std::uint32_t slot, std::uint32_t gap) {
+        if (slot == gap) {
+            return;
+        }
         T* entries = block_->entries();
         std::uint32_t* tags = block_->tags();
         if constexpr (std::is_trivially_copyable_v<T>) {
@@ -334,10 +350,25 @@ class HashTable {
         std::memmove(tags + slot + 1, tags + slot, (gap - slot) * sizeof(*tags));
     }
 
+    void shiftLeft(std::uint32_t slot, std::uint32_t count) {
+        if (count == 0) {
+            return;
+        }
+        T* entries = block_->entries();
+        std::uint32_t* tags = block_->tags();
+        if constexpr (std::is_trivially_copyable_v<T>) {
+            std::memmove(static_cast<void*>(entries + slot), entries + slot + 1, count * sizeof(T));
+        } else {
+            for (std::uint32_t to = slot; to < slot + count; ++to) {
+                relocate(entries + to + 1, entries + to);
+            }
+        }
+        std::memmove(tags + slot, tags + slot + 1, count * sizeof(*tags));
+    }
+
     /// Moves the entries behind an emptied slot back towards their homes.
     void closeGap(std::uint32_t slot) {
         Block& block = *block_;
-        T* entries = block.entries();
         std::uint32_t* tags = block.tags();
         block.distance -= slot - block.home(tags[slot]);
         std::uint32_t end = slot + 1;
@@ -345,14 +376,7 @@ class HashTable {
             ++end;
         }
         const std::uint32_t moved = end - slot - 1;
-        if constexpr (std::is_trivially_copyable_v<T>) {
-            std::memmove(static_cast<void*>(entries + slot), entries + slot + 1, moved * sizeof(T));
-        } else {
-            for (std::uint32_t to = slot; to < slot + moved; ++to) {
-                relocate(entries + to + 1, entries + to);
-            }
-        }
-        std::memmove(tags + slot, tags + slot + 1, moved * sizeof(*tags));
+        shiftLeft(slot, moved);
         tags[end - 1] = 0;
         block.distance -= moved;
         --block.size;
@@ -455,15 +479,16 @@ class HashTable {
     void moveEntries(Block* target) noexcept {
         T* source = block_->entries();
         T* destination = target->entries();
-        std::uint32_t slot = block_->first;
-        std::uint32_t next = 0;
-        for (std::uint32_t left = block_->size; left > 0; --left, ++slot, ++next) {
-            slot = occupiedFrom(slot);
-            while (target->tags()[next] == 0) {
+        const std::uint32_t* tags = block_->tags();
+        std::uint32_t slot = occupiedFrom(block_->first);
+        std::uint32_t next = target->first = target->home(tags[slot]);
+        for (std::uint32_t left = block_->size; left > 0; ++slot) {
+            if (tags[slot] != 0) {
+                next = std::max(next, target->home(tags[slot]));
+                relocate(source + slot, destination + next);
                 ++next;
+                --left;
             }
-            target->first = std::min(target->first, next);
-            relocate(source + slot, destination + next);
         }
     }
 

@@ -10,10 +10,9 @@
 namespace Orb {
 
 /// Marks a position in an entity's list for as long as a notification runs, so that reactors may
-/// come and go around it. It is never called.
+/// come and go around it. It is not active, so it is never called.
 class Notifiee::Marker final : public Notifiee {
   public:
-    Marker() { marker_ = true; }
     void onAttribute(AttributeId, const void*) override {}
 };
 
@@ -36,6 +35,15 @@ void Notifiee::attach(Ptr<const Entity> notifier) {
     } else {
         linkBefore(*head);
     }
+}
+
+bool Notifiee::hearsAlone(AttributeId attribute) const {
+    for (const Notifiee* other = next_; other != nullptr && other != this; other = other->next_) {
+        if (other->isInterestedIn(attribute)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 void Notifiee::linkBefore(Notifiee& next) {
@@ -81,14 +89,18 @@ class PresentKey {
     const NotifiedKey outer_;
 };
 
-/// Calls with a reference held on the object and on all that it is a part of.
+/// Calls with a reference held on the object and on all that it is a part of, unless one of these
+/// is marked for deletion.
 template <typename Call>
-void keeping(const PtrInterface* object, const Call& call) {
-    if (object == nullptr) {
-        call();
+void keeping(const PtrInterface& object, const Call& call) {
+    if (object.orbMarkedForDeletion()) {
+        return;
+    }
+    const Ptr<const PtrInterface> keep(&object);
+    if (const PtrInterface* whole = object.orbWhole()) {
+        keeping(*whole, call);
     } else {
-        const Ptr<const PtrInterface> keep(object);
-        keeping(object->orbWhole(), call);
+        call();
     }
 }
 
@@ -118,9 +130,11 @@ bool Notifiee::isGoing() const {
 }
 
 void Notifiee::call(AttributeId id, const NotifiedKey& key) {
-    if (!isGoing()) {
-        const PresentKey present(key);
-        keeping(&keeper(), [&] { onAttribute(id, key.get()); });
+    if (hasNotificationActive() && !orbMarkedForDeletion()) {
+        keeping(keeper(), [&] {
+            const PresentKey present(key);
+            onAttribute(id, key.get());
+        });
     }
 }
 
@@ -152,7 +166,6 @@ void Notifiee::remember(AttributeId id, const NotifiedKey& key) {
 }
 
 void Entity::deliver(AttributeId id, const NotifiedKey& key) const {
-    const Detail::Turn::Telling telling;
     Notifiee* first = nullptr;
     Notifiee* reactor = reactors_;
     do {
@@ -166,6 +179,7 @@ void Entity::deliver(AttributeId id, const NotifiedKey& key) const {
         reactor = reactor->next_;
     } while (reactor != reactors_);
     if (first != nullptr) {
+        const Detail::Turn::Telling telling;
         const Ptr<const Entity> keep(this);
         tell([&] { first->deliver(id, key); });
     }
@@ -174,6 +188,7 @@ void Entity::deliver(AttributeId id, const NotifiedKey& key) const {
 // The walk's position is a marker in the list itself: whatever goes or comes, the marker's
 // neighbours are right. A second marker closes the list as it was when the change happened.
 void Entity::deliverToAll(AttributeId id, const NotifiedKey& key) const {
+    const Detail::Turn::Telling telling;
     FirstError errors;
     Notifiee::Marker end;
     end.attach(Ptr<const Entity>(this));

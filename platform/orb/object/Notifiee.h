@@ -30,6 +30,9 @@ class Notifiee : public PtrInterface {
     /// Narrows what the reactor hears to one attribute, so that changes of the others cost nothing.
     void interestIs(AttributeId attribute) { interest_ = static_cast<std::uint16_t>(attribute); }
 
+    /// Whether it is the only reactor of its notifier that hears of the attribute.
+    bool hearsAlone(AttributeId attribute) const;
+
     /// A change of the attribute `id` of the notifier; `key` points to the key of the member that
     /// changed where the attribute is a collection, otherwise it is null.
     virtual void onAttribute(AttributeId id, const void* key) = 0;
@@ -57,7 +60,7 @@ class Notifiee : public PtrInterface {
     static constexpr std::uint16_t anyAttribute = 0;
 
     bool isInterestedIn(AttributeId id) const {
-        return !marker_ && (interest_ == anyAttribute || interest_ == id);
+        return hasNotificationActive() && (interest_ == anyAttribute || interest_ == id);
     }
     void deliver(AttributeId id, const NotifiedKey& key);
     void remember(AttributeId id, const NotifiedKey& key);
@@ -66,7 +69,6 @@ class Notifiee : public PtrInterface {
     void unlink();
     void linkBefore(Notifiee& next);
 
-    bool marker_ : 1 = false; // a position in the list rather than a reactor
     bool input_ : 1 = false;
     bool remembered_ : 1 = false; // something waits for the end of a decision
     std::uint16_t interest_ = anyAttribute;
