@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -109,59 +107,6 @@ TEST_F(BacklogDrainTest, TestAidDropsMembersOrKeepsThem) {
     EXPECT_EQ(backlog().backlogEmpty(), emptied + 2);
 }
 
-// All contributors of 10.0.0.1/32 in every order of coming; then the winner goes, one by one.
-TEST_F(BacklogDrainTest, WinnerDoesNotDependOnTheOrderOfArrival) {
-    struct Contributor {
-        std::function<void()> comes, goes;
-        RouteRow row;
-    };
-    auto& h = harness;
-    h.subnetRoutes(true);
-    h.vrf("A", 7);
-    h.device("default", "Et0");
-    h.address("A", "Et0", "10.0.0.1/24");
-    const auto virtualIp = [&](const char* intf) {
-        return Contributor{[=, &h] { h.virtualIp("default", "10.0.0.1/32", intf); },
-                           [=, &h] { h.virtualIpDel("default", "10.0.0.1/32", intf); },
-                           {"10.0.0.1/32", 1, intf, "receive-virtual"}};
-    };
-    const std::vector<Contributor> byRank{{[&] { h.leak(7, "10.0.0.0/24", 0); },
-                                           [&] { h.leakDel(7, "10.0.0.0/24", 0); },
-                                           {"10.0.0.1/32", 1, "Et0", "", "7"}},
-                                          {[&] { h.address("default", "Et1", "10.0.0.1/31"); },
-                                           [&] { h.address("default", "Et1", "0.0.0.0/0"); },
-                                           {"10.0.0.1/32", 1, "Et1"}},
-                                          virtualIp("Et1"),
-                                          {[&] { h.secondary("default", "Et2", "10.0.0.1/32"); },
-                                           [&] { h.secondaryDel("default", "Et2", "10.0.0.1/32"); },
-                                           {"10.0.0.1/32", 2, "Et2"}},
-                                          virtualIp("Et2")};
-    const auto winner = [&] {
-        h.settle();
-        std::string found;
-        for (const std::string& line : h.routes("default")) {
-            found += line.starts_with("10.0.0.1/32 ") ? line : "";
-        }
-        return found;
-    };
-    std::vector<std::size_t> order{0, 1, 2, 3, 4};
-    do {
-        std::size_t best = order.size();
-        for (const std::size_t i : order) {
-            byRank[i].comes();
-            best = std::min(best, i);
-            EXPECT_EQ(winner(), byRank[best].row.text());
-        }
-        for (std::size_t i = 0; i < byRank.size(); ++i) {
-            byRank[i].goes();
-            EXPECT_EQ(winner(), i + 1 < byRank.size() ? byRank[i + 1].row.text() : "");
-        }
-        ASSERT_FALSE(HasFailure()) << testing::PrintToString(order);
-    } while (std::next_permutation(order.begin(), order.end()));
-    EXPECT_TRUE(sm().installedIntfId().empty());
-    EXPECT_TRUE(backlog().intfViaSetKeyStatus4()->vskRefcountByIntfId().empty());
-}
-
 // A queued prefix whose last contributor goes must not be found in the index any more.
 TEST_F(BacklogDrainTest, PrefixIsQueuedBeforeItsEmptiedSetLeavesTheIndex) {
     harness.address("default", "Et1", "10.0.0.1/32");
@@ -189,23 +134,6 @@ TEST_F(BacklogDrainTest, AddressesThatGoDuringADrainGetNoRoutesAnyMore) {
         });
     harness.settle();
     EXPECT_EQ(changes, 2); // one route came and went
-}
-
-// The last reference goes; while its via sets are deleted, the interface gets an address again.
-TEST_F(BacklogDrainTest, AddressThatComesWhileViaSetsAreDeletedGetsNewOnes) {
-    for (const bool onViaSets : {true, false}) {
-        harness.address("default", "Et1", "10.0.0.1/32");
-        harness.settle();
-        harness.address("default", "Et1", "0.0.0.0/0");
-        const Orb::Ptr<Orb::Entity> watched =
-            onViaSets ? Orb::Ptr<Orb::Entity>(harness.viaSetConfig->viaSetCollection())
-                      : Orb::Ptr<Orb::Entity>(harness.root().ipv4AllVrfViaConfig());
-        const auto outsider = Orb::makePtr<Outsider>(watched, [this](Orb::AttributeId) {
-            harness.address("default", "Et1", "10.0.0.2/32");
-        });
-        EXPECT_ROUTES(harness, "default", {{"10.0.0.2/32", 2, "Et1"}});
-        EXPECT_EQ(harness.viaSets(), 4U);
-    }
 }
 
 TEST(BacklogDeathTest, BrokenInvariantsStopTheAgent) {

@@ -47,35 +47,6 @@ class InterfaceAddressTest : public testing::Test {
     LibraryHarness harness;
 };
 
-TEST_F(InterfaceAddressTest, AddressYieldsTheRoutesThatItsLengthCallsFor) {
-    const std::vector<std::pair<std::string, std::vector<RouteRow>>> cases{
-        {"10.1.1.5/30",
-         {{"10.1.1.4/30", 11, "Et1"},
-          {"10.1.1.5/32", 1, "Et1"},
-          {"10.1.1.4/32", 3, "Et1"},
-          {"10.1.1.7/32", 4, "Et1"}}},
-        {"10.1.1.5/31", {{"10.1.1.4/31", 11, "Et1"}, {"10.1.1.5/32", 1, "Et1"}}},
-        {"10.1.1.0/24", // the address is the network's: the host route's type is the smaller
-         {{"10.1.1.0/24", 11, "Et1"}, {"10.1.1.0/32", 1, "Et1"}, {"10.1.1.255/32", 4, "Et1"}}},
-        {"10.1.1.5/0",
-         {{"10.1.1.5/32", 1, "Et1"}, {"0.0.0.0/32", 3, "Et1"}, {"255.255.255.255/32", 4, "Et1"}}},
-        {"0.0.0.0/32", {}},
-        {"169.254.0.1/32", {{"169.254.0.1/32", 2, "Et1"}}},
-        {"2001:db8::1/64", {{"2001:db8::/64", 11, "Et1"}, {"2001:db8::1/128", 1, "Et1"}}},
-        {"2001:db8::1/128", {{"2001:db8::1/128", 2, "Et1"}}},
-        {"2001:db8::1/0", {{"2001:db8::1/128", 1, "Et1"}}},
-        {"fec0::1/128", {{"fec0::1/128", 2, "Et1"}}},
-        {"::/64", {}}};
-    for (const auto& [address, rows] : cases) {
-        SCOPED_TRACE(address);
-        const bool ipv6 = address.find(':') != std::string::npos;
-        ipv6 ? harness.address6("default", "Et1", address) : primary(address);
-        expectRoutes(rows);
-        ipv6 ? harness.address6("default", "Et1", address, false) : primary("0.0.0.0/0");
-        expectNoneOfTheInterface();
-    }
-}
-
 TEST_F(InterfaceAddressTest, Ipv6AddressInfoThatChangesTakesNoFurtherReference) {
     const auto address = Lanx::Ip6AddrWithMask::fromString("2001:db8::1/128");
     harness.address6("default", "Et1", "2001:db8::2/128", false); // the default info at first
@@ -89,29 +60,6 @@ TEST_F(InterfaceAddressTest, Ipv6AddressInfoThatChangesTakesNoFurtherReference) 
     expectRoutes({{"2001:db8::1/128", 2, "Et1"}});
     status.addrDel(address);
     expectNoneOfTheInterface();
-}
-
-// Every sequence of four changes of one secondary, then the interface goes.
-TEST_F(InterfaceAddressTest, SecondaryThatWasNeverAddedGivesNothingBack) {
-    for (int sequence = 0; sequence < 81; ++sequence) {
-        primary(addressOf(1));
-        bool used = false;
-        for (int i = 0, rest = sequence; i < 4; ++i, rest /= 3) {
-            used = rest % 3 == 1;
-            if (rest % 3 == 2) {
-                harness.secondaryDel("default", "Et1", addressOf(2));
-            } else {
-                secondary(addressOf(2), used);
-            }
-            if (i == 1) {
-                harness.settle();
-            }
-        }
-        expectRoutes(setOf(1) + (used ? setOf(2) : std::vector<RouteRow>()));
-        harness.ipv4Del("default", "Et1");
-        expectNoneOfTheInterface();
-        ASSERT_FALSE(HasFailure()) << sequence;
-    }
 }
 
 TEST_F(InterfaceAddressTest, UnnumberedInterfaceContributesItsSecondariesOnly) {

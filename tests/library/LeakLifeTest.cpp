@@ -96,25 +96,6 @@ TEST_F(LeakLifeTest, LeaksReplacedInTheMiddleOfADecisionAreFollowed) {
     EXPECT_ROUTES(harness, "B", {{"10.0.9.1/32", 1, "Et1", "", "1"}});
 }
 
-TEST_F(LeakLifeTest, VirtualAddressIsLeakedWhileItsInterfaceHasAnAddress) {
-    harness.subnetRoutes(true);
-    addSource();
-    addDest();
-    harness.virtualIp("A", "10.0.0.1/24", "Et1"); // twice, in the end
-    harness.virtualIp("A", "10.0.0.9/24", "Et1");
-    addLeak();
-    EXPECT_ROUTES(harness, "B", {});
-    addInterface();
-    EXPECT_ROUTES(harness, "B",
-                  {{"10.0.0.1/32", 1, "Et1", "", "1"}, {"10.0.0.9/32", 1, "Et1", "", "1"}});
-    harness.virtualIpDel("A", "10.0.0.1/24");
-    harness.virtualIpDel("A", "10.0.0.9/24");
-    EXPECT_ROUTES(harness, "B", leaked);
-    harness.virtualIp("A", "10.0.0.9/24", "Et1");
-    harness.ipv4Del("A", "Et1");
-    EXPECT_ROUTES(harness, "B", {});
-}
-
 /// A review that yields after every prefix.
 class LeakReviewTest : public LeakLifeTest {
   protected:

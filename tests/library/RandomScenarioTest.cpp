@@ -50,7 +50,9 @@ void expectAgreement(LibraryHarness& harness, const DeviceModel& model) {
     harness.settle();
     ASSERT_EQ(harness.root().containerSm().size(), model.vrfsWithContainer().size());
     for (const std::string& vrf : model.vrfsWithContainer()) {
-        EXPECT_TRUE(hasRoutes(harness, vrf, model.routes(vrf)));
+        const auto routes = model.routes(vrf);
+        EXPECT_TRUE(hasRoutes(harness, vrf, routes));
+        EXPECT_EQ(harness.container(vrf).intfBacklogSm()->installedIntfId().size(), routes.size());
         const VrfReadyStatus& ready = *harness.container(vrf).vrfReadyStatus();
         EXPECT_TRUE(ready.v4DirectNetsReady() && ready.v6DirectNetsReady()) << vrf;
         if (model.ribWaits.contains(vrf)) {

@@ -103,18 +103,6 @@ TEST_F(ReadinessTest, ReadyTimeThatIsSetIsKept) {
     EXPECT_FALSE(harness.ribStatus("default")->ready());
 }
 
-// The directory is brought in line with what the RIB waits for.
-TEST_F(ReadinessTest, RecordsOfAnEarlierRunAreRemoved) {
-    harness.ribWaits("red");
-    harness.stop();
-    harness.ribWaits("red", false);
-    harness.ribWaits("blue");
-    ASSERT_NE(harness.ribStatus("red"), nullptr);
-    harness.start();
-    EXPECT_EQ(harness.ribStatus("red"), nullptr);
-    EXPECT_NE(harness.ribStatus("blue"), nullptr);
-}
-
 // They may still be on their way until then.
 TEST_F(ReadinessTest, RoutesOfVrfsThatDoNotComeBackGoWhenAllOthersAreReady) {
     const auto routes = harness.root().ipv4AllVrfRouteConfig();
