@@ -30,11 +30,6 @@ class VrfLifeTest : public testing::Test {
     bool exists(const std::string& vrf) const {
         return harness.root().containerSm(L3::VrfName(vrf)) != nullptr;
     }
-    bool isDue(const std::string& vrf) const {
-        const Ip::VrfStatusLocal* status = harness.allVrfStatusLocal->vrf(L3::VrfName(vrf));
-        return status != nullptr && status->state() == Ip::VrfState::active
-               && harness.nameToIdMapWrapper->vrfIdExists(L3::VrfName(vrf));
-    }
     void addRed() {
         harness.device("ns1", "Et1");
         harness.address("red", "Et1", "10.0.0.1/32");
@@ -70,73 +65,6 @@ TEST_F(VrfLifeTest, StatusThatGoesInTheMiddleOfItsOwnChangeMakesNoContainer) {
         }
         status->stateIs(Ip::VrfState::active);
         EXPECT_EQ(h.root().containerSm().size(), 0U);
-    }
-}
-
-/// The moments of a VRF's life at which the tables tell others.
-TEST_F(VrfLifeTest, VrfFollowsAnOutsiderWhoChangesItWhileItIsWritten) {
-    auto& h = harness;
-    const std::vector<std::function<void()>> acts{
-        [&] { h.vrfIdDel("red"); },
-        [&] { h.removeVrfs(); },
-        [&] { h.vrfStatusDel("red"); },
-        [&] { h.vrfStatus("red", false); },
-        [&] { h.ipv4Del("red"); },
-        [&] { h.deviceDel("ns1", "Et1"); },
-        [&] {
-            h.vrfIdDel("red");
-            h.vrfStatus("red", true, "ns1");
-            h.vrfId("red", 7);
-        },
-        [&] {
-            h.vrfIdDel("red");
-            h.vrfId("red", 5);
-        },
-        [&] { h.address("red", "Et1", "10.0.0.9/24"); },
-        [&] { h.secondary("red", "Et1", "10.0.7.1/24"); },
-        [&] { h.virtualIp("red", "10.0.8.1/24", "Et1"); },
-        [&] { h.virtualIpDel("red", "10.0.6.1/24"); },
-        [&] { h.subnetRoutes(!h.virtualIpStatus->subnetRoutes()); },
-        [&] { h.leakDel(5); },
-        [&] { h.leakDel(5, "10.0.6.0/24", 6); }};
-    const std::vector<Orb::Ptr<Orb::Entity>> written{
-        h.root().ipv4AllVrfRouteConfig(),   h.root().ipv4AllVrfViaConfig(),
-        h.viaSetConfig->viaSetCollection(), h.root().allVrfReadyStatus(),
-        h.root().allVrfVirtualIpStatus(),   h.root().intfBacklogByVrf()};
-    for (std::size_t table = 0; table < written.size(); ++table) {
-        for (std::size_t act = 0; act < acts.size(); ++act) {
-            for (const bool goes : {false, true}) { // while it comes, or while it goes
-                SCOPED_TRACE(testing::Message() << "table " << table << " act " << act);
-                bool watching = !goes;
-                int left = 3; // changes that the outsider reacts to
-                const auto outsider = Orb::makePtr<Outsider>(written[table], [&](Orb::AttributeId) {
-                    if (watching && left-- > 0) {
-                        acts[act]();
-                    }
-                });
-                h.subnetRoutes(true);
-                h.vrf("blue", 6);
-                for (const char* net : {"10.0.5.", "10.0.6."}) {
-                    h.virtualIp("red", net + std::string("1/24"), "Et1");
-                    h.leak(5, net + std::string("0/24"), 6);
-                }
-                addRed();
-                h.settle();
-                if (goes) {
-                    watching = true;
-                    h.vrfIdDel("red");
-                }
-                h.settle();
-                watching = false;
-                ASSERT_EQ(exists("red"), isDue("red"));
-                harness.removeVrfs();
-                h.ipv4Del("red");
-                for (const char* address : {"10.0.5.1/24", "10.0.6.1/24", "10.0.8.1/24"}) {
-                    h.virtualIpDel("red", address);
-                }
-                ASSERT_EQ(harness.leftovers(), "") << (goes ? "goes" : "comes");
-            }
-        }
     }
 }
 
