@@ -106,6 +106,13 @@ constexpr std::array<Range, 11> wide{{{0x1100, 0x115f},
                                       {0x1f900, 0x1f9ff},
                                       {0x20000, 0x3fffd}}};
 
+/// How many bytes at the head are ASCII that controls nothing: mostly all, in every line of output.
+std::size_t plainLength(std::string_view text) {
+    const auto* end = std::find_if(text.begin(), text.end(),
+                                   [](unsigned char byte) { return byte < 0x20 || byte > 0x7e; });
+    return static_cast<std::size_t>(end - text.begin());
+}
+
 } // namespace
 
 bool isUtf8(std::string_view text) {
@@ -146,7 +153,8 @@ std::string documentName(std::string_view text) {
 }
 
 std::string printable(std::string_view text) {
-    std::string result;
+    std::string result(text.substr(0, plainLength(text)));
+    text.remove_prefix(result.size());
     while (!text.empty()) {
         const std::size_t length = characterLength(text);
         const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
@@ -163,7 +171,8 @@ std::string printable(std::string_view text) {
 }
 
 std::size_t columnsOf(std::string_view text) {
-    std::size_t columns = 0;
+    std::size_t columns = plainLength(text);
+    text.remove_prefix(columns);
     while (!text.empty()) {
         const std::size_t length = std::max<std::size_t>(characterLength(text), 1);
         const char32_t code = codeOf(text.substr(0, length));
