@@ -6,42 +6,11 @@ namespace Agent {
 
 using Routing::DirectNet::ContainerSm;
 
-DrainMeter::RootReactor::RootReactor(DrainMeter& owner, const RootSm& root) : owner_(owner) {
-    hasNotificationActiveIs(true);
-    interestIs(RootSm::containerSmAttribute);
-    notifierIs(Orb::Ptr<const RootSm>(&root));
-}
-
-void DrainMeter::RootReactor::onAttribute(Orb::AttributeId, const void* key) {
-    owner_.follow(Orb::keyAs<L3::VrfName>(key));
-}
-
-DrainMeter::MachineReactor::MachineReactor(DrainMeter& owner, const IntfBacklogSm& machine)
-    : owner_(owner) {
-    hasNotificationActiveIs(true);
-    notifierIs(Orb::Ptr<const IntfBacklogSm>(&machine));
-}
-
-void DrainMeter::MachineReactor::onAttribute(Orb::AttributeId id, const void*) {
-    if (id == IntfBacklogSm::handleBacklogCallCountAttribute) {
-        owner_.began();
-    } else if (id == IntfBacklogSm::backlogBookmarkAttribute
-               && notifier()->backlogBookmark().intfId() != Lanx::IntfId()) {
-        owner_.ended();
-    }
-}
-
-DrainMeter::BacklogReactor::BacklogReactor(DrainMeter& owner, const IntfBacklog& backlog)
-    : owner_(owner) {
-    hasNotificationActiveIs(true);
-    interestIs(IntfBacklog::backlogEmptyAttribute);
-    notifierIs(Orb::Ptr<const IntfBacklog>(&backlog));
-}
-
-void DrainMeter::BacklogReactor::onAttribute(Orb::AttributeId, const void*) { owner_.ended(); }
-
 DrainMeter::DrainMeter(const RootSm& root, const Orb::Clock& clock)
-    : root_(root), clock_(clock), rootReactor_(Orb::makePtr<RootReactor>(*this, root)) {
+    : root_(root), clock_(clock), rootReactor_(Orb::makePtr<Reactor<RootSm>>(
+                                      root, RootSm::containerSmAttribute, [this](const void* key) {
+                                          follow(Orb::keyAs<L3::VrfName>(key));
+                                      })) {
     for (const auto& container : root.containerSm()) {
         follow(container->vrfName());
     }
@@ -59,15 +28,30 @@ void DrainMeter::follow(const L3::VrfName& vrf) {
         leave(present->second);
         followed_.erase(present);
     }
-    if (const ContainerSm* container = root_.containerSm(vrf)) {
-        followed_[vrf] = {Orb::makePtr<MachineReactor>(*this, *container->intfBacklogSm()),
-                          Orb::makePtr<BacklogReactor>(*this, *container->intfBacklog())};
+    const ContainerSm* container = root_.containerSm(vrf);
+    if (container == nullptr) {
+        return;
     }
+    const IntfBacklogSm& machine = *container->intfBacklogSm();
+    const auto pausesAt = [this, &machine](const void*) {
+        if (machine.backlogBookmark().intfId() != Lanx::IntfId()) {
+            ended();
+        }
+    };
+    followed_[vrf] = {Orb::makePtr<Reactor<IntfBacklogSm>>(
+                          machine, IntfBacklogSm::handleBacklogCallCountAttribute,
+                          [this](const void*) { began(); }),
+                      Orb::makePtr<Reactor<IntfBacklogSm>>(
+                          machine, IntfBacklogSm::backlogBookmarkAttribute, pausesAt),
+                      Orb::makePtr<Reactor<IntfBacklog>>(*container->intfBacklog(),
+                                                         IntfBacklog::backlogEmptyAttribute,
+                                                         [this](const void*) { ended(); })};
 }
 
 void DrainMeter::leave(Followed& followed) {
-    followed.machine->notifierIs(nullptr);
-    followed.backlog->notifierIs(nullptr);
+    followed.begin->notifierIs(nullptr);
+    followed.pause->notifierIs(nullptr);
+    followed.end->notifierIs(nullptr);
 }
 
 void DrainMeter::began() {

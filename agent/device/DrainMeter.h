@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "directnet/root/RootSm.h"
 #include "platform/orb/loop/Clock.h"
@@ -35,33 +37,27 @@ class DrainMeter {
     using IntfBacklog = Routing::DirectNet::IntfBacklog;
     using IntfBacklogSm = Routing::DirectNet::IntfBacklogSm;
 
-    class RootReactor : public Orb::NotifieeOf<RootSm> {
+    /// Hears of one attribute: a machine tells of each route, too, and that would cost as much.
+    template <typename Watched>
+    class Reactor : public Orb::NotifieeOf<Watched> {
       public:
-        RootReactor(DrainMeter& owner, const RootSm& root);
-        void onAttribute(Orb::AttributeId id, const void* key) override;
+        using Handler = std::function<void(const void* key)>;
+
+        Reactor(const Watched& watched, Orb::AttributeId attribute, Handler handler)
+            : handler_(std::move(handler)) {
+            this->hasNotificationActiveIs(true);
+            this->interestIs(attribute);
+            this->notifierIs(Orb::Ptr<const Watched>(&watched));
+        }
+        void onAttribute(Orb::AttributeId, const void* key) override { handler_(key); }
 
       private:
-        DrainMeter& owner_;
-    };
-    class MachineReactor : public Orb::NotifieeOf<IntfBacklogSm> {
-      public:
-        MachineReactor(DrainMeter& owner, const IntfBacklogSm& machine);
-        void onAttribute(Orb::AttributeId id, const void* key) override;
-
-      private:
-        DrainMeter& owner_;
-    };
-    class BacklogReactor : public Orb::NotifieeOf<IntfBacklog> {
-      public:
-        BacklogReactor(DrainMeter& owner, const IntfBacklog& backlog);
-        void onAttribute(Orb::AttributeId id, const void* key) override;
-
-      private:
-        DrainMeter& owner_;
+        Handler handler_;
     };
     struct Followed {
-        Orb::Ptr<MachineReactor> machine;
-        Orb::Ptr<BacklogReactor> backlog;
+        Orb::Ptr<Reactor<IntfBacklogSm>> begin;
+        Orb::Ptr<Reactor<IntfBacklogSm>> pause;
+        Orb::Ptr<Reactor<IntfBacklog>> end;
     };
 
     void follow(const L3::VrfName& vrf);
@@ -72,7 +68,7 @@ class DrainMeter {
     const RootSm& root_;
     const Orb::Clock& clock_;
     std::map<L3::VrfName, Followed> followed_;
-    Orb::Ptr<RootReactor> rootReactor_;
+    Orb::Ptr<Reactor<RootSm>> rootReactor_;
     std::uint64_t drains_ = 0;
     double longest_ = 0;
     std::optional<double> began_; // of the drain that goes on
